@@ -1,0 +1,15 @@
+# Project-wide warning set; applied per target so that third-party code is not affected.
+function(velmora_warnings target)
+  if(MSVC)
+    target_compile_options(${target} PRIVATE /W4 /permissive-)
+    if(VELMORA_WARNINGS_AS_ERRORS)
+      target_compile_options(${target} PRIVATE /WX)
+    endif()
+  else()
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+      -Wcast-align -Woverloaded-virtual -Wimplicit-fallthrough)
+    if(VELMORA_WARNINGS_AS_ERRORS)
+      target_compile_options(${target} PRIVATE -Werror)
+    endif()
+  endif()
+endfunction()

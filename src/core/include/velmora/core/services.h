@@ -1,0 +1,96 @@
+#pragma once
+// Small file and text services used by every tool. Text here is a string of bytes,
+// one character per byte, as the documents are handled throughout the program.
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+class UserInterface;
+
+namespace fs = std::filesystem;
+
+// Opens the file for reading; a folder, a missing or unreadable file all count as missing.
+bool FileExists(const fs::path& path);
+
+// A folder that exists and can be written to. A read-only folder counts as missing.
+// One trailing separator is ignored.
+bool FolderExists(const fs::path& path);
+
+// The whole file as bytes; empty when missing. A name ending in "mkr" is read as UTF-16
+// (little-endian unless a byte order mark says otherwise) and narrowed to Windows-1252.
+std::string ReadTextFile(const fs::path& path);
+
+// Creates or overwrites the file with the text. The new content is written beside it
+// first and then moved into place, so a failed write never leaves half a file.
+// When the result has length 0, warns "An error occurred while writing <path>" through `ui`.
+bool WriteTextFile(const fs::path& path, std::string_view text, UserInterface* ui = nullptr);
+
+// Creates every missing folder of the path; true when the folder exists afterwards.
+bool MakePath(const fs::path& path);
+
+// Removes a folder with everything in it, read-only entries too; errors are ignored.
+void DeleteTree(const fs::path& folder);
+
+// Copies a folder with its contents; existing files are replaced only when `overwrite`.
+bool CopyTree(const fs::path& from, const fs::path& to, bool overwrite);
+
+struct BackupResult {
+    enum class Outcome {
+        Renamed,    // the original now has the name in `backup`
+        AllTaken,   // .bak and .bak1 to .bak50 exist: nothing renamed, no backup
+        NoOriginal, // nothing to back up
+        Failed,     // the rename failed: `error` says why; the original must not be replaced
+    } outcome = Outcome::NoOriginal;
+    fs::path backup;
+    std::string error;
+};
+
+// Renames `path` to the first free of path.bak, path.bak1 .. path.bak50 (no leading zeros).
+BackupResult SerzBackup(const fs::path& path);
+
+// Stores `newFile` over `original`: backs the original up with SerzBackup, then copies.
+// When the backup fails (other than all 51 names being taken) the original is left alone.
+// Returns an empty string on success, else what went wrong.
+std::string replaceWithBackup(const fs::path& newFile, const fs::path& original);
+
+// In-place quicksort between two indexes (inclusive) with the middle element as pivot,
+// ignoring ASCII letter case.
+void SortStrings(std::vector<std::string>& items, std::ptrdiff_t low, std::ptrdiff_t high);
+
+// Hours and minutes of a simulator time, each "00", joined ("0030"; 5400 gives "02-30").
+std::string SecondsToHHMM(double seconds);
+
+// A hexadecimal text as a decimal number text, up to 96 bits; empty for any character
+// that is not a hex digit or on overflow.
+std::string HexToDecimal(std::string_view text);
+
+// The forms of a new identifier as the simulator's documents use them.
+struct GuidForms {
+    std::string uuid1;
+    std::string uuid2;
+    std::string cGuid;
+    std::string id; // nine digits, at least 100000000
+};
+GuidForms makeGuidForms();
+// The text shown for them: four lines with an empty line between.
+std::string formatGuidForms(const GuidForms& forms);
+
+// Opens a web address in the user's browser; says "Unable to open URL. Install browser first!"
+// when none can be started.
+bool openUrl(const std::string& url, UserInterface* ui);
+
+// Case-insensitive (ASCII) comparisons used for names and tags.
+bool iequals(std::string_view a, std::string_view b);
+bool iendsWith(std::string_view text, std::string_view suffix);
+std::string toLowerAscii(std::string_view text);
+
+// Windows-1252 bytes to UTF-8 and back (unmappable characters become '?').
+std::string latin1ToUtf8(std::string_view text);
+std::string utf8ToCp1252(std::string_view text);
+
+} // namespace velmora

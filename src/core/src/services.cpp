@@ -1,0 +1,445 @@
+#include "velmora/core/services.h"
+
+#include "velmora/core/process.h"
+#include "velmora/core/userinterface.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <random>
+#include <system_error>
+
+#ifndef _WIN32
+#include <unistd.h>
+#endif
+
+namespace velmora {
+
+namespace {
+
+char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; }
+
+std::string withSuffix(const fs::path& p, const std::string& suffix) {
+    fs::path out = p;
+    out += suffix;
+    return out.string();
+}
+
+bool isWritable(const fs::path& p) {
+#ifdef _WIN32
+    std::error_code ec;
+    auto perms = fs::status(p, ec).permissions();
+    return !ec && (perms & fs::perms::owner_write) != fs::perms::none;
+#else
+    return ::access(p.c_str(), W_OK) == 0;
+#endif
+}
+
+} // namespace
+
+bool iequals(std::string_view a, std::string_view b) {
+    if (a.size() != b.size())
+        return false;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        if (lowerAscii(a[i]) != lowerAscii(b[i]))
+            return false;
+    return true;
+}
+
+bool iendsWith(std::string_view text, std::string_view suffix) {
+    return text.size() >= suffix.size() && iequals(text.substr(text.size() - suffix.size()), suffix);
+}
+
+std::string toLowerAscii(std::string_view text) {
+    std::string out(text);
+    for (char& c : out)
+        c = lowerAscii(c);
+    return out;
+}
+
+bool FileExists(const fs::path& path) {
+    std::error_code ec;
+    if (path.empty() || fs::is_directory(path, ec))
+        return false;
+    std::ifstream in(path, std::ios::binary);
+    return in.is_open();
+}
+
+bool FolderExists(const fs::path& path) {
+    std::string s = path.string();
+    if (!s.empty() && (s.back() == '\\' || s.back() == '/') && s.size() > 1)
+        s.pop_back();
+    std::error_code ec;
+    if (s.empty() || !fs::is_directory(s, ec))
+        return false;
+    // Asks the system instead of writing a probe file: same answer, the folder stays untouched.
+    return isWritable(s);
+}
+
+namespace {
+// Windows-1252 0x80-0x9F as code points.
+constexpr std::array<char16_t, 32> kCp1252High = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+char codePointToCp1252(char32_t cp) {
+    if (cp < 0x80 || (cp >= 0xA0 && cp <= 0xFF))
+        return static_cast<char>(cp);
+    for (std::size_t i = 0; i < kCp1252High.size(); ++i)
+        if (kCp1252High[i] == cp)
+            return static_cast<char>(0x80 + i);
+    return '?';
+}
+
+void appendUtf8(std::string& out, char32_t cp) {
+    if (cp < 0x80) {
+        out += static_cast<char>(cp);
+    } else if (cp < 0x800) {
+        out += static_cast<char>(0xC0 | (cp >> 6));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    } else if (cp < 0x10000) {
+        out += static_cast<char>(0xE0 | (cp >> 12));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (cp >> 18));
+        out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    }
+}
+
+std::string utf16ToCp1252(const std::string& bytes) {
+    bool bigEndian = false;
+    std::size_t start = 0;
+    if (bytes.size() >= 2) {
+        auto b0 = static_cast<unsigned char>(bytes[0]), b1 = static_cast<unsigned char>(bytes[1]);
+        if (b0 == 0xFF && b1 == 0xFE)
+            start = 2;
+        else if (b0 == 0xFE && b1 == 0xFF) {
+            start = 2;
+            bigEndian = true;
+        }
+    }
+    std::string out;
+    out.reserve(bytes.size() / 2);
+    for (std::size_t i = start; i + 1 < bytes.size(); i += 2) {
+        auto lo = static_cast<unsigned char>(bytes[i]), hi = static_cast<unsigned char>(bytes[i + 1]);
+        char32_t unit = bigEndian ? (lo << 8 | hi) : (hi << 8 | lo);
+        if (unit >= 0xD800 && unit <= 0xDFFF) {
+            out += '?'; // outside the single-byte page either way
+            if (unit < 0xDC00)
+                i += 2;
+            continue;
+        }
+        out += codePointToCp1252(unit);
+    }
+    return out;
+}
+} // namespace
+
+std::string latin1ToUtf8(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (char ch : text) {
+        auto c = static_cast<unsigned char>(ch);
+        if (c < 0x80)
+            out += ch;
+        else if (c < 0xA0)
+            appendUtf8(out, kCp1252High[c - 0x80]);
+        else
+            appendUtf8(out, c);
+    }
+    return out;
+}
+
+std::string utf8ToCp1252(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();) {
+        auto c = static_cast<unsigned char>(text[i]);
+        int len = c < 0x80 ? 1 : (c >> 5) == 6 ? 2 : (c >> 4) == 14 ? 3 : (c >> 3) == 30 ? 4 : 0;
+        if (len == 0 || i + len > text.size()) {
+            out += '?';
+            ++i;
+            continue;
+        }
+        char32_t cp = len == 1 ? c : len == 2 ? (c & 0x1F) : len == 3 ? (c & 0x0F) : (c & 0x07);
+        for (int k = 1; k < len; ++k)
+            cp = (cp << 6) | (static_cast<unsigned char>(text[i + k]) & 0x3F);
+        out += codePointToCp1252(cp);
+        i += len;
+    }
+    return out;
+}
+
+std::string ReadTextFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in)
+        return {};
+    std::string bytes;
+    in.seekg(0, std::ios::end);
+    auto size = in.tellg();
+    if (size > 0) {
+        bytes.resize(static_cast<std::size_t>(size));
+        in.seekg(0);
+        in.read(bytes.data(), size);
+        bytes.resize(static_cast<std::size_t>(in.gcount()));
+    }
+    if (iendsWith(path.filename().string(), "mkr"))
+        return utf16ToCp1252(bytes);
+    return bytes;
+}
+
+bool WriteTextFile(const fs::path& path, std::string_view text, UserInterface* ui) {
+    std::error_code ec;
+    bool ok = true;
+    if (fs::exists(path, ec) && !isWritable(path)) {
+        ok = false; // a read-only file stays as it is
+    } else {
+        const fs::path temp = withSuffix(path, ".velmora-new");
+        {
+            std::ofstream out(temp, std::ios::binary | std::ios::trunc);
+            out.write(text.data(), static_cast<std::streamsize>(text.size()));
+            out.close();
+            ok = static_cast<bool>(out);
+        }
+        if (ok) {
+            fs::rename(temp, path, ec);
+            ok = !ec;
+        }
+        if (!ok)
+            fs::remove(temp, ec);
+    }
+    std::error_code sizeEc;
+    auto size = fs::file_size(path, sizeEc);
+    if (!ok || sizeEc || size == 0) {
+        if (ui)
+            ui->message("An error occurred while writing " + path.string(), Icon::Warning);
+        return false;
+    }
+    return true;
+}
+
+bool MakePath(const fs::path& path) {
+    std::error_code ec;
+    fs::create_directories(path, ec);
+    return fs::is_directory(path, ec);
+}
+
+void DeleteTree(const fs::path& folder) {
+    std::error_code ec;
+    if (!fs::exists(folder, ec))
+        return;
+    // Read-only entries go too: make everything writable first.
+    for (auto it = fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied, ec);
+         !ec && it != fs::recursive_directory_iterator(); it.increment(ec)) {
+        std::error_code pe;
+        if (!it->is_symlink(pe))
+            fs::permissions(it->path(), fs::perms::owner_write, fs::perm_options::add, pe);
+    }
+    fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ec);
+    fs::remove_all(folder, ec);
+}
+
+bool CopyTree(const fs::path& from, const fs::path& to, bool overwrite) {
+    std::error_code ec;
+    auto options = fs::copy_options::recursive |
+                   (overwrite ? fs::copy_options::overwrite_existing : fs::copy_options::skip_existing);
+    fs::create_directories(to, ec);
+    fs::copy(from, to, options, ec);
+    return !ec;
+}
+
+BackupResult SerzBackup(const fs::path& path) {
+    BackupResult result;
+    std::error_code ec;
+    if (!fs::exists(fs::symlink_status(path, ec)))
+        return result;
+    auto tryName = [&](const std::string& suffix) -> bool {
+        fs::path candidate = withSuffix(path, suffix);
+        std::error_code e;
+        if (fs::exists(fs::symlink_status(candidate, e)))
+            return false;
+        fs::rename(path, candidate, e);
+        if (e) {
+            result.outcome = BackupResult::Outcome::Failed;
+            result.error = "Cannot rename " + path.string() + " to " + candidate.string() + ": " + e.message();
+        } else {
+            result.outcome = BackupResult::Outcome::Renamed;
+            result.backup = candidate;
+        }
+        return true;
+    };
+    if (tryName(".bak"))
+        return result;
+    for (int n = 1; n <= 50; ++n)
+        if (tryName(".bak" + std::to_string(n)))
+            return result;
+    result.outcome = BackupResult::Outcome::AllTaken;
+    return result;
+}
+
+std::string replaceWithBackup(const fs::path& newFile, const fs::path& original) {
+    std::error_code ec;
+    auto size = fs::file_size(newFile, ec);
+    if (ec || size == 0)
+        return "The new file " + newFile.string() + " is missing or empty";
+    BackupResult backup = SerzBackup(original);
+    if (backup.outcome == BackupResult::Outcome::Failed)
+        return backup.error;
+    fs::copy_file(newFile, original, fs::copy_options::overwrite_existing, ec);
+    if (ec) {
+        // Put the original back where it was rather than leave the document missing.
+        if (backup.outcome == BackupResult::Outcome::Renamed && !fs::exists(original)) {
+            std::error_code back;
+            fs::rename(backup.backup, original, back);
+        }
+        return "Cannot copy " + newFile.string() + " to " + original.string() + ": " + ec.message();
+    }
+    return {};
+}
+
+void SortStrings(std::vector<std::string>& items, std::ptrdiff_t low, std::ptrdiff_t high) {
+    auto less = [](const std::string& a, const std::string& b) {
+        std::size_t n = std::min(a.size(), b.size());
+        for (std::size_t i = 0; i < n; ++i) {
+            char x = lowerAscii(a[i]), y = lowerAscii(b[i]);
+            if (x != y)
+                return static_cast<unsigned char>(x) < static_cast<unsigned char>(y);
+        }
+        return a.size() < b.size();
+    };
+    low = std::max<std::ptrdiff_t>(low, 0);
+    high = std::min<std::ptrdiff_t>(high, static_cast<std::ptrdiff_t>(items.size()) - 1);
+    // Recurse into the smaller part and loop over the larger, so depth stays logarithmic.
+    while (low < high) {
+        const std::string pivot = items[static_cast<std::size_t>((low + high) / 2)];
+        std::ptrdiff_t i = low, j = high;
+        while (i <= j) {
+            while (less(items[static_cast<std::size_t>(i)], pivot))
+                ++i;
+            while (less(pivot, items[static_cast<std::size_t>(j)]))
+                --j;
+            if (i <= j) {
+                std::swap(items[static_cast<std::size_t>(i)], items[static_cast<std::size_t>(j)]);
+                ++i;
+                --j;
+            }
+        }
+        if (j - low < high - i) {
+            if (low < j)
+                SortStrings(items, low, j);
+            low = i;
+        } else {
+            if (i < high)
+                SortStrings(items, i, high);
+            high = j;
+        }
+    }
+}
+
+std::string SecondsToHHMM(double seconds) {
+    // Both parts round half to even; rounding the hours up leaves negative minutes.
+    double hours = std::nearbyint(seconds / 3600.0);
+    double minutes = std::nearbyint((seconds - hours * 3600.0) / 60.0);
+    auto two = [](double v) {
+        char buf[32];
+        long long n = static_cast<long long>(v);
+        if (n < 0)
+            std::snprintf(buf, sizeof buf, "-%02lld", -n);
+        else
+            std::snprintf(buf, sizeof buf, "%02lld", n);
+        return std::string(buf);
+    };
+    return two(hours) + two(minutes);
+}
+
+std::string HexToDecimal(std::string_view text) {
+    // Three 32-bit limbs hold the 96-bit value, least significant first.
+    std::array<std::uint64_t, 3> limb{0, 0, 0};
+    for (char c : text) {
+        int d;
+        if (c >= '0' && c <= '9')
+            d = c - '0';
+        else if (c >= 'a' && c <= 'f')
+            d = c - 'a' + 10;
+        else if (c >= 'A' && c <= 'F')
+            d = c - 'A' + 10;
+        else
+            return {};
+        std::uint64_t carry = static_cast<std::uint64_t>(d);
+        for (auto& l : limb) {
+            std::uint64_t v = l * 16 + carry;
+            l = v & 0xFFFFFFFFu;
+            carry = v >> 32;
+        }
+        if (carry)
+            return {}; // beyond 96 bits
+    }
+    std::string digits;
+    while (limb[0] || limb[1] || limb[2]) {
+        std::uint64_t rem = 0;
+        for (int k = 2; k >= 0; --k) {
+            std::uint64_t cur = (rem << 32) | limb[static_cast<std::size_t>(k)];
+            limb[static_cast<std::size_t>(k)] = cur / 10;
+            rem = cur % 10;
+        }
+        digits += static_cast<char>('0' + rem);
+    }
+    if (digits.empty())
+        digits = "0";
+    std::reverse(digits.begin(), digits.end());
+    return digits;
+}
+
+GuidForms makeGuidForms() {
+    static thread_local std::mt19937_64 rng{std::random_device{}() ^
+                                            (static_cast<std::uint64_t>(std::random_device{}()) << 32)};
+    auto guid = [] {
+        std::array<unsigned char, 16> b{};
+        std::uint64_t a = rng(), c = rng();
+        for (int i = 0; i < 8; ++i) {
+            b[static_cast<std::size_t>(i)] = static_cast<unsigned char>(a >> (8 * i));
+            b[static_cast<std::size_t>(i + 8)] = static_cast<unsigned char>(c >> (8 * i));
+        }
+        b[6] = static_cast<unsigned char>((b[6] & 0x0F) | 0x40); // version 4
+        b[8] = static_cast<unsigned char>((b[8] & 0x3F) | 0x80); // RFC 4122 variant
+        char buf[40];
+        std::snprintf(buf, sizeof buf, "%02x%02x%02x%02x-%02x%02x-%02x%02x-%02x%02x-%02x%02x%02x%02x%02x%02x", b[0],
+                      b[1], b[2], b[3], b[4], b[5], b[6], b[7], b[8], b[9], b[10], b[11], b[12], b[13], b[14], b[15]);
+        return std::string(buf);
+    };
+    GuidForms f;
+    f.uuid1 = guid();
+    f.uuid2 = guid();
+    f.cGuid = guid();
+    std::uniform_int_distribution<long> id(100000000, 999999999);
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "%09ld", id(rng));
+    f.id = buf;
+    return f;
+}
+
+std::string formatGuidForms(const GuidForms& f) {
+    return "UUID1 = " + f.uuid1 + "\n\nUUID2 = " + f.uuid2 + "\n\ncGUID = " + f.cGuid + "\n\n   ID = " + f.id;
+}
+
+bool openUrl(const std::string& url, UserInterface* ui) {
+#ifdef _WIN32
+    bool ok = startDetached("rundll32", {"url.dll,FileProtocolHandler", url});
+#elif defined(__APPLE__)
+    bool ok = startDetached("open", {url});
+#else
+    bool ok = startDetached("xdg-open", {url});
+#endif
+    if (!ok && ui)
+        ui->message("Unable to open URL. Install browser first!", Icon::Warning);
+    return ok;
+}
+
+} // namespace velmora
