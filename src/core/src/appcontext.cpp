@@ -61,6 +61,7 @@ void copyConverterFiles(AppContext& ctx) {
     if (root.empty() || FileExists(ctx.appPath() / "zlibwapi.dll"))
         return;
     const char* files[] = {"serz.exe", "zlibwapi.dll", "stlport_vc10.5.2.dll"};
+    ctx.resolver.invalidate(root); // the root may have changed since it was last listed
     // Only where the simulator has its converter: our own codec does the work either way.
     for (const char* f : files)
         if (!ctx.resolver.exists(root, f))

@@ -14,6 +14,8 @@ struct WindowGeometry {
     std::int16_t height = 0;
     std::int16_t top = 0;
     std::int16_t left = 0;
+
+    bool operator==(const WindowGeometry&) const = default;
 };
 
 struct Settings {

@@ -1,0 +1,119 @@
+#include "tempdir.h"
+#include "velmora/core/installinfo.h"
+#include "velmora/core/paths.h"
+#include "velmora/core/routeindex.h"
+
+#include <gtest/gtest.h>
+
+using namespace velmora;
+using velmora::test::TempDir;
+namespace fs = std::filesystem;
+
+TEST(PathResolver, FindsDocumentPathsWhateverTheirLetterCase) {
+    TempDir dir;
+    dir.write("Assets/DemoRail/Class66Pack/RailVehicles/Diesel/Class66.bin", "x");
+    dir.write("Assets/DemoRail/Class66Pack/Textures/Body_SP.TgPcDx", "t");
+    PathResolver r;
+    auto found = r.resolve(dir.path(), "assets\\DEMORAIL\\class66pack\\RailVehicles\\diesel\\CLASS66.BIN");
+    ASSERT_TRUE(found);
+    EXPECT_EQ(*found, dir / "Assets/DemoRail/Class66Pack/RailVehicles/Diesel/Class66.bin");
+
+    // Relative steps as geometry files write them.
+    auto tex = r.resolve(dir / "Assets/DemoRail/Class66Pack/RailVehicles/Diesel",
+                         "..\\..\\textures\\body_sp.tgpcdx");
+    ASSERT_TRUE(tex);
+    EXPECT_EQ(tex->filename(), "Body_SP.TgPcDx");
+    EXPECT_FALSE(r.resolve(dir.path(), "Assets\\DemoRail\\Missing\\x.bin"));
+    EXPECT_FALSE(r.resolve(dir.path(), "C:\\Assets"));
+    EXPECT_TRUE(r.resolve(dir.path(), "Assets//DemoRail/./Class66Pack"));
+}
+
+TEST(PathResolver, ExactSpellingWinsAndListingsAreCached) {
+    TempDir dir;
+    dir.write("Folder/readme.txt", "lower");
+    dir.write("Folder/README.txt", "upper");
+    PathResolver r;
+    EXPECT_EQ(test::slurp(*r.resolve(dir.path(), "folder/README.txt")), "upper");
+    EXPECT_EQ(test::slurp(*r.resolve(dir.path(), "FOLDER/readme.txt")), "lower");
+
+    // A file made after the folder was listed is found once the listing is dropped.
+    EXPECT_FALSE(r.resolve(dir.path(), "folder/new.txt"));
+    dir.write("Folder/New.txt", "n");
+    EXPECT_FALSE(r.resolve(dir.path(), "folder/new.txt"));
+    r.invalidate(dir / "Folder");
+    EXPECT_TRUE(r.resolve(dir.path(), "folder/new.txt"));
+}
+
+TEST(PathResolver, NonAsciiNamesFoldToo) {
+    TempDir dir;
+    dir.write("Assets/ÖBB/Wägen.bin", "x");
+    PathResolver r;
+    EXPECT_TRUE(r.resolve(dir.path(), "assets\\öbb\\WÄGEN.bin"));
+    EXPECT_EQ(foldName("ÄÖÜ×Straße"), "äöü×straße");
+}
+
+TEST(PathResolver, WritePathsKeepTheRealSpellingOfWhatExists) {
+    TempDir dir;
+    fs::create_directories(dir / "Content/Routes");
+    PathResolver r;
+    EXPECT_EQ(r.resolveForWrite(dir.path(), "content\\routes\\New\\RouteProperties.xml"),
+              dir / "Content/Routes/New/RouteProperties.xml");
+}
+
+TEST(Steam, LibraryFoldersAndTheSimulatorInThem) {
+    TempDir dir;
+    std::string vdf = R"("libraryfolders"
+{
+	"0"
+	{
+		"path"		")" + (dir / "lib0").string() + R"("
+		"label"		""
+	}
+	"1"
+	{
+		"path"		")" + (dir / "games").string() + R"("
+	}
+})";
+    auto libs = parseLibraryFolders(vdf);
+    ASSERT_EQ(libs.size(), 2u);
+    EXPECT_EQ(libs[1], dir / "games");
+    EXPECT_EQ(parseLibraryFolders(R"("path" "D:\\SteamLibrary")")[0], fs::path("D:\\SteamLibrary"));
+
+    dir.write("home/.local/share/Steam/steamapps/libraryfolders.vdf", vdf);
+    EXPECT_FALSE(findRailWorksInSteam(dir / "home"));
+    dir.write("games/steamapps/common/RailWorks/RailWorks.exe", "");
+    auto root = findRailWorksInSteam(dir / "home");
+    ASSERT_TRUE(root);
+    EXPECT_EQ(*root, dir / "games/steamapps/common/RailWorks");
+}
+
+TEST(RouteIndex, TwoFieldsALineIntoParallelTables) {
+    auto index = parseRouteIndex("00000001-aaaa,Demo Valley\r\n\r\n\"0002\",\"Alpine - Pass\"\r\nlonely\r\n");
+    ASSERT_EQ(index.size(), 3u);
+    EXPECT_EQ(index.folders[1], "0002");
+    EXPECT_EQ(index.names[1], "Alpine - Pass");
+    EXPECT_EQ(index.names[2], "");
+    EXPECT_EQ(index.nameOf("00000001-AAAA"), "Demo Valley");
+    EXPECT_EQ(index.nameOf("nope"), "");
+}
+
+TEST(InstallInfo, ProductsRoutesAndNames) {
+    TempDir dir;
+    dir.write("RailWorks.exe", "");
+    dir.write("Assets/Zeta/One/a.bin", "");
+    dir.write("Assets/alpha/Two/b.bin", "");
+    dir.write("Assets/alpha/Beta/c.bin", "");
+    dir.write("content/routes/r1/RouteProperties.xml",
+              "<DisplayName>\r\n<Localisation-cUserLocalisedString>\r\n<English d:type=\"cDeltaString\">"
+              "Bob&apos;s Line</English>");
+    fs::create_directories(dir / "content/routes/r2");
+    PathResolver r;
+    auto s = summarizeInstall(dir.path(), r);
+    EXPECT_TRUE(s.hasExecutable);
+    ASSERT_EQ(s.products.size(), 3u);
+    EXPECT_EQ(s.products[0].provider + "/" + s.products[0].product, "alpha/Beta");
+    EXPECT_EQ(s.products[2].provider, "Zeta");
+    ASSERT_EQ(s.routes.size(), 2u);
+    EXPECT_EQ(s.routes[0].displayName, "Bob's Line");
+    EXPECT_EQ(s.routes[1].displayName, "");
+}
