@@ -135,6 +135,12 @@ TEST(Text, SecondsToHHMMRoundsHalfToEven) {
     EXPECT_EQ(SecondsToHHMM(1770), "0030"); // 29.5 minutes round to the even 30
 }
 
+TEST(Text, TimeConverterKeepsWholeHours) {
+    EXPECT_EQ(TimeToHoursMinutes(3599), "0060");
+    EXPECT_EQ(TimeToHoursMinutes(5400), "0130");
+    EXPECT_EQ(TimeToHoursMinutes(36000 + 600), "1010");
+}
+
 TEST(Text, HexToDecimal) {
     EXPECT_EQ(HexToDecimal("ff"), "255");
     EXPECT_EQ(HexToDecimal("FFFFFFFFFFFFFFFF"), "18446744073709551615");

@@ -359,6 +359,14 @@ std::string SecondsToHHMM(double seconds) {
     return two(hours) + two(minutes);
 }
 
+std::string TimeToHoursMinutes(double seconds) {
+    double hours = std::trunc(seconds / 3600.0);
+    double minutes = std::nearbyint((seconds - hours * 3600.0) / 60.0);
+    char buf[48];
+    std::snprintf(buf, sizeof buf, "%02lld%02lld", static_cast<long long>(hours), static_cast<long long>(minutes));
+    return buf;
+}
+
 std::string HexToDecimal(std::string_view text) {
     // Three 32-bit limbs hold the 96-bit value, least significant first.
     std::array<std::uint64_t, 3> limb{0, 0, 0};

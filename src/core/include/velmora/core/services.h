@@ -65,6 +65,10 @@ void SortStrings(std::vector<std::string>& items, std::ptrdiff_t low, std::ptrdi
 // Hours and minutes of a simulator time, each "00", joined ("0030"; 5400 gives "02-30").
 std::string SecondsToHHMM(double seconds);
 
+// The time converter's form: whole hours, then the rest in minutes rounded to the nearest
+// (3599 seconds give "0060", 5400 give "0130").
+std::string TimeToHoursMinutes(double seconds);
+
 // A hexadecimal text as a decimal number text, up to 96 bits; empty for any character
 // that is not a hex digit or on overflow.
 std::string HexToDecimal(std::string_view text);

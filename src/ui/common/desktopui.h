@@ -1,0 +1,45 @@
+#pragma once
+// The desktop front end of the logic's user-interface channel: message boxes, file dialogs
+// and a progress dialog with an Abort button.
+
+#include "velmora/core/userinterface.h"
+
+#include <QPointer>
+
+class QProgressDialog;
+class QWidget;
+
+namespace velmora::ui {
+
+class DesktopUi : public UserInterface {
+public:
+    explicit DesktopUi(QWidget* parent = nullptr) : m_parent(parent) {}
+    void setParent(QWidget* parent) { m_parent = parent; }
+
+    void message(const std::string& text, Icon icon, const std::string& title) override;
+    Answer ask(const std::string& text, Buttons buttons, Icon icon, const std::string& title) override;
+    std::optional<std::string> inputText(const std::string& prompt, const std::string& title,
+                                         const std::string& initial) override;
+    std::optional<std::filesystem::path> chooseFile(const FileRequest& request) override;
+    std::optional<std::filesystem::path> chooseFolder(const std::string& title,
+                                                      const std::filesystem::path& start) override;
+    void beginProgress(const std::string& label, std::int64_t total) override;
+    void progress(std::int64_t done, const std::string& label) override;
+    void endProgress() override;
+    bool cancelled() const override;
+    void pumpEvents() override;
+
+private:
+    QPointer<QWidget> m_parent;
+    QPointer<QProgressDialog> m_progress;
+    std::int64_t m_total = 0;
+    bool m_cancelled = false;
+};
+
+// Text of the program (bytes, Windows-1252 where not UTF-8) for Qt and back.
+QString toQt(const std::string& text);
+std::string fromQt(const QString& text);
+// "Label (*.a)|*.a|Other (*.b)|*.b" as Qt's ";;" filter list.
+QString qtFilter(const std::string& filter);
+
+} // namespace velmora::ui
