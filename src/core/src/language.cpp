@@ -60,9 +60,11 @@ bool LanguageTable::load(const std::vector<fs::path>& folders, std::string& file
     if (!file) {
         m_entries.clear();
         if (log) {
-            std::string where = folders.empty() ? std::string() : folders.front().string();
+            std::string where;
+            for (const auto& f : folders)
+                where += (where.empty() ? "" : ", ") + f.string();
             log->log("modLanguage", "LoadLanguage", err::FileNotFound,
-                     "File not found: " + (fs::path(where) / fileName).string());
+                     "File not found: " + fileName + " (looked in " + where + ")");
         }
         return false;
     }
