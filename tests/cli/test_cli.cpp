@@ -8,8 +8,13 @@
 //   no-out: (no name)
 //   empty-err
 //
+// A case may hold several steps: every "args:" line starts one, and the lines after it check
+// that step. "copy: FROM TO" copies a file before the next step runs; "same: A B" and
+// "differ: A B" compare two files after the step before, "absent: P" wants P not to exist.
+//
 // Placeholders: {home} a fresh program folder, {tree} a small hand-made install,
-// {new} a folder that does not exist yet, {missing} a path that never exists.
+// {new} a folder that does not exist yet, {missing} a path that never exists,
+// {work} an empty scratch folder, {testdata} the real simulator documents shipped for tests.
 
 #include "cli.h"
 
@@ -25,12 +30,19 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct Case {
-    std::string name;
+struct Step {
+    std::vector<std::pair<std::string, std::string>> copies; // before the run
     std::vector<std::string> args;
     int exit = 0;
     std::vector<std::string> out, err, noOut;
     bool emptyErr = false;
+    std::vector<std::pair<std::string, std::string>> same, differ; // after the run
+    std::vector<std::string> absent;
+};
+
+struct Case {
+    std::string name;
+    std::vector<Step> steps;
 };
 
 std::string replaceAll(std::string s, const std::string& from, const std::string& to) {
@@ -49,26 +61,51 @@ Case readCase(const fs::path& file, const std::map<std::string, std::string>& va
             s = replaceAll(s, k, v);
         return s;
     };
+    auto pair = [](const std::string& value) {
+        std::istringstream words(value);
+        std::pair<std::string, std::string> p;
+        words >> p.first >> p.second;
+        return p;
+    };
+    std::vector<std::pair<std::string, std::string>> pendingCopies;
+    auto current = [&]() -> Step& {
+        if (c.steps.empty())
+            c.steps.emplace_back();
+        return c.steps.back();
+    };
     while (std::getline(in, line)) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
         if (line.empty() || line[0] == '#')
             continue;
         auto colon = line.find(": ");
         std::string key = line.substr(0, colon);
         std::string value = colon == std::string::npos ? "" : expand(line.substr(colon + 2));
         if (key == "args") {
+            Step step;
+            step.copies.swap(pendingCopies);
             std::istringstream words(value);
             for (std::string w; words >> w;)
-                c.args.push_back(w);
+                step.args.push_back(w);
+            c.steps.push_back(std::move(step));
+        } else if (key == "copy") {
+            pendingCopies.push_back(pair(value));
+        } else if (key == "same") {
+            current().same.push_back(pair(value));
+        } else if (key == "differ") {
+            current().differ.push_back(pair(value));
+        } else if (key == "absent") {
+            current().absent.push_back(value);
         } else if (key == "exit") {
-            c.exit = std::stoi(value);
+            current().exit = std::stoi(value);
         } else if (key == "out") {
-            c.out.push_back(value);
+            current().out.push_back(value);
         } else if (key == "err") {
-            c.err.push_back(value);
+            current().err.push_back(value);
         } else if (key == "no-out") {
-            c.noOut.push_back(value);
+            current().noOut.push_back(value);
         } else if (key == "empty-err") {
-            c.emptyErr = true;
+            current().emptyErr = true;
         } else {
             ADD_FAILURE() << file << ": unknown key " << key;
         }
@@ -100,24 +137,48 @@ protected:
     fs::path m_dir;
 };
 
+std::string readAll(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
 TEST_P(CliCases, Run) {
+    const fs::path testdata = fs::path(VELMORA_TESTDATA);
     const std::map<std::string, std::string> vars = {{"{home}", (m_dir / "home").string()},
                                                      {"{tree}", (m_dir / "tree").string()},
                                                      {"{new}", (m_dir / "new").string()},
-                                                     {"{missing}", (m_dir / "missing").string()}};
+                                                     {"{missing}", (m_dir / "missing").string()},
+                                                     {"{work}", (m_dir / "work").string()},
+                                                     {"{testdata}", testdata.string()}};
     Case c = readCase(GetParam(), vars);
-    std::ostringstream out, err;
-    int code = velmora::cli::run(c.args, out, err);
-    SCOPED_TRACE("stdout:\n" + out.str() + "\nstderr:\n" + err.str());
-    EXPECT_EQ(code, c.exit);
-    for (const auto& s : c.out)
-        EXPECT_NE(out.str().find(s), std::string::npos) << "missing on stdout: " << s;
-    for (const auto& s : c.noOut)
-        EXPECT_EQ(out.str().find(s), std::string::npos) << "unexpected on stdout: " << s;
-    for (const auto& s : c.err)
-        EXPECT_NE(err.str().find(s), std::string::npos) << "missing on stderr: " << s;
-    if (c.emptyErr) {
-        EXPECT_EQ(err.str(), "");
+    if (!fs::exists(testdata) && readAll(GetParam()).find("{testdata}") != std::string::npos)
+        GTEST_SKIP() << "the shared test documents are not beside this checkout";
+    fs::create_directories(m_dir / "work");
+    for (std::size_t i = 0; i < c.steps.size(); ++i) {
+        const Step& step = c.steps[i];
+        for (const auto& [from, to] : step.copies)
+            ASSERT_TRUE(fs::copy_file(from, to, fs::copy_options::overwrite_existing)) << from;
+        std::ostringstream out, err;
+        int code = velmora::cli::run(step.args, out, err);
+        SCOPED_TRACE("step " + std::to_string(i + 1) + "\nstdout:\n" + out.str() + "\nstderr:\n" + err.str());
+        EXPECT_EQ(code, step.exit);
+        for (const auto& s : step.out)
+            EXPECT_NE(out.str().find(s), std::string::npos) << "missing on stdout: " << s;
+        for (const auto& s : step.noOut)
+            EXPECT_EQ(out.str().find(s), std::string::npos) << "unexpected on stdout: " << s;
+        for (const auto& s : step.err)
+            EXPECT_NE(err.str().find(s), std::string::npos) << "missing on stderr: " << s;
+        if (step.emptyErr) {
+            EXPECT_EQ(err.str(), "");
+        }
+        for (const auto& [a, b] : step.same) {
+            EXPECT_TRUE(fs::exists(a)) << a;
+            EXPECT_EQ(readAll(a), readAll(b)) << a << " and " << b << " differ";
+        }
+        for (const auto& p : step.absent)
+            EXPECT_FALSE(fs::exists(p)) << p << " should not exist";
+        for (const auto& [a, b] : step.differ)
+            EXPECT_NE(readAll(a), readAll(b)) << a << " and " << b << " are the same";
     }
 }
 

@@ -1,0 +1,78 @@
+#pragma once
+// What every velmora-cli command works with: the parsed global options, the console channel
+// for questions and progress, and the program's start-up context.
+
+#include "cli.h"
+
+#include "velmora/core/appcontext.h"
+#include "velmora/core/userinterface.h"
+
+#include <filesystem>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace velmora::cli {
+
+namespace fs = std::filesystem;
+
+struct Global {
+    std::optional<fs::path> railWorks;
+    std::optional<fs::path> home;
+    bool yes = false;
+    bool quiet = false;
+    bool help = false;
+    std::vector<std::string> answers;
+    std::string command;
+    std::vector<std::string> rest; // the command's own words, in order
+};
+
+struct Session {
+    Global& g;
+    std::ostream& out;
+    std::ostream& err;
+    ConsoleUi ui;
+    AppContext ctx;
+    StartupResult startup;
+
+    Session(Global& global, std::ostream& o, std::ostream& e);
+
+    // Start-up as the desktop program does it, without asking for a missing root.
+    void start();
+    // The simulator root must be there for commands that work on it; says what is missing.
+    bool requireRoot();
+    // "velmora-cli: <command>: <text>" on standard error; returns Error.
+    int fail(const std::string& text);
+};
+
+using Handler = int (*)(Session&);
+
+struct Command {
+    const char* name;
+    const char* synopsis; // arguments, as shown in the usage text
+    const char* summary;
+    Handler handler;
+};
+
+// The commands of each subsystem; run() puts them together.
+std::vector<Command> basicCommands();
+std::vector<Command> editorCommands();
+
+std::optional<long long> parseNumber(const std::string& s);
+
+// Splits a command's words into options with values, flags and plain arguments.
+// `withValue` lists the options that take the next word as their value.
+struct Arguments {
+    std::vector<std::string> plain;
+    std::vector<std::pair<std::string, std::string>> options; // in order, repeats kept
+    std::vector<std::string> flags;
+    std::string problem; // empty when the words parsed
+
+    std::optional<std::string> value(const std::string& option) const;
+    bool has(const std::string& flag) const;
+};
+Arguments parseArguments(const std::vector<std::string>& words, const std::vector<std::string>& withValue,
+                         const std::vector<std::string>& flags);
+
+} // namespace velmora::cli
