@@ -1,0 +1,111 @@
+#include "velmora/core/xmltree.h"
+
+#include <QXmlStreamReader>
+
+namespace velmora {
+
+void XmlTree::clear() {
+    m_document.reset();
+    m_order.clear();
+    m_error.clear();
+}
+
+bool XmlTree::parse(std::string_view text, const std::function<void(double)>& progress,
+                    const std::function<bool()>& cancelled) {
+    clear();
+    QXmlStreamReader reader(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())));
+    std::unique_ptr<XmlNode> root;
+    XmlNode* current = nullptr;
+    std::size_t counter = 1;
+    std::vector<XmlNode*> order;
+    std::size_t events = 0;
+    while (!reader.atEnd()) {
+        const auto token = reader.readNext();
+        if ((++events & 0xFFFF) == 0) {
+            if (cancelled && cancelled()) {
+                m_error = QStringLiteral("Stopped");
+                return false;
+            }
+            if (progress && !text.empty())
+                progress(static_cast<double>(reader.characterOffset()) / static_cast<double>(text.size()));
+        }
+        switch (token) {
+        case QXmlStreamReader::StartElement: {
+            auto node = std::make_unique<XmlNode>();
+            node->name = reader.qualifiedName().toString();
+            node->key = QStringLiteral("nod%1").arg(counter++);
+            const auto attributes = reader.attributes();
+            node->attributes.reserve(static_cast<std::size_t>(attributes.size()));
+            for (const auto& a : attributes)
+                node->attributes.emplace_back(a.qualifiedName().toString(), a.value().toString());
+            node->parent = current;
+            XmlNode* raw = node.get();
+            order.push_back(raw);
+            if (current)
+                current->children.push_back(std::move(node));
+            else
+                root = std::move(node);
+            current = raw;
+            break;
+        }
+        case QXmlStreamReader::Characters:
+            if (current)
+                current->characters += reader.text();
+            break;
+        case QXmlStreamReader::EndElement:
+            if (current)
+                current = current->parent;
+            break;
+        default:
+            break;
+        }
+    }
+    if (reader.hasError()) {
+        m_error = QStringLiteral("Line %1, column %2: %3")
+                      .arg(reader.lineNumber())
+                      .arg(reader.columnNumber())
+                      .arg(reader.errorString());
+        return false;
+    }
+    if (progress)
+        progress(1.0);
+    m_document = std::move(root);
+    m_order = std::move(order);
+    return true;
+}
+
+XmlNode* XmlTree::byKey(const QString& key) const {
+    // Keys are "nod" + the node's place in document order, counted from 1.
+    if (!key.startsWith(QLatin1String("nod")))
+        return nullptr;
+    bool ok = false;
+    const qulonglong n = QStringView(key).mid(3).toULongLong(&ok);
+    if (!ok || n == 0 || n > m_order.size())
+        return nullptr;
+    return m_order[n - 1];
+}
+
+std::string treeTooLongMessage() {
+    return "Unfortunately, this file is too long for this Search to work.\n"
+           "Please open in the Velmora editor and run Search there.";
+}
+
+long findInTree(const XmlTree& tree, std::size_t from, const QString& what, TreeSearchKind kind) {
+    const auto& nodes = tree.nodes();
+    for (std::size_t i = from; i < nodes.size(); ++i) {
+        const XmlNode* n = nodes[i];
+        if (kind == TreeSearchKind::Names) {
+            if (n->name.contains(what, Qt::CaseInsensitive))
+                return static_cast<long>(i);
+            continue;
+        }
+        if (n->characters.contains(what, Qt::CaseInsensitive))
+            return static_cast<long>(i);
+        for (const auto& [name, value] : n->attributes)
+            if (name.contains(what, Qt::CaseInsensitive))
+                return static_cast<long>(i);
+    }
+    return -1;
+}
+
+} // namespace velmora
