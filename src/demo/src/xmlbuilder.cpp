@@ -1,6 +1,8 @@
 #include "velmora/demo/xmlbuilder.h"
 
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace velmora::demo {
@@ -21,15 +23,83 @@ std::string xmlEscape(std::string_view text) {
     return out;
 }
 
-std::string formatFloat(double value) {
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%g", value);
-    std::string s = buf;
-    // The converter writes at least three exponent digits.
-    auto e = s.find('e');
-    if (e != std::string::npos && s.size() - e - 2 < 3)
-        s.insert(e + 2, 3 - (s.size() - e - 2), '0');
-    return s;
+namespace {
+
+// The mantissa digits and decimal exponent of `value` (non-zero, finite) to `digits` places,
+// from glibc's exact decimal expansion.
+struct Decimal {
+    std::string digits; // first digit, then the rest, no point
+    int exponent = 0;
+};
+
+Decimal decimalDigits(double magnitude, int digits) {
+    std::string buf(static_cast<std::size_t>(digits) + 16, '\0');
+    int n = std::snprintf(buf.data(), buf.size(), "%.*e", digits - 1, magnitude);
+    buf.resize(static_cast<std::size_t>(n));
+    Decimal d;
+    auto e = buf.find('e');
+    d.digits = buf.substr(0, 1) + buf.substr(2, e - 2);
+    d.exponent = std::atoi(buf.c_str() + e + 1);
+    return d;
+}
+
+// True when the digits behind position `from` are exactly "5" followed by zeros in the full
+// expansion: a tie that the converter rounds away from zero.
+bool roundsUp(double magnitude, const Decimal& wide, std::size_t keep) {
+    char next = wide.digits[keep];
+    if (next != '5')
+        return next > '5';
+    if (wide.digits.find_first_not_of('0', keep + 1) != std::string::npos)
+        return true;
+    // Looks like an exact tie at this width; a 4999... tail could have been rounded up to it.
+    Decimal exact = decimalDigits(magnitude, 1100);
+    return exact.digits[keep] >= '5';
+}
+
+} // namespace
+
+std::string formatFloat(double value, int exponentDigits) {
+    if (value == 0)
+        return std::signbit(value) ? "-0" : "0";
+    const double magnitude = std::fabs(value);
+    constexpr std::size_t kSignificant = 6;
+    Decimal wide = decimalDigits(magnitude, 26);
+    std::string digits = wide.digits.substr(0, kSignificant);
+    int exponent = wide.exponent;
+    if (roundsUp(magnitude, wide, kSignificant)) {
+        int i = static_cast<int>(kSignificant) - 1;
+        while (i >= 0 && digits[static_cast<std::size_t>(i)] == '9')
+            digits[static_cast<std::size_t>(i--)] = '0';
+        if (i < 0) {
+            digits = "1" + digits.substr(0, kSignificant - 1);
+            ++exponent;
+        } else {
+            ++digits[static_cast<std::size_t>(i)];
+        }
+    }
+    while (digits.size() > 1 && digits.back() == '0')
+        digits.pop_back();
+
+    std::string out = value < 0 ? "-" : "";
+    if (exponent < -4 || exponent >= static_cast<int>(kSignificant)) {
+        out += digits[0];
+        if (digits.size() > 1)
+            out += "." + digits.substr(1);
+        std::string e = std::to_string(exponent < 0 ? -exponent : exponent);
+        if (e.size() < static_cast<std::size_t>(exponentDigits))
+            e.insert(0, static_cast<std::size_t>(exponentDigits) - e.size(), '0');
+        out += (exponent < 0 ? "e-" : "e+") + e;
+    } else if (exponent < 0) {
+        out += "0." + std::string(static_cast<std::size_t>(-exponent - 1), '0') + digits;
+    } else {
+        auto intDigits = static_cast<std::size_t>(exponent) + 1;
+        if (digits.size() <= intDigits) {
+            out += digits + std::string(intDigits - digits.size(), '0');
+        } else {
+            out += digits.substr(0, intDigits) + "." + digits.substr(intDigits);
+        }
+    }
+    return out;
 }
 
 namespace {
@@ -71,6 +141,7 @@ XmlBuilder::XmlBuilder(std::string_view rootName, std::int64_t rootId) {
 void XmlBuilder::indent() { m_out.append(m_stack.size(), '\t'); }
 
 void XmlBuilder::line(const std::string& text) {
+    m_justOpened = false;
     indent();
     m_out += text;
     m_out += "\r\n";
@@ -80,12 +151,20 @@ XmlBuilder& XmlBuilder::open(std::string_view name, std::int64_t id) {
     std::string n = xmlName(name);
     line("<" + n + (id ? " d:id=\"" + std::to_string(id) + "\"" : std::string()) + ">");
     m_stack.push_back(n);
+    m_justOpened = true;
     return *this;
 }
 
 XmlBuilder& XmlBuilder::close() {
     std::string n = m_stack.back();
     m_stack.pop_back();
+    if (m_justOpened) {
+        // An element with no children is written the converter's way, as <X/>.
+        m_out.resize(m_out.size() - 3);
+        m_out += "/>\r\n";
+        m_justOpened = false;
+        return *this;
+    }
     line("</" + n + ">");
     return *this;
 }

@@ -41,11 +41,13 @@ private:
     void line(const std::string& text);
     std::string m_out;
     std::vector<std::string> m_stack;
+    bool m_justOpened = false; // the last line opened an element that has no child yet
 };
 
 // Escapes text the way the converter writes it.
 std::string xmlEscape(std::string_view text);
-// The converter's short float form ("%g", six significant digits) for the demo's own values.
-std::string formatFloat(double value);
+// The converter's short float form: "%g" with six significant digits, exact decimal ties rounded
+// away from zero, at least `exponentDigits` exponent digits.
+std::string formatFloat(double value, int exponentDigits = 3);
 
 } // namespace velmora::demo

@@ -1,0 +1,93 @@
+#pragma once
+// What the parts of the generator share: the output, the manifest, the random stream, and the
+// catalogue of assets that the routes and scenarios place.
+
+#include "manifest.h"
+#include "output.h"
+#include "random.h"
+#include "velmora/demo/xmlbuilder.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace velmora {
+class UserInterface;
+}
+
+namespace velmora::demo {
+
+// A blueprint reference: provider, product and the id below the product ("...\X.xml").
+struct Ref {
+    std::string provider, product, id;
+    bool empty() const { return provider.empty(); }
+};
+
+// Root-relative file of an asset path below the product, '\' turned to '/', with the ending
+// `ext` in place of the id's ".xml" (or appended when the id has no ending).
+std::string assetFile(const std::string& provider, const std::string& product, const std::string& pathBelowProduct,
+                      const std::string& ext);
+std::string assetFile(const Ref& ref, const std::string& ext = ".bin");
+// "Provider\Product\path" as geometry, audio and texture values name files below Assets.
+std::string assetsRelative(const Ref& ref);
+std::string slashes(std::string path);       // '\' -> '/'
+std::string backslashes(std::string path);   // '/' -> '\'
+
+struct Vehicle {
+    Ref ref;
+    Ref reskinOf; // set for a reskin: `ref` is the reskin, this the base vehicle
+    std::string name;
+    bool engine = false;
+    bool tender = false;
+    std::string engineType; // Diesel, Electric, Steam
+    std::string numberPrefix;
+    bool cargo = false;
+    double mass = 40;
+};
+
+// One placement on a route that carries faults: the manifest entries get the route's folder
+// when the item is placed.
+struct FaultyItem {
+    Ref ref;
+    std::vector<std::size_t> faults;
+};
+
+struct Catalogue {
+    std::vector<Ref> scenery;  // placeable and sound
+    std::vector<Ref> ambient;  // sound emitters below Audio\, sound
+    std::vector<Ref> track, road, loft;
+    Ref transferPoint;
+    std::vector<Vehicle> engines, wagons;
+    Ref routeTemplate, terrain, weather, skies[4];
+    std::vector<FaultyItem> faulty; // placed on the first route's tiles
+    Ref grun, cafe, obrien, signalBox; // exist on disk; the routes name them in other spellings
+    std::vector<std::string> routeFolders; // fixed before the assets, for Quick Drive consists
+};
+
+struct Context {
+    Output& out;
+    Manifest& manifest;
+    SplitMix rng;
+    int scale = 1;
+    UserInterface* ui = nullptr;
+    Catalogue cat;
+    std::set<std::string> written; // root-relative files already written (shared textures)
+    std::int64_t step = 0;
+
+    bool cancelled() const;
+    void progress(const std::string& label = {});
+};
+
+// Shapes that many documents share.
+void matrix(XmlBuilder& x, std::string_view name, double tx, double ty, double tz);
+void blueprintRef(XmlBuilder& x, std::string_view name, const Ref& ref);
+void farPosition(XmlBuilder& x, int tileX, int tileZ, double offsetX, double offsetZ);
+void guidElement(XmlBuilder& x, std::string_view name, const Guid& guid);
+void localisedName(XmlBuilder& x, std::string_view name, const std::string& english, const std::string& key = {},
+                   const std::string& german = {});
+
+// Writes what the two halves of the generator produce; false stops the generator.
+bool writeAssets(Context& ctx);
+bool writeRoutes(Context& ctx, DemoResult& result);
+
+} // namespace velmora::demo

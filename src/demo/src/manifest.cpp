@@ -1,0 +1,100 @@
+#include "manifest.h"
+
+#include <cstdio>
+
+namespace velmora::demo {
+
+std::string jsonString(const std::string& text) {
+    std::string out = "\"";
+    for (char c : text) {
+        switch (c) {
+        case '"': out += "\\\""; break;
+        case '\\': out += "\\\\"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\t': out += "\\t"; break;
+        default:
+            if (static_cast<unsigned char>(c) < 0x20) {
+                char buf[8];
+                std::snprintf(buf, sizeof buf, "\\u%04x", static_cast<unsigned>(c));
+                out += buf;
+            } else {
+                out += c; // UTF-8 passes through
+            }
+        }
+    }
+    return out + "\"";
+}
+
+namespace {
+
+std::string stringArray(const std::vector<std::string>& items, const std::string& indent) {
+    if (items.empty())
+        return "[]";
+    std::string out = "[\n";
+    for (std::size_t i = 0; i < items.size(); ++i)
+        out += indent + "  " + jsonString(items[i]) + (i + 1 < items.size() ? ",\n" : "\n");
+    return out + indent + "]";
+}
+
+} // namespace
+
+std::string Manifest::json() const {
+    std::string o = "{\n";
+    o += "  \"format\": \"velmora-demo-manifest\",\n";
+    o += "  \"version\": 1,\n";
+    o += "  \"seed\": " + std::to_string(seed) + ",\n";
+    o += "  \"scale\": " + std::to_string(scale) + ",\n";
+    o += "  \"counts\": {";
+    for (std::size_t i = 0; i < counts.size(); ++i)
+        o += (i ? ", " : "") + jsonString(counts[i].first) + ": " + std::to_string(counts[i].second);
+    o += "},\n";
+
+    o += "  \"products\": [\n";
+    for (std::size_t i = 0; i < products.size(); ++i) {
+        const auto& p = products[i];
+        o += "    {\"provider\": " + jsonString(p.provider) + ", \"product\": " + jsonString(p.product) +
+             ", \"archive\": " + jsonString(p.archive) + "}" + (i + 1 < products.size() ? ",\n" : "\n");
+    }
+    o += "  ],\n";
+
+    o += "  \"routes\": [\n";
+    for (std::size_t i = 0; i < routes.size(); ++i) {
+        const auto& r = routes[i];
+        o += "    {\n      \"folder\": " + jsonString(r.folder) + ",\n      \"name\": " + jsonString(r.name) +
+             ",\n      \"packed\": " + (r.packed ? "true" : "false") + ",\n      \"scenarios\": [";
+        for (std::size_t j = 0; j < r.scenarios.size(); ++j) {
+            const auto& s = r.scenarios[j];
+            o += std::string(j ? "," : "") + "\n        {\"folder\": " + jsonString(s.folder) +
+                 ", \"name\": " + jsonString(s.name) + ", \"class\": " + jsonString(s.scenarioClass) +
+                 ", \"properties\": " + (s.hasProperties ? "true" : "false") + "}";
+        }
+        o += r.scenarios.empty() ? "],\n" : "\n      ],\n";
+        o += "      \"tiles\": " + stringArray(r.tiles, "      ") + "\n    }" +
+             (i + 1 < routes.size() ? ",\n" : "\n");
+    }
+    o += "  ],\n";
+
+    o += "  \"faults\": [\n";
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        const Fault& f = faults[i];
+        o += "    {\n";
+        o += "      \"id\": " + std::to_string(i + 1) + ",\n";
+        o += "      \"kind\": " + jsonString(f.kind) + ",\n";
+        o += "      \"check\": " + jsonString(f.check) + ",\n";
+        o += "      \"path\": " + jsonString(f.path) + ",\n";
+        o += "      \"referencedBy\": " + jsonString(f.referencedBy) + ",\n";
+        o += "      \"reference\": " + jsonString(f.reference) + ",\n";
+        o += "      \"routes\": " + stringArray(f.routes, "      ") + ",\n";
+        o += "      \"details\": {";
+        for (std::size_t j = 0; j < f.details.size(); ++j)
+            o += (j ? ", " : "") + jsonString(f.details[j].first) + ": " + jsonString(f.details[j].second);
+        o += "},\n";
+        o += "      \"expect\": " + jsonString(f.expect) + "\n";
+        o += "    }" + std::string(i + 1 < faults.size() ? ",\n" : "\n");
+    }
+    o += "  ]\n}\n";
+    return o;
+}
+
+} // namespace velmora::demo

@@ -1,0 +1,143 @@
+#include "output.h"
+
+#include "serz/serz.h"
+
+#include <zip.h>
+
+#include <fstream>
+#include <system_error>
+
+namespace velmora::demo {
+
+namespace fs = std::filesystem;
+
+fs::path nativePath(const fs::path& root, const std::string& rel) {
+    fs::path p = root;
+    std::size_t start = 0;
+    while (start <= rel.size()) {
+        std::size_t slash = rel.find('/', start);
+        if (slash == std::string::npos)
+            slash = rel.size();
+        if (slash > start)
+            p /= fs::path(std::u8string(rel.begin() + static_cast<std::ptrdiff_t>(start),
+                                        rel.begin() + static_cast<std::ptrdiff_t>(slash)));
+        start = slash + 1;
+    }
+    return p;
+}
+
+Output::Output(fs::path root, Encoder encoder, DemoResult& result)
+    : m_root(std::move(root)), m_encoder(std::move(encoder)), m_result(result) {
+    if (!m_encoder) {
+        m_encoder = [](std::string_view xml, std::string& binary, std::string& error) {
+            serz::Status status = serz::encode(xml, binary);
+            if (!status.ok)
+                error = status.message + (status.line ? " (line " + std::to_string(status.line) + ")" : "");
+            return status.ok;
+        };
+    }
+}
+
+bool Output::fail(const std::string& what) {
+    if (m_result.error.empty())
+        m_result.error = what;
+    return false;
+}
+
+bool Output::writeFile(const fs::path& path, std::string_view bytes) {
+    std::error_code ec;
+    fs::create_directories(path.parent_path(), ec);
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!out) {
+        // A read-only file left by an earlier run: make it writable and try once more.
+        fs::permissions(path, fs::perms::owner_write, fs::perm_options::add, ec);
+        out.open(path, std::ios::binary | std::ios::trunc);
+    }
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    out.close();
+    if (!out)
+        return fail("cannot write " + path.string());
+    ++m_result.files;
+    return true;
+}
+
+bool Output::raw(const std::string& rel, std::string_view bytes) {
+    if (!ok())
+        return false;
+    if (inArchive() && rel.compare(0, m_archiveFolder.size() + 1, m_archiveFolder + "/") == 0) {
+        m_entries.emplace_back(rel.substr(m_archiveFolder.size() + 1), std::string(bytes));
+        ++m_result.archiveEntries;
+        return true;
+    }
+    return writeFile(nativePath(m_root, rel), bytes);
+}
+
+bool Output::document(const std::string& rel, const std::string& xml, std::string* encoded) {
+    if (!ok())
+        return false;
+    std::string binary, error;
+    if (!m_encoder(xml, binary, error))
+        return fail(rel + ": " + (error.empty() ? "the codec refused the document" : error));
+    ++m_result.documents;
+    bool written = raw(rel, binary);
+    if (encoded)
+        *encoded = std::move(binary);
+    return written;
+}
+
+bool Output::blueprint(const std::string& rel, const std::string& xml) {
+    ++m_result.blueprints;
+    return document(rel, xml);
+}
+
+bool Output::readOnly(const std::string& rel) {
+    std::error_code ec;
+    fs::permissions(nativePath(m_root, rel),
+                    fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read,
+                    fs::perm_options::replace, ec);
+    return ec ? fail("cannot make " + rel + " read-only: " + ec.message()) : true;
+}
+
+void Output::beginArchive(const std::string& folder, const std::string& name) {
+    m_archiveFolder = folder;
+    m_archiveName = name;
+    m_entries.clear();
+}
+
+bool Output::endArchive() {
+    const std::string rel = m_archiveFolder + "/" + m_archiveName;
+    m_archiveFolder.clear();
+    if (!ok())
+        return false;
+    fs::path path = nativePath(m_root, rel);
+    std::error_code ec;
+    fs::create_directories(path.parent_path(), ec);
+    fs::remove(path, ec);
+    int err = 0;
+    zip_t* zip = zip_open(path.string().c_str(), ZIP_CREATE | ZIP_TRUNCATE, &err);
+    if (!zip)
+        return fail("cannot create " + path.string());
+    // A fixed time stamp on every entry keeps the archive the same byte for byte.
+    constexpr time_t kStamp = 1546300800; // 2019-01-01
+    for (const auto& [name, bytes] : m_entries) {
+        zip_source_t* src = zip_source_buffer(zip, bytes.data(), bytes.size(), 0);
+        zip_int64_t index = src ? zip_file_add(zip, name.c_str(), src, ZIP_FL_ENC_UTF_8) : -1;
+        if (index < 0) {
+            if (src)
+                zip_source_free(src);
+            zip_discard(zip);
+            return fail("cannot add " + name + " to " + path.string());
+        }
+        zip_file_set_mtime(zip, static_cast<zip_uint64_t>(index), kStamp, 0);
+    }
+    if (zip_close(zip) != 0) {
+        std::string why = zip_strerror(zip);
+        zip_discard(zip);
+        return fail("cannot write " + path.string() + ": " + why);
+    }
+    m_entries.clear();
+    ++m_result.files;
+    return true;
+}
+
+} // namespace velmora::demo
