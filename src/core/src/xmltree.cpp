@@ -41,10 +41,12 @@ bool XmlTree::parse(std::string_view text, const std::function<void(double)>& pr
             node->parent = current;
             XmlNode* raw = node.get();
             order.push_back(raw);
-            if (current)
+            if (current) {
+                raw->row = current->children.size();
                 current->children.push_back(std::move(node));
-            else
+            } else {
                 root = std::move(node);
+            }
             current = raw;
             break;
         }

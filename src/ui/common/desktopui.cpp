@@ -53,9 +53,12 @@ Answer DesktopUi::ask(const std::string& text, Buttons buttons, Icon icon, const
     case Buttons::OkCancel: b = QMessageBox::Ok | QMessageBox::Cancel; break;
     case Buttons::YesNo: b = QMessageBox::Yes | QMessageBox::No; break;
     case Buttons::YesNoCancel: b = QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel; break;
+    case Buttons::OkContinue: b = QMessageBox::Ok; break;
     }
     QMessageBox box(qtIcon(icon), title.empty() ? QStringLiteral("Velmora") : toQt(title), toQt(text), b, m_parent);
     box.setObjectName("velmoraQuestion");
+    if (buttons == Buttons::OkContinue)
+        box.addButton(QObject::tr("&Continue"), QMessageBox::RejectRole);
     switch (box.exec()) {
     case QMessageBox::Ok: return Answer::Ok;
     case QMessageBox::Yes: return Answer::Yes;

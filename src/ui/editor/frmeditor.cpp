@@ -2,23 +2,31 @@
 
 #include "../common/desktopui.h"
 #include "dialogs.h"
-#include "velmora/core/convert.h"
+#include "dlgsearch.h"
+#include "xmlhighlighter.h"
+#include "xmltreemodel.h"
 #include "velmora/core/editorcaptions.h"
 #include "velmora/core/services.h"
 
 #include <QAction>
-#include <QCoreApplication>
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QDateTime>
+#include <QGridLayout>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QTimer>
-#include <QTreeWidget>
+#include <QTreeView>
 #include <QVBoxLayout>
 
 namespace velmora::ui {
@@ -158,6 +166,12 @@ std::int16_t toTwips(int pixels) {
     return static_cast<std::int16_t>(std::clamp<long>(t, -32768, 32767));
 }
 
+QPushButton* commandButton(const char* name, const QString& caption) {
+    auto* b = new QPushButton(caption);
+    b->setObjectName(name);
+    return b;
+}
+
 } // namespace
 
 frmEditor::frmEditor(AppContext& ctx, const StartupOptions& options, QWidget* parent)
@@ -165,6 +179,7 @@ frmEditor::frmEditor(AppContext& ctx, const StartupOptions& options, QWidget* pa
     setObjectName("frmEditor");
     buildWidgets();
     buildMenus();
+    buildContextMenu();
     connectCommands();
     m_startup = runStartup(m_ctx, options);
     applyStartup();
@@ -175,42 +190,9 @@ frmEditor::~frmEditor() = default;
 void frmEditor::buildWidgets() {
     m_tabs = new QTabWidget(this);
     m_tabs->setObjectName("SSTab1");
-
-    auto* frame1 = new QWidget;
-    frame1->setObjectName("Frame1");
-    m_text = new QPlainTextEdit;
-    m_text->setObjectName("RichTextBox1");
-    m_text->setLineWrapMode(QPlainTextEdit::NoWrap);
-    auto* l1 = new QVBoxLayout(frame1);
-    l1->addWidget(m_text);
-    connect(m_text, &QPlainTextEdit::textChanged, this, [this] {
-        if (!m_text->property("loading").toBool())
-            m_edited = true;
-    });
-
-    auto* frame2 = new QWidget;
-    frame2->setObjectName("Frame2");
-    m_tree = new QTreeWidget;
-    m_tree->setObjectName("TreeView1");
-    m_tree->setHeaderHidden(true);
-    auto* l2 = new QVBoxLayout(frame2);
-    l2->addWidget(m_tree);
-
-    auto* frame3 = new QWidget;
-    frame3->setObjectName("Frame3");
-    m_routes = new QTableWidget(0, 2);
-    m_routes->setObjectName("VSFG1");
-    m_routes->setHorizontalHeaderLabels({tr("Route folder"), tr("Route name")});
-    m_routes->horizontalHeader()->setStretchLastSection(true);
-    m_routes->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_routes->horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
-    m_routes->setSortingEnabled(true);
-    auto* l3 = new QVBoxLayout(frame3);
-    l3->addWidget(m_routes);
-
-    m_tabs->addTab(frame1, tr("Text"));
-    m_tabs->addTab(frame2, tr("XML Tree"));
-    m_tabs->addTab(frame3, tr("Routes"));
+    m_tabs->addTab(buildTextTab(), tr("Text"));
+    m_tabs->addTab(buildTreeTab(), tr("XML Tree"));
+    m_tabs->addTab(buildRoutesTab(), tr("Routes"));
     setCentralWidget(m_tabs);
     connect(m_tabs, &QTabWidget::currentChanged, this, &frmEditor::SSTab1_Click);
 
@@ -223,11 +205,213 @@ void frmEditor::buildWidgets() {
         bar->addPermanentWidget(m_panels[i], i == 0 ? 1 : 0);
     }
     m_panels[0]->setMinimumWidth(2000 / kTwipsPerPixel);
+    m_panels[1]->setProperty("key", "Time panel");
     m_clock = new QTimer(this);
     connect(m_clock, &QTimer::timeout, this,
             [this] { m_panels[1]->setText(QTime::currentTime().toString("hh:mm")); });
     m_clock->start(10000);
     m_panels[1]->setText(QTime::currentTime().toString("hh:mm"));
+}
+
+QWidget* frmEditor::buildTextTab() {
+    auto* frame1 = new QWidget;
+    frame1->setObjectName("Frame1");
+
+    auto* label1 = new QLabel(tr("File:"));
+    label1->setObjectName("Label1");
+    m_path = new QLineEdit;
+    m_path->setObjectName("Text1");
+    m_path->setReadOnly(true);
+    m_pathLabel = new QLabel;
+    m_pathLabel->setObjectName("Label2");
+    auto* label3 = new QLabel(tr("File:"));
+    label3->setObjectName("Label3");
+    m_path2 = new QLineEdit;
+    m_path2->setObjectName("Text3");
+    m_path2->setReadOnly(true);
+    m_path2Label = new QLabel;
+    m_path2Label->setObjectName("Label4");
+
+    m_text = new QPlainTextEdit;
+    m_text->setObjectName("RichTextBox1");
+    m_text->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_text2 = new QPlainTextEdit;
+    m_text2->setObjectName("RTB2");
+    m_text2->setLineWrapMode(QPlainTextEdit::NoWrap);
+    QFont mono(QStringLiteral("Courier New"));
+    mono.setStyleHint(QFont::Monospace);
+    mono.setPointSize(11);
+    m_text->setFont(mono);
+    m_text2->setFont(mono);
+    connect(m_text, &QPlainTextEdit::textChanged, this, [this] {
+        if (!m_loading && m_path->text().endsWith(QLatin1String("bin")))
+            m_edited = true;
+    });
+    // While the second view is open both views keep to the same character offset.
+    connect(m_text, &QPlainTextEdit::cursorPositionChanged, this, [this] {
+        if (!m_secondView)
+            return;
+        QTextCursor c = m_text2->textCursor();
+        c.setPosition(std::min(m_text->textCursor().position(), m_text2->document()->characterCount() - 1));
+        m_text2->setTextCursor(c);
+        m_text2->ensureCursorVisible();
+    });
+
+    m_highlight = commandButton("Command1", tr("Highlight XML"));
+    m_font = commandButton("Command5", tr("Change Font"));
+    m_clearScreen = commandButton("Command6", tr("Clear screen"));
+    m_showImage = commandButton("Command7", tr("Show Image"));
+    m_showImage->setVisible(false);
+    connect(m_highlight, &QPushButton::clicked, this, &frmEditor::Command1_Click);
+    connect(m_font, &QPushButton::clicked, this, &frmEditor::Command5_Click);
+    connect(m_clearScreen, &QPushButton::clicked, this, &frmEditor::Command6_Click);
+
+    auto* top = new QGridLayout;
+    top->addWidget(label1, 0, 0);
+    top->addWidget(m_path, 0, 1);
+    top->addWidget(m_highlight, 0, 2);
+    top->addWidget(m_font, 0, 3);
+    top->addWidget(m_clearScreen, 0, 4);
+    top->addWidget(m_showImage, 0, 5);
+    top->addWidget(m_pathLabel, 1, 1, 1, 5);
+    top->addWidget(label3, 2, 0);
+    top->addWidget(m_path2, 2, 1);
+    top->addWidget(m_path2Label, 3, 1, 1, 5);
+    for (QWidget* w : {static_cast<QWidget*>(label3), static_cast<QWidget*>(m_path2),
+                       static_cast<QWidget*>(m_path2Label), static_cast<QWidget*>(m_text2)})
+        w->setVisible(false);
+    label3->setProperty("secondView", true);
+
+    auto* split = new QSplitter(Qt::Vertical);
+    split->addWidget(m_text);
+    split->addWidget(m_text2);
+    auto* l = new QVBoxLayout(frame1);
+    l->addLayout(top);
+    l->addWidget(split, 1);
+    return frame1;
+}
+
+QWidget* frmEditor::buildTreeTab() {
+    auto* page = new QWidget;
+    auto* frame2 = new QWidget;
+    frame2->setObjectName("Frame2");
+    m_tree = new QTreeView;
+    m_tree->setObjectName("trevwContents");
+    m_tree->setHeaderHidden(true);
+    m_tree->setUniformRowHeights(true);
+    m_tree->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
+    m_treeModel = new XmlTreeModel(this);
+    m_tree->setModel(m_treeModel);
+    connect(m_tree, &QTreeView::clicked, this, &frmEditor::showNode);
+    connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex& current) { showNode(current); });
+    connect(m_treeModel, &XmlTreeModel::nameRefused, this, [this] {
+        m_ctx.ui().message("Node names cannot have spaces!", Icon::Warning, "Invalid character");
+    });
+    connect(m_treeModel, &XmlTreeModel::nameChanged, this, [this] { SetDirty(true); });
+    auto* l2 = new QVBoxLayout(frame2);
+    l2->setContentsMargins(0, 0, 0, 0);
+    l2->addWidget(m_tree);
+
+    auto* frame3 = new QWidget;
+    frame3->setObjectName("Frame3");
+    m_treeFind = new QLineEdit;
+    m_treeFind->setObjectName("Text2");
+    connect(m_treeFind, &QLineEdit::returnPressed, this, &frmEditor::Command2_Click);
+    auto* find = commandButton("Command2", tr("Find"));
+    auto* findAll = commandButton("Command3", tr("Find All"));
+    auto* findText = commandButton("Command4", tr("Find in Text"));
+    connect(find, &QPushButton::clicked, this, &frmEditor::Command2_Click);
+    connect(findAll, &QPushButton::clicked, this, &frmEditor::Command3_Click);
+    connect(findText, &QPushButton::clicked, this, &frmEditor::Command4_Click);
+    auto* l3 = new QHBoxLayout(frame3);
+    l3->setContentsMargins(0, 0, 0, 0);
+    l3->addWidget(m_treeFind, 1);
+    l3->addWidget(find);
+    l3->addWidget(findAll);
+    l3->addWidget(findText);
+
+    m_attribsFrame = new QWidget;
+    m_attribsFrame->setObjectName("fraAttribs");
+    auto* lblNames = new QLabel(tr("Attributes"));
+    lblNames->setObjectName("lblNames");
+    m_attributes = new QListWidget;
+    m_attributes->setObjectName("lstAttributes");
+    auto* lblValue = new QLabel(tr("Value"));
+    lblValue->setObjectName("lblValue");
+    m_attributeValue = new QLineEdit;
+    m_attributeValue->setObjectName("txtAttributeValue");
+    auto* lblText = new QLabel(tr("Text"));
+    lblText->setObjectName("lblText");
+    m_characters = new QPlainTextEdit;
+    m_characters->setObjectName("txtCharacters");
+    connect(m_attributes, &QListWidget::currentRowChanged, this, [this](int row) {
+        if (!m_selectedNode || row < 0 || static_cast<std::size_t>(row) >= m_selectedNode->attributes.size())
+            return;
+        m_nodeEditing = true;
+        m_attributeValue->setText(m_selectedNode->attributes[static_cast<std::size_t>(row)].second);
+        m_nodeEditing = false;
+    });
+    connect(m_attributeValue, &QLineEdit::textEdited, this, [this](const QString& value) {
+        const int row = m_attributes->currentRow();
+        if (!m_selectedNode || row < 0 || static_cast<std::size_t>(row) >= m_selectedNode->attributes.size())
+            return;
+        m_selectedNode->attributes[static_cast<std::size_t>(row)].second = value;
+        SetDirty(true);
+    });
+    connect(m_characters, &QPlainTextEdit::textChanged, this, [this] {
+        if (m_nodeEditing || !m_selectedNode)
+            return;
+        m_selectedNode->characters = m_characters->toPlainText();
+        SetDirty(true);
+    });
+    auto* la = new QVBoxLayout(m_attribsFrame);
+    la->setContentsMargins(0, 0, 0, 0);
+    la->addWidget(lblNames);
+    la->addWidget(m_attributes, 1);
+    la->addWidget(lblValue);
+    la->addWidget(m_attributeValue);
+    la->addWidget(lblText);
+    la->addWidget(m_characters, 2);
+    EnableNodeEdit(false);
+
+    auto* split = new QSplitter(Qt::Horizontal);
+    split->addWidget(frame2);
+    split->addWidget(m_attribsFrame);
+    split->setStretchFactor(0, 2);
+    split->setStretchFactor(1, 1);
+    auto* l = new QVBoxLayout(page);
+    l->addWidget(frame3);
+    l->addWidget(split, 1);
+    return page;
+}
+
+QWidget* frmEditor::buildRoutesTab() {
+    auto* frame5 = new QWidget;
+    frame5->setObjectName("Frame5");
+    m_routes = new QTableWidget(0, 2);
+    m_routes->setObjectName("VSFG1");
+    m_routes->setHorizontalHeaderLabels({tr("Route folder"), tr("Route name")});
+    m_routes->horizontalHeader()->setStretchLastSection(true);
+    m_routes->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_routes->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_routes->horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
+    m_routes->setSortingEnabled(true);
+    auto* open = commandButton("Command8", tr("Open Selected Folder"));
+    auto* load = commandButton("Command9", tr("Load List"));
+    auto* print = commandButton("Command10", tr("Print List"));
+    connect(open, &QPushButton::clicked, this, &frmEditor::Command8_Click);
+    connect(load, &QPushButton::clicked, this, &frmEditor::Command9_Click);
+    connect(print, &QPushButton::clicked, this, &frmEditor::Command10_Click);
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(open);
+    buttons->addWidget(load);
+    buttons->addWidget(print);
+    buttons->addStretch(1);
+    auto* l = new QVBoxLayout(frame5);
+    l->addLayout(buttons);
+    l->addWidget(m_routes, 1);
+    return frame5;
 }
 
 void frmEditor::buildMenus() {
@@ -266,6 +450,43 @@ void frmEditor::buildMenus() {
     }
 }
 
+void frmEditor::buildContextMenu() {
+    // mnuPop1: the right-click menu of both text views.
+    m_context = new QMenu(this);
+    m_context->setObjectName("mnuPop1");
+    struct Item {
+        const char* name;
+        const char* caption;
+        void (QPlainTextEdit::*slot)();
+    };
+    const Item items[] = {{"mnuCopy", "Copy", &QPlainTextEdit::copy},
+                          {"mnuCut", "Cut", &QPlainTextEdit::cut},
+                          {"mnuPaste", "Paste", &QPlainTextEdit::paste},
+                          {"mnuDelete", "Delete", nullptr},
+                          {"mnuSelAll", "Select All", &QPlainTextEdit::selectAll}};
+    for (const Item& item : items) {
+        QAction* a = m_context->addAction(tr(item.caption));
+        a->setObjectName(item.name);
+        m_actions[item.name] = a;
+        connect(a, &QAction::triggered, this, [this, slot = item.slot] {
+            auto* view = qobject_cast<QPlainTextEdit*>(m_context->property("view").value<QObject*>());
+            if (!view)
+                view = m_text;
+            if (slot)
+                (view->*slot)();
+            else
+                view->textCursor().removeSelectedText();
+        });
+    }
+    for (QPlainTextEdit* view : {m_text, m_text2}) {
+        view->setContextMenuPolicy(Qt::CustomContextMenu);
+        connect(view, &QWidget::customContextMenuRequested, this, [this, view](const QPoint& at) {
+            m_context->setProperty("view", QVariant::fromValue<QObject*>(view));
+            m_context->popup(view->mapToGlobal(at));
+        });
+    }
+}
+
 void frmEditor::connectCommands() {
     auto wire = [this](const char* name, void (frmEditor::*slot)()) {
         QAction* a = m_actions.at(name);
@@ -273,9 +494,17 @@ void frmEditor::connectCommands() {
         connect(a, &QAction::triggered, this, slot);
     };
     wire("mnuOpenRS", &frmEditor::mnuOpenRS_Click);
+    wire("mnuSaveRS", &frmEditor::mnuSaveRS_Click);
+    wire("mnuItSaveAs", &frmEditor::mnuItSaveAs_Click);
     wire("mnuXML", &frmEditor::mnuXML_Click);
+    wire("mnuSavexml", &frmEditor::mnuSavexml_Click);
+    wire("mnuSaveAs", &frmEditor::mnuSaveAs_Click);
     wire("mnuClear", &frmEditor::mnuClear_Click);
+    wire("mnuPrint", &frmEditor::mnuPrint_Click);
     wire("mnuExit", &frmEditor::mnuExit_Click);
+    wire("mnu2bin", &frmEditor::mnu2bin_Click);
+    wire("mnuFile2", &frmEditor::mnufile2_Click);
+    wire("mnuFind", &frmEditor::mnuFind_Click);
     wire("mnuDont", &frmEditor::mnuDont_Click);
     wire("mnuNewVer", &frmEditor::mnuNewVer_Click);
     wire("mnuEdMax", &frmEditor::mnuEdMax_Click);
@@ -290,6 +519,8 @@ void frmEditor::connectCommands() {
     wire("mnuContents", &frmEditor::mnuContents_Click);
     wire("mnuUUID", &frmEditor::mnuUUID_Click);
     wire("mnuTime", &frmEditor::mnuTime_Click);
+    action("mnu2bin")->setCheckable(true);
+    action("mnuFile2")->setEnabled(false);
 }
 
 QAction* frmEditor::action(const QString& name) const {
@@ -300,6 +531,10 @@ QAction* frmEditor::action(const QString& name) const {
 QMenu* frmEditor::menu(const QString& name) const {
     auto it = m_menus.find(name);
     return it == m_menus.end() ? nullptr : it->second;
+}
+
+QString frmEditor::panelText(int panel) const {
+    return panel >= 1 && panel <= 5 ? m_panels[panel - 1]->text() : QString();
 }
 
 void frmEditor::assignCaptions() {
@@ -316,8 +551,17 @@ void frmEditor::assignCaptions() {
             m_tabs->setTabText(0, text);
         } else if (control == "Frame1") {
             m_tabs->widget(0)->setToolTip(text);
+        } else if (auto* button = findChild<QPushButton*>(control)) {
+            button->setText(text);
+        } else if (auto* label = findChild<QLabel*>(control)) {
+            label->setText(text);
         }
     }
+    // Highlight XML shows its second caption while the colouring is on.
+    if (m_highlighted && m_ctx.lang.has(311))
+        m_highlight->setText(toQt(m_ctx.lang.text(311)));
+    if (m_ctx.lang.has(321))
+        m_panels[0]->setText(toQt(m_ctx.lang.text(321)));
 }
 
 WindowGeometry frmEditor::currentGeometry() const {
@@ -331,23 +575,24 @@ void frmEditor::applyStartup() {
     action("mnuDont")->setChecked(m_ctx.settings.dontAskOnClose);
     action("mnuWarn")->setChecked(m_ctx.settings.warnIfNotSaved);
     action("mnuEdMax")->setChecked(m_ctx.settings.editorState == 2);
-    for (const char* name : {"mnuSaveRS", "mnuSavexml", "mnuSaveAs", "mnuPrint", "mnuDDS", "mnuView", "mnuEditDDS"})
+    for (const char* name : {"mnuSaveRS", "mnuItSaveAs", "mnuSavexml", "mnuSaveAs", "mnuPrint", "mnuDDS", "mnuView",
+                             "mnuEditDDS"})
         action(name)->setEnabled(false);
     action("mnuRSBT")->setVisible(r.showRsBinTool);
     if (r.fontSizeSet) {
-        QFont f = m_text->font();
-        f.setPointSizeF(r.fontSize);
-        m_text->setFont(f);
+        for (QPlainTextEdit* view : {m_text, m_text2}) {
+            QFont f = view->font();
+            f.setPointSizeF(r.fontSize);
+            view->setFont(f);
+        }
     }
     setGeometry(r.geometry.left / kTwipsPerPixel, r.geometry.top / kTwipsPerPixel,
                 r.geometry.width / kTwipsPerPixel, r.geometry.height / kTwipsPerPixel);
     if (r.maximised)
         setWindowState(windowState() | Qt::WindowMaximized);
     assignCaptions();
-    if (m_ctx.lang.has(321))
-        m_panels[0]->setText(toQt(m_ctx.lang.text(321)));
     m_panels[2]->setText(toQt(r.statusLanguage));
-    setWindowTitle(toQt(r.caption));
+    refreshCaption();
     m_tabs->setCurrentIndex(0);
 
     switch (r.open) {
@@ -359,72 +604,12 @@ void frmEditor::applyStartup() {
     SSTab1_Click(m_tabs->currentIndex());
 }
 
-void frmEditor::refreshCaption() { setWindowTitle(toQt(m_ctx.caption())); }
-
-void frmEditor::showDocument(const std::string& path, const std::string& xml) {
-    m_text->setProperty("loading", true);
-    m_text->setPlainText(toQt(xml));
-    m_text->setProperty("loading", false);
-    m_edited = false;
-    m_ctx.currentFile = path;
-    m_panels[3]->setText(toQt(path));
-    m_panels[4]->setText(QString::number(xml.size()));
+void frmEditor::refreshCaption() {
+    m_caption = m_ctx.caption();
+    setWindowTitle(toQt(m_caption));
 }
 
-void frmEditor::mnuOpenRS_Click() {
-    std::string path = m_ctx.currentFile;
-    if (!m_ctx.openedFromCommandLine || path.empty()) {
-        FileRequest request;
-        request.title = "Open TS 2019 File";
-        request.filter = "TS 2019 Files (*.bin *.XSec *.GeoPcDx *.proxybin)|*.bin|All Files (*)|*";
-        request.startFolder = m_ctx.railWorks();
-        auto chosen = m_ctx.ui().chooseFile(request);
-        if (!chosen)
-            return;
-        path = chosen->string();
-    }
-    m_ctx.openedFromCommandLine = false;
-    std::string xml;
-    if (auto r = binToXmlText(path, xml); !r) {
-        m_ctx.ui().message("Cannot open " + path + "\n" + r.message, Icon::Warning);
-        return;
-    }
-    showDocument(path, xml);
-}
-
-void frmEditor::mnuXML_Click() {
-    std::string path = m_ctx.currentFile;
-    if (!m_ctx.openedFromCommandLine || path.empty()) {
-        FileRequest request;
-        request.title = "Open .xml File";
-        request.filter = "XML Files (*.xml *.proxyxml *.cost *.tgt)|*.xml|All Files (*)|*";
-        request.startFolder = m_ctx.railWorks();
-        auto chosen = m_ctx.ui().chooseFile(request);
-        if (!chosen)
-            return;
-        path = chosen->string();
-    }
-    m_ctx.openedFromCommandLine = false;
-    if (!FileExists(path)) {
-        m_ctx.ui().message("Cannot open " + path + ": the file does not exist or cannot be read", Icon::Warning);
-        return;
-    }
-    showDocument(path, ReadTextFile(path));
-}
-
-void frmEditor::mnuClear_Click() {
-    m_text->setProperty("loading", true);
-    m_text->clear();
-    m_text->setProperty("loading", false);
-    m_tree->clear();
-    m_edited = false;
-    m_panels[3]->clear();
-    m_panels[4]->clear();
-}
-
-void frmEditor::mnuExit_Click() {
-    close();
-}
+void frmEditor::mnuExit_Click() { close(); }
 
 void frmEditor::mnuDont_Click() {
     velmora::mnuDont_Click(m_ctx);
@@ -489,17 +674,11 @@ void frmEditor::mnuTime_Click() {
     dialog.exec();
 }
 
-void frmEditor::SSTab1_Click(int index) {
-    if (index != 2)
-        return;
-    // The route list tab shows Reports/RouteIndex.csv as loaded.
-    m_routes->setSortingEnabled(false);
-    m_routes->setRowCount(static_cast<int>(m_ctx.routes.size()));
-    for (std::size_t i = 0; i < m_ctx.routes.size(); ++i) {
-        m_routes->setItem(static_cast<int>(i), 0, new QTableWidgetItem(toQt(m_ctx.routes.folders[i])));
-        m_routes->setItem(static_cast<int>(i), 1, new QTableWidgetItem(toQt(m_ctx.routes.names[i])));
-    }
-    m_routes->setSortingEnabled(true);
+void frmEditor::mnuFind_Click() {
+    if (!m_search)
+        m_search = new dlgSearch(m_text, this);
+    m_search->show();
+    m_search->raise();
 }
 
 void frmEditor::closeEvent(QCloseEvent* event) {
@@ -507,7 +686,7 @@ void frmEditor::closeEvent(QCloseEvent* event) {
         event->accept();
         return;
     }
-    if (!runShutdown(m_ctx, m_edited, currentGeometry())) {
+    if (!runShutdown(m_ctx, m_edited && !m_saved, currentGeometry())) {
         event->ignore();
         return;
     }

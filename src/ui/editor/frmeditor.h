@@ -1,23 +1,40 @@
 #pragma once
 // The main screen: the document editor and the menu from which every other tool opens.
+// Tab 0 is the text view (with an optional second view below it), tab 1 the XML tree of the
+// loaded document, tab 2 the list of routes from Reports/RouteIndex.csv.
 
+#include "../common/doctext.h"
 #include "velmora/core/appcontext.h"
+#include "velmora/core/document.h"
+#include "velmora/core/xmltree.h"
 
 #include <QMainWindow>
 #include <QPointer>
 
 #include <map>
+#include <memory>
 
 class QAction;
 class QLabel;
+class QLineEdit;
+class QListWidget;
 class QMenu;
 class QPlainTextEdit;
+class QPushButton;
 class QTabWidget;
 class QTableWidget;
-class QTreeWidget;
+class QTreeView;
 class QTimer;
+class QWidget;
+class QPrinter;
+class QFont;
+class QModelIndex;
 
 namespace velmora::ui {
+
+class XmlHighlighter;
+class XmlTreeModel;
+class dlgSearch;
 
 class frmEditor : public QMainWindow {
     Q_OBJECT
@@ -39,16 +56,45 @@ public:
     WindowGeometry currentGeometry() const;
 
     bool edited() const { return m_edited; }
+    bool saved() const { return m_saved; }
     QPlainTextEdit* textView() const { return m_text; }
+    QPlainTextEdit* secondView() const { return m_text2; }
+    const EditorDocument& document() const { return m_doc; }
+    const XmlTree& tree() const { return m_xmlTree; }
+    bool treeLoaded() const { return m_treeLoaded; }
+    bool highlighted() const { return m_highlighted; }
+    // The status bar's panels 1 to 5.
+    QString panelText(int panel) const;
 
     // dlgLang's OK: switch to the chosen Lang_<name>.txt.
     void applyLanguage(const QString& fileName);
 
+    // The searches of the tree tab; `text` is what Text2 holds.
+    void setTreeSearchText(const QString& text);
+    // Bold nodes of the tree (the hits of Find and Find All), by key.
+    QStringList boldNodes() const;
+
+    // Change Font's result: both views, and the size kept in the settings.
+    void applyFont(const QFont& font);
+    // Prints the text view (tabs taken out first), whole or the selection.
+    void printText(QPrinter& printer, bool selectionOnly);
+
+    // Documents above this size load in the background with progress.
+    static constexpr qsizetype kBackgroundLoadBytes = 4 * 1024 * 1024;
+
 public slots:
     void mnuOpenRS_Click();
+    void mnuSaveRS_Click();
+    void mnuItSaveAs_Click();
     void mnuXML_Click();
+    void mnuSavexml_Click();
+    void mnuSaveAs_Click();
     void mnuClear_Click();
+    void mnuPrint_Click();
     void mnuExit_Click();
+    void mnu2bin_Click();
+    void mnufile2_Click();
+    void mnuFind_Click();
     void mnuDont_Click();
     void mnuNewVer_Click();
     void mnuEdMax_Click();
@@ -63,30 +109,106 @@ public slots:
     void mnuContents_Click();
     void mnuUUID_Click();
     void mnuTime_Click();
+    void Command1_Click(); // Highlight XML
+    void Command2_Click(); // Find in the tree
+    void Command3_Click(); // Find All in the tree
+    void Command4_Click(); // Find in Text of the tree
+    void Command5_Click(); // Change Font
+    void Command6_Click(); // Clear screen
+    void Command8_Click(); // Open Selected Folder
+    void Command9_Click(); // Load List
+    void Command10_Click(); // Print List
     void SSTab1_Click(int index);
+
+signals:
+    // A document has been shown in the text view (after a background load too).
+    void documentLoaded();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
     void buildWidgets();
+    QWidget* buildTextTab();
+    QWidget* buildTreeTab();
+    QWidget* buildRoutesTab();
     void buildMenus();
+    void buildContextMenu();
     void connectCommands();
     void applyStartup();
-    void showDocument(const std::string& path, const std::string& xml);
     void refreshCaption();
+    void enableForDocument(bool binary);
+
+    // Open: the path from the command line or the route list, else a file dialog.
+    std::optional<std::string> choosePath(const std::string& title, const std::string& filter);
+    void loadBinary(const std::string& path);
+    void showText(QPlainTextEdit* view, const QString& text);
+    std::string viewBytes(QPlainTextEdit* view) const;
+    void markLoaded(const std::string& path);
+
+    // The tree tab.
+    void ClearCurrentFile(const QString& fileName);
+    bool LoadXMLFile();
+    void showNode(const QModelIndex& index);
+    void SetDirty(bool dirty);
+    void EnableNodeEdit(bool enabled);
+    void treeSearch(TreeSearchKind kind, bool all);
+
+    void setHighlight(bool on);
 
     AppContext& m_ctx;
     StartupResult m_startup;
     std::map<QString, QAction*> m_actions;
     std::map<QString, QMenu*> m_menus;
     QTabWidget* m_tabs = nullptr;
-    QPlainTextEdit* m_text = nullptr;
-    QTreeWidget* m_tree = nullptr;
-    QTableWidget* m_routes = nullptr;
+
+    // Tab 0.
+    QLineEdit* m_path = nullptr;   // Text1
+    QLabel* m_pathLabel = nullptr; // Label2
+    QLineEdit* m_path2 = nullptr;  // Text3
+    QLabel* m_path2Label = nullptr; // Label4
+    QPlainTextEdit* m_text = nullptr;  // RichTextBox1
+    QPlainTextEdit* m_text2 = nullptr; // RTB2
+    QPushButton* m_highlight = nullptr; // Command1
+    QPushButton* m_font = nullptr;      // Command5
+    QPushButton* m_clearScreen = nullptr; // Command6
+    QPushButton* m_showImage = nullptr;   // Command7
+    QMenu* m_context = nullptr;
+    XmlHighlighter* m_highlighter = nullptr;
+    XmlHighlighter* m_highlighter2 = nullptr;
+
+    // Tab 1.
+    QTreeView* m_tree = nullptr; // trevwContents
+    XmlTreeModel* m_treeModel = nullptr;
+    QLineEdit* m_treeFind = nullptr; // Text2
+    QListWidget* m_attributes = nullptr; // lstAttributes
+    QLineEdit* m_attributeValue = nullptr; // txtAttributeValue
+    QPlainTextEdit* m_characters = nullptr; // txtCharacters
+    QWidget* m_attribsFrame = nullptr; // fraAttribs
+    XmlTree m_xmlTree;
+    XmlNode* m_selectedNode = nullptr;
+    QString m_treeFile;
+    std::size_t m_treeSearchStart = 0;
+    bool m_nodeEditing = false;
+
+    // Tab 2.
+    QTableWidget* m_routes = nullptr; // VSFG1
+
     QLabel* m_panels[5] = {};
     QTimer* m_clock = nullptr;
+    QPointer<dlgSearch> m_search;
+
+    EditorDocument m_doc;
+    std::string m_caption; // the caption before a dirty mark
+    TextForm m_form;  // how the first view's text goes back to bytes
+    TextForm m_form2; // and the second's
     bool m_edited = false;
+    bool m_saved = false;
+    bool m_secondView = false;
+    bool m_treeLoaded = false;
+    bool m_highlighted = false;
+    bool m_openedFromRouteList = false;
+    bool m_loading = false;
     bool m_closing = false;
 };
 

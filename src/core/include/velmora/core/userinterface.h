@@ -15,7 +15,8 @@ namespace velmora {
 
 enum class Icon { None, Information, Warning, Critical, Question };
 
-enum class Buttons { Ok, OkCancel, YesNo, YesNoCancel };
+// OkContinue: OK ends, Continue (answered as Cancel) goes on, as in a search that stops at a hit.
+enum class Buttons { Ok, OkCancel, YesNo, YesNoCancel, OkContinue };
 
 enum class Answer { Ok, Cancel, Yes, No };
 

@@ -21,6 +21,7 @@ struct XmlNode {
     QString characters;
     std::vector<std::pair<QString, QString>> attributes; // qualified name, value
     XmlNode* parent = nullptr;
+    std::size_t row = 0; // place among the parent's children
     std::vector<std::unique_ptr<XmlNode>> children;
 };
 

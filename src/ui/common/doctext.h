@@ -1,0 +1,20 @@
+#pragma once
+// The bytes of a document as text for a view and back, without losing a byte: UTF-8 when the
+// bytes are valid UTF-8 (the converter's output), else one character per byte. Line ends are
+// remembered, since the views hold every line break as one character.
+
+#include <QString>
+
+#include <string>
+
+namespace velmora::ui {
+
+struct TextForm {
+    bool utf8 = true;
+    bool crlf = true;
+};
+
+QString decodeDocument(const std::string& bytes, TextForm& form);
+std::string encodeDocument(const QString& text, const TextForm& form);
+
+} // namespace velmora::ui

@@ -1,0 +1,15 @@
+// One program for the screens' tests; each class runs in turn, offscreen.
+
+#include <QApplication>
+
+int runTestFrmEditor(int argc, char** argv);
+int runTestEditorDocument(int argc, char** argv);
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
+    QApplication app(argc, argv);
+    int failed = 0;
+    for (auto run : {runTestFrmEditor, runTestEditorDocument})
+        failed += run(argc, argv);
+    return failed == 0 ? 0 : 1;
+}

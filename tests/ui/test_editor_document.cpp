@@ -1,0 +1,308 @@
+// The main screen's document work, offscreen: open a binary document, edit, save with a
+// backup, the tree tab and its searches, colouring, the second view, printing.
+
+#include "editor/dlgsearch.h"
+#include "editor/frmeditor.h"
+#include "serz/serz.h"
+#include "velmora/core/document.h"
+#include "velmora/core/userinterface.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPrinter>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <QTreeView>
+#include <QtTest>
+
+#include <filesystem>
+#include <fstream>
+
+using namespace velmora;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string readAll(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+void writeFile(const fs::path& p, const std::string& bytes) {
+    fs::create_directories(p.parent_path());
+    std::ofstream(p, std::ios::binary) << bytes;
+}
+
+std::string numberedTable() {
+    std::string t;
+    for (int n = 1; n <= 634; ++n)
+        t += std::to_string(n) + ",\"English " + std::to_string(n) + "\"\r\n";
+    return t + "0,\"\"\r\n";
+}
+
+const fs::path kTestData = VELMORA_TESTDATA;
+
+} // namespace
+
+class TestEditorDocument : public QObject {
+    Q_OBJECT
+
+    fs::path m_dir;
+    std::unique_ptr<ScriptedUi> m_ui;
+    std::unique_ptr<AppContext> m_ctx;
+
+    std::unique_ptr<ui::frmEditor> open() {
+        m_ctx = std::make_unique<AppContext>(m_dir / "home", m_dir / "data", *m_ui);
+        StartupOptions o;
+        o.railWorks = m_dir / "rw";
+        return std::make_unique<ui::frmEditor>(*m_ctx, o);
+    }
+
+    // A copy of a shipped document in the fake install.
+    fs::path install(const std::string& shipped, const std::string& as) {
+        const fs::path target = m_dir / "rw/Content/Routes/r1" / as;
+        fs::create_directories(target.parent_path());
+        fs::copy_file(kTestData / shipped, target, fs::copy_options::overwrite_existing);
+        return target;
+    }
+
+    bool lastMessageContains(const std::string& text) const {
+        for (auto it = m_ui->prompts.rbegin(); it != m_ui->prompts.rend(); ++it)
+            if (it->text.find(text) != std::string::npos)
+                return true;
+        return false;
+    }
+
+private slots:
+    void init() {
+        if (!fs::exists(kTestData))
+            QSKIP("the shared test documents are not beside this checkout");
+        m_dir = fs::temp_directory_path() / ("velmora-uidoc-" + std::to_string(QCoreApplication::applicationPid()));
+        fs::remove_all(m_dir);
+        writeFile(m_dir / "data/Language/Lang_English.txt", numberedTable());
+        writeFile(m_dir / "rw/RailWorks.exe", "");
+        fs::create_directories(m_dir / "rw/Assets");
+        m_ui = std::make_unique<ScriptedUi>();
+    }
+
+    void cleanup() {
+        m_ctx.reset();
+        fs::remove_all(m_dir);
+    }
+
+    void openEditSaveKeepsTheOriginalAsBackup() {
+        const fs::path doc = install("routeproperties.bin", "RouteProperties.bin");
+        const std::string original = readAll(doc);
+        auto editor = open();
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        QVERIFY(editor->textView()->toPlainText().contains("A test RailWorks XML document"));
+        QVERIFY(editor->panelText(4).startsWith("File Opened: "));
+        QVERIFY(editor->panelText(3).startsWith("File last Modified: "));
+        QVERIFY(editor->panelText(5).startsWith("File Loaded: "));
+        QVERIFY(editor->action("mnuSaveRS")->isEnabled());
+        QVERIFY(!editor->action("mnuSavexml")->isEnabled());
+        QVERIFY(!editor->edited());
+
+        // Edit through the Find dialog's Replace All.
+        editor->mnuFind_Click();
+        auto* search = editor->findChild<ui::dlgSearch*>("dlgSearch");
+        QVERIFY(search);
+        search->searchBox()->setText("a test railworks xml document");
+        search->replacementBox()->setText("An edited document");
+        QCOMPARE(search->Command6_Click(), qsizetype(1));
+        QVERIFY(editor->edited());
+
+        editor->mnuSaveRS_Click();
+        QVERIFY(editor->saved());
+        QVERIFY(editor->panelText(3).startsWith("Finished at "));
+        QCOMPARE(readAll(doc.string() + ".bak"), original);
+        const std::string saved = readAll(doc);
+        QVERIFY(saved.find("An edited document") != std::string::npos);
+        std::string xml;
+        QVERIFY(serz::decode(saved, xml).ok);
+        QVERIFY(xml.find("<English d:type=\"cDeltaString\">An edited document</English>") != std::string::npos);
+
+        // A second save keeps the first backup and takes the next number.
+        editor->mnuSaveRS_Click();
+        QCOMPARE(readAll(doc.string() + ".bak"), original);
+        QVERIFY(fs::exists(doc.string() + ".bak1"));
+    }
+
+    void aDocumentTheCodecRefusesShowsWhyAndChangesNothing() {
+        const fs::path doc = m_dir / "rw/Content/Routes/r1/Broken.bin";
+        writeFile(doc, "SERZ but not really");
+        auto editor = open();
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        QVERIFY(lastMessageContains(doc.string()));
+        QVERIFY(editor->textView()->toPlainText().isEmpty());
+        QCOMPARE(readAll(doc), std::string("SERZ but not really"));
+    }
+
+    void aFailedSaveLeavesTheDocumentAlone() {
+        const fs::path doc = install("Bogie01.bin", "Bogie01.bin");
+        const std::string original = readAll(doc);
+        auto editor = open();
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        editor->textView()->setPlainText("<cBlueprintLoader><unbalanced></cBlueprintLoader>");
+        editor->mnuSaveRS_Click();
+        QVERIFY(lastMessageContains(recompressFailedMessage()));
+        QVERIFY(!editor->saved());
+        QCOMPARE(readAll(doc), original);
+        QVERIFY(!fs::exists(doc.string() + ".bak"));
+    }
+
+    void theTreeTabParsesOnFirstUseAndSearches() {
+        const fs::path doc = install("routeproperties.bin", "RouteProperties.bin");
+        auto editor = open();
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        QVERIFY(!editor->treeLoaded());
+        QVERIFY(editor->windowTitle().startsWith("XML File Editor - "));
+        editor->findChild<QTabWidget*>("SSTab1")->setCurrentIndex(1);
+        QVERIFY(editor->treeLoaded());
+        QVERIFY(editor->tree().size() > 10);
+        QCOMPARE(editor->tree().document()->name, QString("cRouteProperties"));
+
+        // Find All marks every hit; Find stops at the first the user accepts.
+        editor->setTreeSearchText("english");
+        editor->Command3_Click();
+        QVERIFY(!editor->boldNodes().isEmpty());
+        const auto all = editor->boldNodes().size();
+        m_ui->pushAnswer(Answer::Cancel); // Continue
+        m_ui->pushAnswer(Answer::Ok);
+        editor->Command2_Click();
+        QVERIFY(all >= 1);
+
+        editor->setTreeSearchText("no such node anywhere");
+        editor->Command2_Click();
+        QVERIFY(lastMessageContains("Not found"));
+
+        // Editing a node's text marks the tree dirty in the caption.
+        auto* tree = editor->findChild<QTreeView*>("trevwContents");
+        tree->setCurrentIndex(tree->model()->index(0, 0));
+        editor->findChild<QPlainTextEdit*>("txtCharacters")->setPlainText("changed");
+        QVERIFY(editor->windowTitle().endsWith("*"));
+    }
+
+    void treeSearchesRefuseMoreThan65500Nodes() {
+        for (int count : {65500, 65501}) {
+            std::string xml = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<r>";
+            for (int i = 1; i < count; ++i)
+                xml += "<e/>";
+            xml += "</r>";
+            const fs::path doc = m_dir / ("big" + std::to_string(count) + ".xml");
+            writeFile(doc, xml);
+            auto editor = open();
+            m_ui->prompts.clear();
+            m_ui->pushPath(doc);
+            editor->mnuXML_Click();
+            QCOMPARE(editor->tree().size(), std::size_t(count));
+            editor->setTreeSearchText("r");
+            editor->Command3_Click();
+            QCOMPARE(lastMessageContains(treeTooLongMessage()), count > 65500);
+        }
+    }
+
+    void highlightingIsRefusedForGeometryAndTexturesAndNeedsText() {
+        auto editor = open();
+        editor->Command1_Click();
+        QVERIFY(lastMessageContains("No text selected"));
+        QVERIFY(!editor->highlighted());
+
+        const fs::path shape = install("Bogie01.bin", "Bogie01.GeoPcDx");
+        m_ui->pushPath(shape);
+        editor->mnuOpenRS_Click();
+        QVERIFY(!editor->textView()->toPlainText().isEmpty());
+        editor->Command1_Click();
+        QVERIFY(lastMessageContains("Do not highlight the text in GeoPcDx or TgPcDx files\n"
+                                    "as the data blob section causes the option to lock up."));
+        QVERIFY(!editor->highlighted());
+
+        m_ui->pushPath(install("Bogie01.bin", "Bogie01.bin"));
+        editor->mnuOpenRS_Click();
+        editor->Command1_Click();
+        QVERIFY(editor->highlighted());
+        QCOMPARE(editor->findChild<QPushButton*>("Command1")->text(), QString("English 311"));
+        editor->Command1_Click();
+        QCOMPARE(editor->findChild<QPushButton*>("Command1")->text(), QString("English 62"));
+    }
+
+    void theSecondViewFollowsTheFirstViewsCursor() {
+        auto editor = open();
+        m_ui->pushPath(install("Bogie01.bin", "Bogie01.bin"));
+        editor->mnuOpenRS_Click();
+        QVERIFY(!editor->action("mnuFile2")->isEnabled());
+        editor->mnu2bin_Click();
+        QVERIFY(editor->action("mnuFile2")->isEnabled());
+        m_ui->pushPath(install("bogie_audio_control.proxybin", "Audio.proxybin"));
+        editor->mnufile2_Click();
+        QVERIFY(!editor->secondView()->toPlainText().isEmpty());
+        QTextCursor c = editor->textView()->textCursor();
+        c.setPosition(40);
+        editor->textView()->setTextCursor(c);
+        QCOMPARE(editor->secondView()->textCursor().position(), 40);
+    }
+
+    void printingToPdfWorksWithoutAScreen() {
+        auto editor = open();
+        m_ui->pushPath(install("routeproperties.bin", "RouteProperties.bin"));
+        editor->mnuOpenRS_Click();
+        QPrinter printer;
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        const fs::path pdf = m_dir / "print.pdf";
+        printer.setOutputFileName(QString::fromStdString(pdf.string()));
+        editor->printText(printer, false);
+        QVERIFY(fs::exists(pdf) && fs::file_size(pdf) > 1000);
+        QVERIFY(!editor->textView()->toPlainText().contains('\t'));
+    }
+
+    void aLargeDocumentLoadsInTheBackground() {
+        // About 8 MB of XML: above the size that loads at once.
+        std::string xml = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+                          "<cBlueprintLoader xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\" d:version=\"1.0\">\r\n";
+        for (int i = 0; i < 160000; ++i)
+            xml += "\t<Name d:type=\"cDeltaString\">value number " + std::to_string(i) + "</Name>\r\n";
+        xml += "</cBlueprintLoader>\r\n";
+        std::string bin;
+        QVERIFY(serz::encode(xml, bin).ok);
+        const fs::path doc = m_dir / "rw/Big.bin";
+        writeFile(doc, bin);
+        auto editor = open();
+        QSignalSpy loaded(editor.get(), &ui::frmEditor::documentLoaded);
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        QVERIFY(loaded.count() == 1 || loaded.wait(60000));
+        QVERIFY(editor->textView()->toPlainText().endsWith("</cBlueprintLoader>\n"));
+        QVERIFY(editor->textView()->toPlainText().contains("value number 159999"));
+        QVERIFY(!editor->edited());
+    }
+
+    void screenshotOfTheEditorWithADocumentAndItsTree() {
+        auto editor = open();
+        editor->resize(1200, 800);
+        m_ui->pushPath(install("routeproperties.bin", "RouteProperties.bin"));
+        editor->mnuOpenRS_Click();
+        editor->Command1_Click();
+        editor->show();
+        const QString dir = QCoreApplication::applicationDirPath();
+        QVERIFY(editor->grab().save(dir + "/editor-text.png"));
+        editor->findChild<QTabWidget*>("SSTab1")->setCurrentIndex(1);
+        auto* tree = editor->findChild<QTreeView*>("trevwContents");
+        tree->expandToDepth(2);
+        tree->setCurrentIndex(tree->model()->index(0, 0, tree->model()->index(0, 0)));
+        QVERIFY(editor->grab().save(dir + "/editor-tree.png"));
+    }
+};
+
+#include "test_editor_document.moc"
+
+int runTestEditorDocument(int argc, char** argv) {
+    TestEditorDocument t;
+    return QTest::qExec(&t, argc, argv);
+}
