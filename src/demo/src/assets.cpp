@@ -627,7 +627,7 @@ bool pak(Context& ctx, const std::string& provider, const std::string& product) 
 
 // Many plain scenery objects: what the scale multiplies.
 bool generatedScenery(Context& ctx, const std::string& provider, const std::string& product) {
-    const int count = 40 * ctx.scale;
+    const int count = 80 * ctx.scale;
     static const char* kCodes[5] = {"00", "08", "09", "0c", "0d"};
     for (int i = 0; i < count; ++i) {
         if (i % 20 == 0) {
@@ -646,18 +646,6 @@ bool generatedScenery(Context& ctx, const std::string& provider, const std::stri
         ctx.cat.scenery.push_back(ref);
     }
     return true;
-}
-
-Fault fault(const std::string& kind, const std::string& check, const std::string& path, const std::string& by,
-            const std::string& reference, const std::string& expect) {
-    Fault f;
-    f.kind = kind;
-    f.check = check;
-    f.path = path;
-    f.referencedBy = by;
-    f.reference = reference;
-    f.expect = expect;
-    return f;
 }
 
 bool demoRail(Context& ctx) {
@@ -716,14 +704,14 @@ bool demoRail(Context& ctx) {
     if (!ctx.out.blueprint(assetFile(goodsShed), sceneryXml(ctx, "Goods shed", assetsRelative(goodsShed))))
         return false;
     ctx.cat.scenery.push_back(goodsShed);
-    ctx.manifest.add(fault("case-mismatch", "textures", goodsWall.file + ".TgPcDx", goodsShape, goodsWallAsNamed.value,
+    ctx.manifest.add(makeFault("case-mismatch", "textures", goodsWall.file + ".TgPcDx", goodsShape, goodsWallAsNamed.value,
                            "found: the texture exists under other letter case; not reported missing"));
 
     // Faulty scenery, placed on the first route.
     Ref waterTower{P, Q, "Scenery\\Faulty\\Water_Tower.xml"};
     if (!ctx.out.blueprint(assetFile(waterTower), sceneryXml(ctx, "Water tower", assetsRelative(waterTower))))
         return false;
-    ctx.manifest.add(fault("missing-shape", "geometry", assetFile(waterTower, ".GeoPcDx"), assetFile(waterTower),
+    ctx.manifest.add(makeFault("missing-shape", "geometry", assetFile(waterTower, ".GeoPcDx"), assetFile(waterTower),
                            assetsRelative(waterTower), "the shape named by GeometryID is missing"));
     ctx.cat.faulty.push_back({waterTower, {ctx.manifest.faults.size() - 1}});
 
@@ -740,7 +728,7 @@ bool demoRail(Context& ctx) {
     FaultyItem coal{coalStage, {}};
     auto textureFault = [&](const std::string& kind, const TexUse& use, const std::string& suffix,
                             const std::string& expect) {
-        Fault f = fault(kind, "textures", use.file + suffix + ".TgPcDx", coalShape, use.value, expect);
+        Fault f = makeFault(kind, "textures", use.file + suffix + ".TgPcDx", coalShape, use.value, expect);
         f.details = {{"code", use.code}, {"variant", suffix}};
         ctx.manifest.add(f);
         coal.faults.push_back(ctx.manifest.faults.size() - 1);
@@ -757,7 +745,7 @@ bool demoRail(Context& ctx) {
     if (!writeGeometry(ctx, hutShape, {{tooDeep}}, false) ||
         !ctx.out.blueprint(assetFile(lampHut), sceneryXml(ctx, "Lamp hut", assetsRelative(lampHut))))
         return false;
-    Fault deep = fault("texture-path-too-deep", "textures", tooDeep.file + ".TgPcDx", hutShape, tooDeep.value,
+    Fault deep = makeFault("texture-path-too-deep", "textures", tooDeep.file + ".TgPcDx", hutShape, tooDeep.value,
                        "reported missing: the path climbs one folder too many (" + brick.file +
                            ".TgPcDx exists)");
     deep.details = {{"levels", "3"}, {"intended", brick.file + ".TgPcDx"}};
@@ -787,7 +775,7 @@ bool demoRail(Context& ctx) {
     std::string churchProxy = P + "\\" + Q + "\\Audio\\Ambient\\Church_Bells";
     if (!ctx.out.blueprint(assetFile(church), soundBlueprintXml(ctx, "Church bells", churchProxy)))
         return false;
-    ctx.manifest.add(fault("missing-proxy", "audio", "Assets/" + slashes(churchProxy) + ".proxyxml", assetFile(church),
+    ctx.manifest.add(makeFault("missing-proxy", "audio", "Assets/" + slashes(churchProxy) + ".proxyxml", assetFile(church),
                            churchProxy, "the audio proxy is reported missing, called by the blueprint"));
     ctx.cat.faulty.push_back({church, {ctx.manifest.faults.size() - 1}});
 
@@ -795,7 +783,7 @@ bool demoRail(Context& ctx) {
     if (!writeProxy(ctx, P, Q, "Audio\\Ambient\\Stream", {"Stream1.wav", "Stream2.wav"}, true, {"Stream2.wav"}) ||
         !ctx.out.blueprint(assetFile(stream), soundBlueprintXml(ctx, "Stream", P + "\\" + Q + "\\Audio\\Ambient\\Stream")))
         return false;
-    ctx.manifest.add(fault("missing-sound", "audio", "Assets/" + P + "/" + Q + "/Audio/Ambient/Stream2.wav",
+    ctx.manifest.add(makeFault("missing-sound", "audio", "Assets/" + P + "/" + Q + "/Audio/Ambient/Stream2.wav",
                            assetFile(P, Q, "Audio\\Ambient\\Stream", ".proxyxml"),
                            P + "\\" + Q + "\\Audio\\Ambient\\Stream2.wav",
                            "the sound file is reported missing, called by the proxy; Stream1.wav is found"));
@@ -804,7 +792,7 @@ bool demoRail(Context& ctx) {
     // A zero-length blueprint, as a crashed editor leaves them.
     if (!ctx.out.raw("Assets/DemoRail/Class66Pack/Scenery/Broken/Empty_Hut.bin", ""))
         return false;
-    ctx.manifest.add(fault("zero-length-file", "asset-list", "Assets/DemoRail/Class66Pack/Scenery/Broken/Empty_Hut.bin",
+    ctx.manifest.add(makeFault("zero-length-file", "asset-list", "Assets/DemoRail/Class66Pack/Scenery/Broken/Empty_Hut.bin",
                            "", "", "the blueprint cannot be converted: listed as invalid, the check goes on"));
 
     return generatedScenery(ctx, P, Q) && pak(ctx, P, Q);
@@ -837,7 +825,7 @@ bool alpenbahn(Context& ctx) {
     ctx.cat.wagons.push_back(ew1);
     if (!ctx.out.readOnly(assetFile(ew1.ref)))
         return false;
-    ctx.manifest.add(fault("read-only-file", "file-attributes", assetFile(ew1.ref), "", "",
+    ctx.manifest.add(makeFault("read-only-file", "file-attributes", assetFile(ew1.ref), "", "",
                            "a write-back must clear the read-only flag first or report the file"));
     if (!writeStock(ctx,
                     {P, Q, "RailVehicles\\EMU\\RABDe500", "Electric", false, false, "RABDe500_Motor",
@@ -936,7 +924,7 @@ bool heritage(Context& ctx) {
         return false;
     ctx.cat.engines.push_back(dmbs);
     ctx.cat.wagons.push_back(dtcl);
-    Fault inArchive = fault("blueprint-in-archive", "route", assetFile(canopy), "", canopy.id,
+    Fault inArchive = makeFault("blueprint-in-archive", "route", assetFile(canopy), "", canopy.id,
                             "reported missing by the route check, which does not look inside .ap files; "
                             "the blueprint is an entry of the product's SteamDaysAssets.ap");
     inArchive.details = {{"archive", "Assets/Heritage/SteamDays/SteamDaysAssets.ap"}};

@@ -36,7 +36,7 @@ DemoResult generateDemoInstall(const fs::path& root, const DemoOptions& options,
         result.products.push_back({p.provider, p.product});
 
     const std::int64_t scale = manifest.scale;
-    const std::int64_t total = 4 + 6 * scale                 // products, generated scenery in steps of 20
+    const std::int64_t total = 4 + 12 * scale                // products, generated scenery in steps of 20
                                + 21 * scale + 24 * scale     // scenery tiles, network tiles
                                + 15 + 14 * (scale - 1);      // scenarios
     if (ui)

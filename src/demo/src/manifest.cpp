@@ -26,6 +26,19 @@ std::string jsonString(const std::string& text) {
     return out + "\"";
 }
 
+Fault makeFault(std::string kind, std::string check, std::string path, std::string referencedBy, std::string reference,
+                std::string expect, std::vector<std::string> routes) {
+    Fault f;
+    f.kind = std::move(kind);
+    f.check = std::move(check);
+    f.path = std::move(path);
+    f.referencedBy = std::move(referencedBy);
+    f.reference = std::move(reference);
+    f.expect = std::move(expect);
+    f.routes = std::move(routes);
+    return f;
+}
+
 namespace {
 
 std::string stringArray(const std::vector<std::string>& items, const std::string& indent) {

@@ -53,6 +53,9 @@ struct Manifest {
     std::string json() const;
 };
 
+Fault makeFault(std::string kind, std::string check, std::string path, std::string referencedBy, std::string reference,
+                std::string expect, std::vector<std::string> routes = {});
+
 std::string jsonString(const std::string& text);
 
 } // namespace velmora::demo

@@ -7,6 +7,7 @@
 #include <QCryptographicHash>
 
 #include <cstdio>
+#include <tuple>
 
 namespace velmora::demo {
 
@@ -33,15 +34,7 @@ struct RouteState {
 
 Fault routeFault(const RouteState& r, const std::string& kind, const std::string& check, const std::string& path,
                  const std::string& by, const std::string& reference, const std::string& expect) {
-    Fault f;
-    f.kind = kind;
-    f.check = check;
-    f.path = path;
-    f.referencedBy = by;
-    f.reference = reference;
-    f.routes = {r.guid};
-    f.expect = expect;
-    return f;
+    return makeFault(kind, check, path, by, reference, expect, {r.guid});
 }
 
 void position(XmlBuilder& x, SplitMix& rng, int tileX, int tileZ) {
@@ -389,6 +382,14 @@ std::string routePropertiesXml(Context& ctx, const RouteState& r) {
 
 bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
     const int scale = ctx.scale;
+    // A reference to a blueprint that no product has, and the line the route check must report.
+    auto missingBlueprint = [&](const Ref& missing, const std::string& file, const std::string& tile,
+                                const std::string& label) {
+        Fault f = routeFault(r, "missing-blueprint", "route", assetFile(missing), file, missing.id,
+                             "reported missing: " + label + " on tile " + tile);
+        f.details = {{"label", label}};
+        ctx.manifest.add(f);
+    };
     if (r.packed)
         ctx.out.beginArchive(r.folder, "MainContent.ap");
     if (!ctx.out.raw(r.folder + "/RouteProperties.xml", routePropertiesXml(ctx, r)))
@@ -429,31 +430,24 @@ bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
             ctx.manifest.add(apos);
             Ref missing{"DemoRail", "Class66Pack", "Scenery\\Industry\\Coal_Drops.xml"};
             items.push_back({missing});
-            Fault f = routeFault(r, "missing-blueprint", "route", assetFile(missing), tile, missing.id,
-                                 "reported missing: (Scenery Item) on tile " + tileName(tx, tz));
-            f.details = {{"label", "(Scenery Item)"}};
-            ctx.manifest.add(f);
+            missingBlueprint(missing, tile, tileName(tx, tz), "(Scenery Item)");
         }
         if (t == 0 && r.index == 1) {
             Ref grun = ctx.cat.grun, grunFfxx = ctx.cat.grun, cafe = ctx.cat.cafe;
             grunFfxx.id = "Scenery\\Buildings\\Bahnhof Gr\xEF\xBF\xBCn.xml";
             cafe.id = "Scenery\\Buildings\\Caf\xEF\xBF\xA9 Alpina.xml";
-            for (auto [ref, form] : {std::pair{grun, "utf-8 ü"}, std::pair{grunFfxx, "U+FFFC (ü)"}, std::pair{cafe, "U+FFE9 (é)"}}) {
+            for (auto [ref, file, form] : {std::tuple{grun, assetFile(ctx.cat.grun), "utf-8 ü"},
+                                           std::tuple{grunFfxx, assetFile(ctx.cat.grun), "U+FFFC (ü)"},
+                                           std::tuple{cafe, assetFile(ctx.cat.cafe), "U+FFE9 (é)"}}) {
                 items.push_back({ref});
-                Fault f = routeFault(r, "encoded-name", "route",
-                                     form[0] == 'U' && form[5] == 'C' ? assetFile(ctx.cat.grun)
-                                     : form[0] == 'U'                 ? assetFile(ctx.cat.cafe)
-                                                                      : assetFile(ctx.cat.grun),
-                                     tile, ref.id, "found (after the character repair where needed); not reported missing");
+                Fault f = routeFault(r, "encoded-name", "route", file, tile, ref.id,
+                                     "found (after the character repair where needed); not reported missing");
                 f.details = {{"form", form}};
                 ctx.manifest.add(f);
             }
             Ref missing{"Alpenbahn", "Gotthard", "Scenery\\Buildings\\Chalet.xml"};
             items.push_back({missing});
-            Fault f = routeFault(r, "missing-blueprint", "route", assetFile(missing), tile, missing.id,
-                                 "reported missing: (Scenery Item) on tile " + tileName(tx, tz));
-            f.details = {{"label", "(Scenery Item)"}};
-            ctx.manifest.add(f);
+            missingBlueprint(missing, tile, tileName(tx, tz), "(Scenery Item)");
         }
         if (t == sceneryTiles - 1 && r.index == 1) {
             // A broken reference between sound ones: the check warns and reads no further.
@@ -478,10 +472,7 @@ bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
     if (r.index == 0) {
         Ref missing{"Alpenbahn", "Gotthard", "RailNetwork\\Track\\Bullhead.xml"};
         track.insert(track.begin() + 3, missing);
-        Fault f = routeFault(r, "missing-blueprint", "route", assetFile(missing), r.folder + "/Networks/Tracks.bin",
-                             missing.id, "reported missing: (Track Item) on tile Tracks.bin");
-        f.details = {{"label", "(Track Item)"}};
-        ctx.manifest.add(f);
+        missingBlueprint(missing, r.folder + "/Networks/Tracks.bin", "Tracks.bin", "(Track Item)");
     }
     if (!ctx.out.document(r.folder + "/Networks/Tracks.bin", ribbonsXml(ctx, "Network::cTrackRibbon", track, 0, 0, true)))
         return false;
@@ -512,10 +503,7 @@ bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
                 missing = {"Alpenbahn", "Gotthard", "Loft\\Drystone_Wall.xml"};
             if (!missing.empty()) {
                 refs.push_back(missing);
-                Fault f = routeFault(r, "missing-blueprint", "route", assetFile(missing), tile, missing.id,
-                                     std::string("reported missing: ") + k.label + " on tile " + tileName(tx, tz));
-                f.details = {{"label", k.label}};
-                ctx.manifest.add(f);
+                missingBlueprint(missing, tile, tileName(tx, tz), k.label);
             }
             if (!ctx.out.document(tile, ribbonsXml(ctx, k.ribbon, refs, tx, tz, false)))
                 return false;
@@ -626,12 +614,8 @@ bool writeRoutes(Context& ctx, DemoResult& result) {
     shortRoute.name = "Short Folder Route";
     if (!ctx.out.raw(shortFolder + "/RouteProperties.xml", routePropertiesXml(ctx, shortRoute)))
         return false;
-    Fault f;
-    f.kind = "route-folder-35-chars";
-    f.check = "route-list";
-    f.path = shortFolder;
-    f.expect = "not listed as a route although it holds a valid RouteProperties.xml";
-    ctx.manifest.add(f);
+    ctx.manifest.add(makeFault("route-folder-35-chars", "route-list", shortFolder, "", "",
+                               "not listed as a route although it holds a valid RouteProperties.xml"));
 
     return ctx.out.document("Content/ConsistTemplates.bin", consistTemplatesXml(ctx));
 }
