@@ -1,0 +1,38 @@
+#pragma once
+// The asset list's rows and the three forms a list is saved in: comma-separated text,
+// tab-separated text, and a spreadsheet (SpreadsheetML) that Excel and LibreOffice open.
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace velmora::assets {
+
+namespace fs = std::filesystem;
+
+struct AssetRow {
+    std::string provider, product, path, name, inScene, category, blueprint, index;
+
+    // Provider\Product\Path: the file below Assets.
+    std::string relativePath() const;
+    std::vector<std::string> cells() const;
+};
+
+// "Provider", "Product", "Path", "Name", "In Scene", "Category", "Blueprint", "Index"
+const std::vector<std::string>& assetColumns();
+
+enum class ListForm { Csv, Tabbed, Spreadsheet, Unknown };
+// By the last three letters of the name, ignoring case: csv, txt or tab, xls.
+ListForm listFormOf(const fs::path& file);
+
+// A header line, then a line per row. True when the whole file was written.
+bool saveAssetList(const fs::path& file, ListForm form, const std::vector<AssetRow>& rows, std::string* error = nullptr);
+// Reads a list saved in any of the forms; the header line is left out. False with a message
+// naming the file when it cannot be read.
+bool loadAssetList(const fs::path& file, ListForm form, std::vector<AssetRow>& rows, std::string* error = nullptr);
+
+// The rolling-stock index: `Reports/Index.csv`, comma-separated with its header. An existing
+// index is first renamed to Index.csv.bak, or the first free of .bak1 to .bak50.
+bool saveStockIndex(const fs::path& reportsFolder, const std::vector<AssetRow>& rows, std::string* error = nullptr);
+
+} // namespace velmora::assets

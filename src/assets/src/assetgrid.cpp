@@ -1,0 +1,203 @@
+#include "velmora/assets/assetgrid.h"
+
+#include "velmora/core/services.h"
+
+#include <algorithm>
+
+namespace velmora::assets {
+
+namespace {
+
+std::string xmlEscape(const std::string& s) {
+    std::string out;
+    out.reserve(s.size());
+    for (char c : s) {
+        switch (c) {
+        case '&': out += "&amp;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '"': out += "&quot;"; break;
+        default: out += c;
+        }
+    }
+    return out;
+}
+
+std::string xmlUnescape(std::string s) {
+    for (auto [from, to] : {std::pair{"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&apos;", "'"}, {"&amp;", "&"}}) {
+        const std::string f = from;
+        for (std::size_t p = s.find(f); p != std::string::npos; p = s.find(f, p + 1))
+            s.replace(p, f.size(), to);
+    }
+    return s;
+}
+
+std::string joined(const std::vector<std::string>& cells, char separator) {
+    std::string line;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        if (i)
+            line += separator;
+        line += cells[i];
+    }
+    return line + "\r\n";
+}
+
+std::string spreadsheet(const std::vector<AssetRow>& rows) {
+    std::string out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
+                      "<?mso-application progid=\"Excel.Sheet\"?>\r\n"
+                      "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\"\r\n"
+                      " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\">\r\n"
+                      "<Worksheet ss:Name=\"Assets\"><Table>\r\n";
+    auto row = [&](const std::vector<std::string>& cells) {
+        out += "<Row>";
+        for (const auto& c : cells)
+            out += "<Cell><Data ss:Type=\"String\">" + xmlEscape(latin1ToUtf8(c)) + "</Data></Cell>";
+        out += "</Row>\r\n";
+    };
+    row(assetColumns());
+    for (const auto& r : rows)
+        row(r.cells());
+    out += "</Table></Worksheet></Workbook>\r\n";
+    return out;
+}
+
+std::vector<std::vector<std::string>> readSpreadsheet(const std::string& text) {
+    std::vector<std::vector<std::string>> table;
+    for (std::size_t r = text.find("<Row"); r != std::string::npos; r = text.find("<Row", r + 4)) {
+        const std::size_t end = text.find("</Row>", r);
+        if (end == std::string::npos)
+            break;
+        std::vector<std::string> cells;
+        for (std::size_t d = text.find("<Data", r); d != std::string::npos && d < end; d = text.find("<Data", d + 5)) {
+            const std::size_t b = text.find('>', d);
+            const std::size_t c = text.find("</Data>", b);
+            if (b == std::string::npos || c == std::string::npos)
+                break;
+            cells.push_back(utf8ToCp1252(xmlUnescape(text.substr(b + 1, c - b - 1))));
+        }
+        table.push_back(std::move(cells));
+    }
+    return table;
+}
+
+std::vector<std::string> split(const std::string& line, char separator) {
+    std::vector<std::string> cells;
+    std::size_t start = 0;
+    for (;;) {
+        const std::size_t at = line.find(separator, start);
+        cells.push_back(line.substr(start, at == std::string::npos ? std::string::npos : at - start));
+        if (at == std::string::npos)
+            return cells;
+        start = at + 1;
+    }
+}
+
+AssetRow fromCells(std::vector<std::string> cells) {
+    cells.resize(8);
+    return {cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], cells[6], cells[7]};
+}
+
+} // namespace
+
+std::string AssetRow::relativePath() const { return provider + "\\" + product + "\\" + path; }
+
+std::vector<std::string> AssetRow::cells() const {
+    return {provider, product, path, name, inScene, category, blueprint, index};
+}
+
+const std::vector<std::string>& assetColumns() {
+    static const std::vector<std::string> columns = {"Provider", "Product",  "Path",      "Name",
+                                                     "In Scene", "Category", "Blueprint", "Index"};
+    return columns;
+}
+
+ListForm listFormOf(const fs::path& file) {
+    const std::string name = file.filename().string();
+    if (name.size() < 3)
+        return ListForm::Unknown;
+    const std::string last = toLowerAscii(name.substr(name.size() - 3));
+    if (last == "csv")
+        return ListForm::Csv;
+    if (last == "txt" || last == "tab")
+        return ListForm::Tabbed;
+    if (last == "xls")
+        return ListForm::Spreadsheet;
+    return ListForm::Unknown;
+}
+
+bool saveAssetList(const fs::path& file, ListForm form, const std::vector<AssetRow>& rows, std::string* error) {
+    std::string text;
+    if (form == ListForm::Spreadsheet) {
+        text = spreadsheet(rows);
+    } else if (form == ListForm::Csv || form == ListForm::Tabbed) {
+        const char sep = form == ListForm::Csv ? ',' : '\t';
+        text = joined(assetColumns(), sep);
+        for (const auto& r : rows)
+            text += joined(r.cells(), sep);
+    } else {
+        if (error)
+            *error = file.string() + ": a list is saved as .csv, .txt, .tab or .xls";
+        return false;
+    }
+    if (!WriteTextFile(file, text)) {
+        if (error)
+            *error = file.string() + ": the list cannot be written";
+        return false;
+    }
+    return true;
+}
+
+bool loadAssetList(const fs::path& file, ListForm form, std::vector<AssetRow>& rows, std::string* error) {
+    if (!FileExists(file)) {
+        if (error)
+            *error = file.string() + ": the file does not exist or cannot be read";
+        return false;
+    }
+    const std::string text = ReadTextFile(file);
+    std::vector<std::vector<std::string>> table;
+    if (form == ListForm::Spreadsheet) {
+        table = readSpreadsheet(text);
+    } else if (form == ListForm::Csv || form == ListForm::Tabbed) {
+        std::size_t start = 0;
+        while (start < text.size()) {
+            std::size_t end = text.find('\n', start);
+            if (end == std::string::npos)
+                end = text.size();
+            std::string line = text.substr(start, end - start);
+            if (!line.empty() && line.back() == '\r')
+                line.pop_back();
+            if (!line.empty())
+                table.push_back(split(line, form == ListForm::Csv ? ',' : '\t'));
+            start = end + 1;
+        }
+    } else {
+        if (error)
+            *error = file.string() + ": a list is read from .csv, .txt, .tab or .xls";
+        return false;
+    }
+    rows.clear();
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        if (i == 0 && !table[i].empty() && table[i][0] == "Provider")
+            continue; // the header line
+        rows.push_back(fromCells(std::move(table[i])));
+    }
+    return true;
+}
+
+bool saveStockIndex(const fs::path& reportsFolder, const std::vector<AssetRow>& rows, std::string* error) {
+    if (!MakePath(reportsFolder)) {
+        if (error)
+            *error = reportsFolder.string() + ": the folder cannot be made";
+        return false;
+    }
+    const fs::path index = reportsFolder / "Index.csv";
+    const BackupResult backup = SerzBackup(index);
+    if (backup.outcome == BackupResult::Outcome::Failed) {
+        if (error)
+            *error = index.string() + ": the old index cannot be renamed: " + backup.error;
+        return false;
+    }
+    return saveAssetList(index, ListForm::Csv, rows, error);
+}
+
+} // namespace velmora::assets

@@ -1,0 +1,115 @@
+#include "velmora/assets/scanpath.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+using namespace velmora::assets;
+namespace fs = std::filesystem;
+
+namespace {
+
+class ScanTree : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_root = fs::temp_directory_path() / ("velmora-scan-" + std::to_string(::getpid()));
+        fs::remove_all(m_root);
+        for (const char* f : {"b.bin", "A.BIN", "c.xml", "sub/d.bin", "sub/deeper/e.bin", "Other/f.cost1", "Other/g.tgt",
+                              ".hidden.bin"})
+            touch(f, "x");
+        touch("big.bin", std::string(100, 'x'));
+        touch("empty.bin", "");
+        touch("locked.bin", "x");
+        fs::permissions(m_root / "locked.bin", fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+                        fs::perm_options::remove);
+    }
+    void TearDown() override {
+        fs::permissions(m_root / "locked.bin", fs::perms::owner_write, fs::perm_options::add);
+        fs::remove_all(m_root);
+    }
+    void touch(const std::string& rel, const std::string& bytes) {
+        fs::create_directories((m_root / rel).parent_path());
+        std::ofstream(m_root / rel, std::ios::binary) << bytes;
+    }
+    std::vector<std::string> walk(cScanPath& scan, bool sorted, bool patterns = true) {
+        std::vector<std::string> seen;
+        scan.FileMatch = [&](const std::string& path, const std::string& name) {
+            EXPECT_EQ(path.back(), '/');
+            seen.push_back(fs::relative(fs::path(path) / name, m_root).string());
+        };
+        scan.DirMatch = [&](const std::string& path, const std::string& name) {
+            seen.push_back("[" + fs::relative(fs::path(path) / name, m_root).string() + "]");
+        };
+        scan.StartScan(m_root, true, sorted, patterns);
+        return seen;
+    }
+    fs::path m_root;
+};
+
+} // namespace
+
+TEST_F(ScanTree, BreadthFirstInNameOrderWithPatterns) {
+    cScanPath scan;
+    scan.ReadOnly = false;
+    scan.setFilter("*.bin;");
+    EXPECT_EQ(scan.Filter(), "*.bin");
+    const auto seen = walk(scan, false);
+    // A folder's own files come before any file of its subfolders; read-only and hidden
+    // files are left out.
+    const std::vector<std::string> expected = {"A.BIN", "b.bin", "big.bin", "empty.bin", "[Other]", "[sub]", "sub/d.bin",
+                                               "[sub/deeper]", "sub/deeper/e.bin"};
+    EXPECT_EQ(seen, expected);
+    EXPECT_EQ(scan.FileCount(), 6);
+    EXPECT_EQ(scan.DirCount(), 3);
+}
+
+TEST_F(ScanTree, SortedWalkPutsFilesBeforeFoldersAndRecursesAtOnce) {
+    cScanPath scan;
+    scan.setFilter("*.cost*;*.tgt");
+    const auto seen = walk(scan, true);
+    const std::vector<std::string> expected = {"[Other]", "Other/f.cost1", "Other/g.tgt", "[sub]", "[sub/deeper]"};
+    EXPECT_EQ(seen, expected);
+}
+
+TEST_F(ScanTree, ExtensionListsSizesAndAttributes) {
+    cScanPath scan;
+    scan.setFilter("XML;TGT;");
+    auto seen = walk(scan, false, false);
+    EXPECT_NE(std::find(seen.begin(), seen.end(), "c.xml"), seen.end());
+    EXPECT_NE(std::find(seen.begin(), seen.end(), "Other/g.tgt"), seen.end());
+    EXPECT_EQ(std::find(seen.begin(), seen.end(), "b.bin"), seen.end());
+
+    cScanPath small;
+    small.setFilter("*.*");
+    small.MaximumSize = 1;
+    small.ReadOnly = true; // read-only files are welcome here
+    seen = walk(small, false);
+    EXPECT_NE(std::find(seen.begin(), seen.end(), "empty.bin"), seen.end());
+    EXPECT_NE(std::find(seen.begin(), seen.end(), "locked.bin"), seen.end());
+    EXPECT_EQ(std::find(seen.begin(), seen.end(), "big.bin"), seen.end());
+}
+
+TEST_F(ScanTree, StopEndsTheWalk) {
+    cScanPath scan;
+    scan.setFilter("*.*");
+    int files = 0;
+    scan.FileMatch = [&](const std::string&, const std::string&) {
+        if (++files == 1)
+            scan.StopScan();
+    };
+    scan.StartScan(m_root, true, false, true);
+    EXPECT_TRUE(scan.stopped());
+    EXPECT_LT(files, 9);
+}
+
+TEST(ScanPathLike, Wildcards) {
+    EXPECT_TRUE(cScanPath::like("LOCO_WI_NM.TGPCDX", "*_wi*.TgPcDx"));
+    EXPECT_TRUE(cScanPath::like("a.bak12", "*.bak*"));
+    EXPECT_TRUE(cScanPath::like("abc", "a?c"));
+    EXPECT_FALSE(cScanPath::like("abc", "a?d"));
+    EXPECT_FALSE(cScanPath::like("a.bin.txt", "*.bin"));
+    EXPECT_TRUE(cScanPath::like("", "*"));
+    EXPECT_TRUE(cScanPath::like(std::string(5000, 'a'), std::string(50, '*') + "b*") == false);
+}
