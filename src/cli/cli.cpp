@@ -27,7 +27,7 @@ Global options:
 
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
-    for (auto&& group : {editorCommands()})
+    for (auto&& group : {editorCommands(), assetCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }
@@ -166,10 +166,20 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
         (g.help || g.command == "help" ? out : err) << usage(commands);
         return g.command.empty() && !g.help ? Error : Success;
     }
+    // A command of two words ("assets list") is looked for before one of one word.
     const Command* command = nullptr;
-    for (const Command& c : commands)
-        if (g.command == c.name)
-            command = &c;
+    if (!g.rest.empty())
+        for (const Command& c : commands)
+            if (g.command + " " + g.rest.front() == c.name)
+                command = &c;
+    if (command) {
+        g.command = command->name;
+        g.rest.erase(g.rest.begin());
+    } else {
+        for (const Command& c : commands)
+            if (g.command == c.name)
+                command = &c;
+    }
     if (!command) {
         err << "velmora-cli: unknown command '" << g.command << "' (see --help)\n";
         return Error;

@@ -58,6 +58,7 @@ struct Command {
 // The commands of each subsystem; run() puts them together.
 std::vector<Command> basicCommands();
 std::vector<Command> editorCommands();
+std::vector<Command> assetCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

@@ -1,0 +1,192 @@
+// The asset list and the rolling-stock index from the command line.
+
+#include "session.h"
+
+#include "velmora/assets/assetlist.h"
+#include "velmora/core/services.h"
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+namespace velmora::cli {
+
+namespace {
+
+std::string jsonString(const std::string& cp1252) {
+    std::string out = "\"";
+    for (char c : latin1ToUtf8(cp1252)) {
+        switch (c) {
+        case '"': out += "\\\""; break;
+        case '\\': out += "\\\\"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\t': out += "\\t"; break;
+        default:
+            if (static_cast<unsigned char>(c) < 0x20) {
+                char buf[8];
+                std::snprintf(buf, sizeof buf, "\\u%04x", c);
+                out += buf;
+            } else {
+                out += c;
+            }
+        }
+    }
+    return out + "\"";
+}
+
+std::string rowsAsJson(const std::vector<assets::AssetRow>& rows) {
+    const auto& columns = assets::assetColumns();
+    std::string out = "[\n";
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+        const auto cells = rows[r].cells();
+        out += "  {";
+        for (std::size_t c = 0; c < cells.size(); ++c)
+            out += (c ? ", " : "") + jsonString(columns[c]) + ": " + jsonString(cells[c]);
+        out += r + 1 < rows.size() ? "},\n" : "}\n";
+    }
+    return out + "]\n";
+}
+
+std::string rowsAsText(const std::vector<assets::AssetRow>& rows, char separator) {
+    std::string out;
+    auto line = [&](const std::vector<std::string>& cells) {
+        for (std::size_t i = 0; i < cells.size(); ++i)
+            out += (i ? std::string(1, separator) : std::string()) + cells[i];
+        out += '\n';
+    };
+    line(assets::assetColumns());
+    for (const auto& r : rows)
+        line(r.cells());
+    return out;
+}
+
+// The options every list command shares.
+const std::vector<std::string> kValueOptions = {"--category", "--mask", "--from", "--threads", "--out"};
+const std::vector<std::string> kFlags = {"--rolling-stock", "--exclude-preload", "--default-folders", "--json", "--csv"};
+
+bool readListOptions(Session& s, const Arguments& a, assets::AssetListOptions& o) {
+    o.rollingStockOnly = a.has("--rolling-stock");
+    o.excludePreload = a.has("--exclude-preload");
+    o.defaultFolders = a.has("--default-folders");
+    if (auto v = a.value("--category"))
+        o.category = *v;
+    if (auto v = a.value("--mask"))
+        o.mask = *v;
+    if (auto v = a.value("--threads")) {
+        auto n = parseNumber(*v);
+        if (!n || *n < 1 || *n > 256) {
+            s.fail("--threads needs a number from 1 to 256, not '" + *v + "'");
+            return false;
+        }
+        o.threads = static_cast<int>(*n);
+    }
+    // Names are taken in the language the user chose, as the screen shows them.
+    const std::string language = s.ctx.settings.language;
+    if (!language.empty() && language != "English")
+        o.languageTag = language;
+    return true;
+}
+
+// The start folder: --from, else the Assets folder of the simulator root.
+std::optional<fs::path> startFolder(Session& s, const Arguments& a) {
+    if (auto from = a.value("--from")) {
+        if (!fs::is_directory(*from)) {
+            s.fail(*from + ": no such folder");
+            return std::nullopt;
+        }
+        return fs::path(*from);
+    }
+    if (!s.requireRoot())
+        return std::nullopt;
+    auto assetsFolder = s.ctx.resolver.resolve(s.ctx.railWorks(), "Assets");
+    if (!assetsFolder) {
+        s.fail((s.ctx.railWorks() / "Assets").string() + ": the simulator root has no Assets folder");
+        return std::nullopt;
+    }
+    return assetsFolder;
+}
+
+std::optional<assets::AssetListResult> build(Session& s, const Arguments& a, const assets::AssetListOptions& o) {
+    const auto from = startFolder(s, a);
+    if (!from)
+        return std::nullopt;
+    auto result = assets::buildAssetList(*from, o, &s.ui);
+    for (const auto& m : result.messages)
+        s.err << "velmora-cli: " << m << '\n';
+    if (result.stopped) {
+        s.fail("stopped");
+        return std::nullopt;
+    }
+    return result;
+}
+
+int cmdAssetsList(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, kValueOptions, kFlags);
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    if (!a.plain.empty())
+        return s.fail("unexpected argument '" + a.plain.front() + "'");
+    s.start();
+    assets::AssetListOptions o;
+    if (!readListOptions(s, a, o))
+        return Error;
+    const auto result = build(s, a, o);
+    if (!result)
+        return Error;
+    if (auto out = a.value("--out")) {
+        std::string error;
+        if (iendsWith(*out, ".json")) {
+            if (!WriteTextFile(*out, rowsAsJson(result->rows)))
+                return s.fail(*out + ": the list cannot be written");
+        } else if (!assets::saveAssetList(*out, assets::listFormOf(*out), result->rows, &error)) {
+            return s.fail(error);
+        }
+        if (!s.g.quiet)
+            s.out << result->rows.size() << " rows written to " << *out << '\n';
+        return Success;
+    }
+    if (a.has("--json"))
+        s.out << rowsAsJson(result->rows);
+    else
+        s.out << rowsAsText(result->rows, a.has("--csv") ? ',' : '\t');
+    return Success;
+}
+
+int cmdAssetsIndex(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {"--threads", "--from"}, {"--exclude-preload"});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    if (!a.plain.empty())
+        return s.fail("unexpected argument '" + a.plain.front() + "'");
+    s.start();
+    assets::AssetListOptions o;
+    if (!readListOptions(s, a, o))
+        return Error;
+    o.rollingStockOnly = true; // the index is the rolling-stock list
+    const auto result = build(s, a, o);
+    if (!result)
+        return Error;
+    std::string error;
+    if (!assets::saveStockIndex(s.ctx.reports(), result->rows, &error))
+        return s.fail(error);
+    if (!s.g.quiet)
+        s.out << "Wrote " << result->rows.size() << " rows of rolling stock to "
+              << (s.ctx.reports() / "Index.csv").string() << '\n';
+    return Success;
+}
+
+} // namespace
+
+std::vector<Command> assetCommands() {
+    return {
+        {"assets list",
+         "[--rolling-stock] [--category C] [--mask M] [--exclude-preload] [--default-folders] [--from DIR] "
+         "[--threads N] [--json|--csv] [--out FILE]",
+         "the asset list (to FILE as .csv, .txt, .xls or .json)", cmdAssetsList},
+        {"assets index", "[--exclude-preload] [--threads N]", "the rolling-stock index Reports/Index.csv",
+         cmdAssetsIndex},
+    };
+}
+
+} // namespace velmora::cli
