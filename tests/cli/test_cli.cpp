@@ -127,6 +127,7 @@ protected:
         write(m_dir / "tree/RailWorks.exe", "");
         write(m_dir / "tree/Assets/DemoRail/Class66Pack/RailVehicles/Engine.bin", "");
         write(m_dir / "tree/Assets/DemoRail/Wagons/x.bin", "");
+        write(m_dir / "tree/Assets/DemoRail/Class66Pack/Docs/ReadMe.txt", "read me");
         write(m_dir / "tree/Assets/Heritage/SteamDays/y.bin", "");
         write(m_dir / "tree/content/routes/1234-abcd/RouteProperties.xml",
               "<DisplayName>\n<Localisation-cUserLocalisedString>\n"

@@ -45,13 +45,21 @@ bool excludedFolder(const std::string& full, bool quickDrive) {
     return false;
 }
 
+// The first folder of the path with this name, as a whole component: a user's own folder
+// such as "GameAssets" above the simulator must not be taken for it. Zero-based; npos if none.
+std::size_t folderNamed(const std::string& full, std::string_view root) {
+    const std::string component = "\\" + std::string(root) + "\\";
+    const std::size_t at = InStr(1, full, component, Match::Text);
+    return at == 0 ? std::string::npos : at; // at is one-based: the zero-based start of the name
+}
+
 // Provider, Product and the rest below the folder named `root` in the path.
 bool splitBelow(const std::string& full, std::string_view root, std::size_t offset, std::string& provider,
                 std::string& product, std::string& rest) {
-    const std::size_t at = InStr(1, full, root, Match::Text);
-    if (at == 0)
+    const std::size_t at = folderNamed(full, root);
+    if (at == std::string::npos)
         return false;
-    const std::size_t start = at - 1 + offset;
+    const std::size_t start = at + offset;
     const std::size_t b1 = full.find('\\', start);
     if (b1 == std::string::npos)
         return false;
@@ -111,11 +119,11 @@ std::string readFile(const fs::path& p) {
 Outcome buildBlueprint(const Candidate& c, const AssetListOptions& options) {
     Outcome out;
     std::string provider, product, rest;
-    const bool underAssets = InStr(1, c.full, "Assets", Match::Text) > 0;
+    const bool underAssets = folderNamed(c.full, "Assets") != std::string::npos;
     const bool split = underAssets ? splitBelow(c.full, "Assets", 7, provider, product, rest)
                                    : splitBelow(c.full, "Content", 8, provider, product, rest);
     if (!split) {
-        const bool named = underAssets || InStr(1, c.full, "Content", Match::Text) > 0;
+        const bool named = underAssets || folderNamed(c.full, "Content") != std::string::npos;
         out.kind = named ? Kind::Invalid : Kind::Skip;
         return out;
     }
@@ -136,7 +144,7 @@ Outcome buildPlain(const Candidate& c) {
     Outcome out;
     std::string provider, product, rest;
     if (!splitBelow(c.full, "Assets", 7, provider, product, rest)) {
-        out.kind = InStr(1, c.full, "Assets", Match::Text) > 0 ? Kind::Invalid : Kind::Skip;
+        out.kind = folderNamed(c.full, "Assets") != std::string::npos ? Kind::Invalid : Kind::Skip;
         return out;
     }
     out.kind = Kind::Row;
