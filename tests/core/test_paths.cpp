@@ -36,12 +36,15 @@ TEST(PathResolver, ExactSpellingWinsAndListingsAreCached) {
     EXPECT_EQ(test::slurp(*r.resolve(dir.path(), "folder/README.txt")), "upper");
     EXPECT_EQ(test::slurp(*r.resolve(dir.path(), "FOLDER/readme.txt")), "lower");
 
-    // A file made after the folder was listed is found once the listing is dropped.
+    // A file made after the folder was listed is found: the folder's changed time makes the
+    // resolver read it again.
     EXPECT_FALSE(r.resolve(dir.path(), "folder/new.txt"));
     dir.write("Folder/New.txt", "n");
-    EXPECT_FALSE(r.resolve(dir.path(), "folder/new.txt"));
-    r.invalidate(dir / "Folder");
     EXPECT_TRUE(r.resolve(dir.path(), "folder/new.txt"));
+    // A removed file is still named from the cache until the listing is dropped.
+    fs::remove(dir / "Folder/New.txt");
+    r.invalidate(dir / "Folder");
+    EXPECT_FALSE(r.resolve(dir.path(), "folder/new.txt"));
 }
 
 TEST(PathResolver, NonAsciiNamesFoldToo) {

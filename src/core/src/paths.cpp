@@ -130,19 +130,24 @@ std::vector<std::string> splitDocumentPath(std::string_view path) {
     return parts;
 }
 
-const PathResolver::Listing& PathResolver::listing(const fs::path& folder) const {
-    const std::string key = folder.string();
-    auto it = m_cache.find(key);
-    if (it != m_cache.end())
-        return it->second;
+PathResolver::Listing PathResolver::readListing(const fs::path& folder) {
     Listing l;
     std::error_code ec;
+    l.written = fs::last_write_time(folder, ec);
     for (auto e = fs::directory_iterator(folder, ec); !ec && e != fs::directory_iterator(); e.increment(ec)) {
         std::string name = e->path().filename().string();
         l.byFolded.emplace(foldName(name), name);
         l.exact.emplace(name, true);
     }
-    return m_cache.emplace(key, std::move(l)).first->second;
+    return l;
+}
+
+const PathResolver::Listing& PathResolver::listing(const fs::path& folder) const {
+    const std::string key = folder.string();
+    auto it = m_cache.find(key);
+    if (it != m_cache.end())
+        return it->second;
+    return m_cache.emplace(key, readListing(folder)).first->second;
 }
 
 std::optional<std::string> PathResolver::lookup(const fs::path& folder, const std::string& component) const {
@@ -151,7 +156,19 @@ std::optional<std::string> PathResolver::lookup(const fs::path& folder, const st
     if (l.exact.count(component))
         return component;
     auto it = l.byFolded.find(foldName(component));
-    if (it == l.byFolded.end())
+    if (it != l.byFolded.end())
+        return it->second;
+    // A miss may be a file made since the folder was listed: read the folder again only when
+    // its time says that it changed, so that lookups of missing files stay cheap.
+    std::error_code ec;
+    const auto now = fs::last_write_time(folder, ec);
+    if (now == l.written)
+        return std::nullopt;
+    Listing& fresh = m_cache[folder.string()] = readListing(folder);
+    if (fresh.exact.count(component))
+        return component;
+    it = fresh.byFolded.find(foldName(component));
+    if (it == fresh.byFolded.end())
         return std::nullopt;
     return it->second;
 }

@@ -60,10 +60,12 @@ private:
     struct Listing {
         std::unordered_map<std::string, std::string> byFolded; // folded name -> first real name
         std::unordered_map<std::string, bool> exact;            // real names
+        fs::file_time_type written{};                           // the folder's time when listed
     };
     // The real name of `component` in `folder`, or nullopt.
     std::optional<std::string> lookup(const fs::path& folder, const std::string& component) const;
     const Listing& listing(const fs::path& folder) const;
+    static Listing readListing(const fs::path& folder);
 
     mutable std::mutex m_mutex;
     mutable std::unordered_map<std::string, Listing> m_cache;

@@ -1,0 +1,72 @@
+#pragma once
+// The commands of the asset screen that work on the grid's rows: find, delete, a row's
+// picture, a vehicle's child entries, the smoke stack repair and the LocoInformation picture.
+
+#include "velmora/assets/assetgrid.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmora {
+class AppContext;
+}
+
+namespace velmora::assets {
+
+// Find: the text as typed, with its first letter upper-cased, or lower-cased, as a regular
+// expression in one column (0 to 7), from row `from` on. Nothing when no row matches or the
+// text is no valid expression (`error` then says why).
+std::optional<std::size_t> findRow(const std::vector<AssetRow>& rows, int column, const std::string& text,
+                                   std::size_t from, std::string* error = nullptr);
+// Show All: every row that Find would stop at, in order.
+std::vector<std::size_t> matchingRows(const std::vector<AssetRow>& rows, int column, const std::string& text);
+
+// "This will DELETE all selected files - You have been warned!!!" and its two further lines.
+std::string deleteWarning();
+
+struct DeleteResult {
+    int deleted = 0;
+    std::vector<std::string> errors; // file and reason
+};
+// Deletes the files of the given rows below the simulator's Assets folder.
+DeleteResult deleteRowFiles(AppContext& ctx, const std::vector<AssetRow>& rows);
+
+struct RowPicture {
+    enum class Source { Thumbnail, LocoInformation, Texture, NoPicture } source = Source::NoPicture;
+    std::filesystem::path file; // the picture file, or the texture document
+};
+// Thumbnails/<Name>.jpg, else LocoInformation/image.png beside the blueprint, else the first
+// texture of the blueprint's shape, else NoPicture.jpg from the program's folder.
+RowPicture rowPicture(AppContext& ctx, const AssetRow& row);
+
+// The child names of a blueprint's container, in order.
+std::vector<std::string> childEntries(const std::string& xml);
+// Cuts the child elements of these names out of the blueprint (at most 21 handled).
+std::string removeChildEntries(std::string xml, const std::vector<std::string>& names);
+// Puts the display name into Name (from the first "<Name ") and the five languages.
+void renameBlueprint(std::string& xml, const std::string& displayName);
+// Each named child (at most 3) becomes "Main Smoke Stack".
+std::string correctSmokeStack(std::string xml, const std::vector<std::string>& names);
+
+struct StoreResult {
+    bool ok = false;
+    std::string message;
+    std::filesystem::path written;
+};
+// Converts the blueprint and stores it as <fileName>.bin in the folder of `source`, replacing a
+// file of that name after a numbered backup, and deletes the product's BluePrints.pak.
+StoreResult storeBlueprint(AppContext& ctx, const std::filesystem::path& source, const std::string& xml,
+                           std::string fileName);
+
+// Add LocoInformation for one row: Thumbnails/<Name>.jpg becomes LocoInformation/image.png
+// beside the blueprint. `toPng` converts a picture file. Returns an empty string on success.
+std::string addLocoInformation(AppContext& ctx, const AssetRow& row,
+                               const std::function<bool(const std::filesystem::path& jpg,
+                                                        const std::filesystem::path& png)>& toPng);
+
+// The blueprint file of a row: Assets\Provider\Product\Path, resolved without regard to case.
+std::filesystem::path rowFile(AppContext& ctx, const AssetRow& row);
+
+} // namespace velmora::assets

@@ -1,0 +1,286 @@
+#include "velmora/assets/listcommands.h"
+
+#include "velmora/core/appcontext.h"
+#include "velmora/core/convert.h"
+#include "velmora/core/services.h"
+#include "velmora/core/xmltext.h"
+
+#include <QRegularExpression>
+#include <QString>
+
+#include <algorithm>
+
+namespace velmora::assets {
+
+namespace {
+
+const ScanSettings kText{Match::Text};
+
+std::string cell(const AssetRow& row, int column) {
+    const auto cells = row.cells();
+    return column >= 0 && column < static_cast<int>(cells.size()) ? cells[static_cast<std::size_t>(column)] : std::string();
+}
+
+std::optional<QRegularExpression> findPattern(const std::string& text, std::string* error) {
+    QString typed = QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+    if (typed.isEmpty())
+        return std::nullopt;
+    QString upper = typed, lower = typed;
+    upper[0] = upper[0].toUpper();
+    lower[0] = lower[0].toLower();
+    QRegularExpression re("(" + typed + ")|(" + upper + ")|(" + lower + ")");
+    if (!re.isValid()) {
+        if (error)
+            *error = "'" + text + "' cannot be searched for: " + re.errorString().toStdString();
+        return std::nullopt;
+    }
+    return re;
+}
+
+// The value of an element from the first occurrence of its tag: between ">" and "<".
+std::string valueAfter(const std::string& xml, std::string_view tag) {
+    const std::size_t at = InStr(1, xml, tag, Match::Text);
+    if (at == 0)
+        return {};
+    const std::size_t gt = xml.find('>', at - 1);
+    const std::size_t lt = gt == std::string::npos ? gt : xml.find('<', gt + 1);
+    if (lt == std::string::npos)
+        return {};
+    return xml.substr(gt + 1, lt - gt - 1);
+}
+
+std::string withoutBracket(std::string value) {
+    const auto open = value.find('[');
+    const auto close = open == std::string::npos ? open : value.find(']', open);
+    if (close != std::string::npos)
+        value.erase(open, close - open + 1);
+    return value;
+}
+
+} // namespace
+
+fs::path rowFile(AppContext& ctx, const AssetRow& row) {
+    return ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets\\" + row.relativePath());
+}
+
+std::optional<std::size_t> findRow(const std::vector<AssetRow>& rows, int column, const std::string& text,
+                                   std::size_t from, std::string* error) {
+    const auto re = findPattern(text, error);
+    if (!re)
+        return std::nullopt;
+    for (std::size_t i = from; i < rows.size(); ++i) {
+        const std::string value = cell(rows[i], column);
+        if (re->match(QString::fromLatin1(value.data(), static_cast<qsizetype>(value.size()))).hasMatch())
+            return i;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::size_t> matchingRows(const std::vector<AssetRow>& rows, int column, const std::string& text) {
+    std::vector<std::size_t> hits;
+    for (auto at = findRow(rows, column, text, 0); at; at = findRow(rows, column, text, *at + 1))
+        hits.push_back(*at);
+    return hits;
+}
+
+std::string deleteWarning() {
+    return "This will DELETE all selected files - You have been warned!!!\n"
+           "If you do not have a back-up of the folder you are about to alter, I suggest\n"
+           "you make one before carrying out this procedure!";
+}
+
+DeleteResult deleteRowFiles(AppContext& ctx, const std::vector<AssetRow>& rows) {
+    DeleteResult result;
+    for (const AssetRow& row : rows) {
+        std::string relative = row.relativePath();
+        while (!relative.empty() && relative.back() == '\\')
+            relative.pop_back();
+        if (relative.empty() || relative == "\\\\")
+            continue;
+        const fs::path file = rowFile(ctx, row);
+        std::error_code ec;
+        if (!fs::is_regular_file(file, ec))
+            continue;
+        if (fs::remove(file, ec))
+            ++result.deleted;
+        else
+            result.errors.push_back(file.string() + ": " + ec.message());
+    }
+    ctx.resolver.invalidate();
+    return result;
+}
+
+RowPicture rowPicture(AppContext& ctx, const AssetRow& row) {
+    std::string name = row.name;
+    name.erase(std::remove_if(name.begin(), name.end(), [](char c) { return c == '\'' || c == ';' || c == ':'; }),
+               name.end());
+    const fs::path thumbnail = ctx.appPath() / "Thumbnails" / (name + ".jpg");
+    if (!name.empty() && FileExists(thumbnail))
+        return {RowPicture::Source::Thumbnail, thumbnail};
+    const fs::path blueprint = rowFile(ctx, row);
+    if (auto info = ctx.resolver.resolve(blueprint.parent_path(), "LocoInformation\\image.png"))
+        return {RowPicture::Source::LocoInformation, *info};
+
+    std::string xml;
+    if (binToXmlText(blueprint, xml)) {
+        const std::string geometry = withoutBracket(valueAfter(xml, "<GeometryID"));
+        const auto shape = geometry.empty() ? std::nullopt
+                                            : ctx.resolver.resolve(ctx.railWorks(), "Assets\\" + geometry + ".GeoPcDx");
+        std::string shapeXml;
+        if (shape && binToXmlText(*shape, shapeXml)) {
+            const std::size_t list = InStr(1, shapeXml, "<TextureByName", Match::Text);
+            const std::size_t e = list ? InStr(list, shapeXml, "<e", Match::Text) : 0;
+            if (e) {
+                std::string value = valueAfter(shapeXml.substr(e - 1), "<e");
+                // "[00]name": the code in brackets is not part of the name.
+                value = withoutBracket(value);
+                // Relative to the shape's folder unless it climbs out of it.
+                fs::path base = shape->parent_path();
+                while (value.rfind("..\\", 0) == 0) {
+                    value.erase(0, 3);
+                    base = base.parent_path();
+                }
+                if (auto texture = ctx.resolver.resolve(base, value + ".TgPcDx"))
+                    return {RowPicture::Source::Texture, *texture};
+            }
+        }
+    }
+    return {RowPicture::Source::NoPicture, ctx.appPath() / "NoPicture.jpg"};
+}
+
+std::vector<std::string> childEntries(const std::string& xml) {
+    std::vector<std::string> names;
+    const std::size_t container = InStr(1, xml, "<ContainerComponent>", Match::Text);
+    if (container == 0)
+        return names;
+    std::size_t pos = container;
+    std::string value;
+    for (;;) {
+        GetDetail(xml, pos, "ChildName", value, kText);
+        if (pos == 0)
+            break;
+        names.push_back(value);
+    }
+    return names;
+}
+
+std::string removeChildEntries(std::string xml, const std::vector<std::string>& names) {
+    constexpr std::size_t kMostEntries = 21;
+    const std::string open = "<cEntityContainerBlueprint-sChild";
+    const std::string close = "</cEntityContainerBlueprint-sChild>";
+    for (std::size_t i = 0; i < names.size() && i < kMostEntries; ++i) {
+        const std::size_t children = InStr(1, xml, "<Children>", Match::Text);
+        if (children == 0)
+            break;
+        const std::size_t hit = InStr(children + 5, xml, ">" + names[i] + "<", Match::Text);
+        if (hit == 0)
+            continue;
+        const std::size_t start = InStrRev(xml, open, hit, Match::Text);
+        const std::size_t end = InStr(hit, xml, close, Match::Text);
+        if (start == 0 || end == 0)
+            continue;
+        std::size_t cutEnd = end - 1 + close.size();
+        // Take the line break after the element too, so no empty line is left behind.
+        if (xml.compare(cutEnd, 2, "\r\n") == 0)
+            cutEnd += 2;
+        else if (cutEnd < xml.size() && xml[cutEnd] == '\n')
+            ++cutEnd;
+        std::size_t cutStart = start - 1;
+        while (cutStart > 0 && (xml[cutStart - 1] == '\t' || xml[cutStart - 1] == ' '))
+            --cutStart;
+        xml.erase(cutStart, cutEnd - cutStart);
+    }
+    return xml;
+}
+
+void renameBlueprint(std::string& xml, const std::string& displayName) {
+    std::size_t pos = InStr(1, xml, "<Name ", Match::Text);
+    if (pos)
+        PutDetail(xml, pos, "Name", displayName, kText);
+    for (const char* language : {"English", "French", "Italian", "German", "Spanish"}) {
+        pos = 1;
+        PutDetail(xml, pos, language, displayName, kText);
+    }
+}
+
+std::string correctSmokeStack(std::string xml, const std::vector<std::string>& names) {
+    constexpr std::size_t kMostEntries = 3;
+    for (std::size_t i = 0; i < names.size() && i < kMostEntries; ++i) {
+        const std::string from = ">" + names[i] + "<";
+        for (std::size_t at = InStr(1, xml, from, Match::Text); at; at = InStr(at + 18, xml, from, Match::Text))
+            xml.replace(at - 1, from.size(), ">Main Smoke Stack<");
+    }
+    return xml;
+}
+
+StoreResult storeBlueprint(AppContext& ctx, const fs::path& source, const std::string& xml, std::string fileName) {
+    StoreResult r;
+    while (!fileName.empty() && fileName.back() == '.')
+        fileName.pop_back();
+    if (fileName.empty()) {
+        r.message = "No file name was given.";
+        return r;
+    }
+    std::string bin;
+    const ConvertResult converted = xmlTextToBin(xml, bin, fileName + ".xml");
+    if (!converted || bin.empty()) {
+        r.message = "Serz.exe could not convert file " + fileName + "bin\n"
+                    "This is a limitation of Serz.exe and out of my control.";
+        if (!converted.message.empty())
+            r.message += "\n" + converted.message;
+        return r;
+    }
+    if (!MakePath(ctx.tempFiles())) {
+        r.message = ctx.tempFiles().string() + ": the scratch folder cannot be made";
+        return r;
+    }
+    const fs::path scratch = ctx.tempFiles() / (fileName + ".bin");
+    if (!WriteTextFile(scratch, bin)) {
+        r.message = scratch.string() + ": cannot be written";
+        return r;
+    }
+    // An existing file of the new name is kept as a numbered backup, never just overwritten.
+    const fs::path target = source.parent_path() / (fileName + ".bin");
+    if (const std::string failed = replaceWithBackup(scratch, target); !failed.empty()) {
+        r.message = failed;
+        return r;
+    }
+    // The simulator rebuilds its cache of the product's blueprints when the cache is gone.
+    const fs::path assets = ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets");
+    const fs::path relative = fs::relative(source, assets);
+    auto part = relative.begin();
+    if (part != relative.end() && *part != "..") {
+        const fs::path provider = *part++;
+        if (part != relative.end()) {
+            const std::string pak = provider.string() + "\\" + part->string() + "\\BluePrints.pak";
+            if (auto cache = ctx.resolver.resolve(assets, pak)) {
+                std::error_code ec;
+                fs::remove(*cache, ec);
+            }
+        }
+    }
+    ctx.resolver.invalidate();
+    r.ok = true;
+    r.written = target;
+    return r;
+}
+
+std::string addLocoInformation(AppContext& ctx, const AssetRow& row,
+                               const std::function<bool(const fs::path&, const fs::path&)>& toPng) {
+    const fs::path thumbnail = ctx.appPath() / "Thumbnails" / (row.name + ".jpg");
+    if (!FileExists(thumbnail))
+        return "There does not appear to be a thumbnail for\nthis loco in your Velmora\\Thumbnails folder?";
+    const fs::path folder = rowFile(ctx, row).parent_path() / "LocoInformation";
+    if (!MakePath(folder))
+        return folder.string() + ": the folder cannot be made";
+    const fs::path png = ctx.appPath() / "Thumbnails" / (row.name + ".png");
+    if (!toPng(thumbnail, png))
+        return thumbnail.string() + ": the picture cannot be converted to .png";
+    const std::string failed = replaceWithBackup(png, folder / "image.png");
+    std::error_code ec;
+    fs::remove(png, ec);
+    ctx.resolver.invalidate();
+    return failed;
+}
+
+} // namespace velmora::assets
