@@ -1,5 +1,7 @@
 #include "velmora/assets/listcommands.h"
 
+#include "velmora/assets/assetlist.h"
+#include "velmora/assets/scanpath.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
@@ -281,6 +283,49 @@ std::string addLocoInformation(AppContext& ctx, const AssetRow& row,
     fs::remove(png, ec);
     ctx.resolver.invalidate();
     return failed;
+}
+
+std::vector<AssetDetail> searchAssetDetails(const fs::path& assetsFolder, std::string fileName,
+                                            const std::function<void()>& tick, const bool& stop) {
+    std::vector<AssetDetail> found;
+    if (iendsWith(fileName, "xml"))
+        fileName = fileName.substr(0, fileName.size() - 3) + "bin";
+    cScanPath scan;
+    scan.ReadOnly = false;
+    scan.setFilter("*.bin");
+    long seen = 0;
+    scan.FileMatch = [&](const std::string& path, const std::string& name) {
+        if (++seen % 64 == 0 && tick)
+            tick();
+        if (stop)
+            scan.StopScan();
+        if (!iequals(name, fileName))
+            return; // the name test comes before any conversion
+        std::string xml;
+        if (!binToXmlText(fs::path(path) / name, xml))
+            return;
+        std::string full = path + name;
+        std::replace(full.begin(), full.end(), '/', '\\');
+        const fs::path relative = fs::relative(fs::path(path) / name, assetsFolder);
+        auto part = relative.begin();
+        AssetDetail d;
+        if (part != relative.end())
+            d.provider = (part++)->string();
+        if (part != relative.end())
+            d.product = (part++)->string();
+        for (std::string sep; part != relative.end(); ++part, sep = "\\")
+            d.path += sep + part->string();
+        std::size_t pos = 1;
+        GetDetail(xml, pos, "English", d.name, kText);
+        DecodeChars(d.name);
+        pos = 1;
+        GetDetail(xml, pos, "Category", d.category, kText);
+        if (!d.category.empty() && d.category[0] == 'e')
+            d.category.erase(0, 1);
+        found.push_back(std::move(d));
+    };
+    scan.StartScan(assetsFolder, true, false, true, false);
+    return found;
 }
 
 } // namespace velmora::assets

@@ -1,6 +1,8 @@
 #include "frmeditor.h"
 
 #include "../common/desktopui.h"
+#include "../assets/frmassets.h"
+#include "../assets/frmindex.h"
 #include "dialogs.h"
 #include "dlgsearch.h"
 #include "xmlhighlighter.h"
@@ -519,6 +521,9 @@ void frmEditor::connectCommands() {
     wire("mnuContents", &frmEditor::mnuContents_Click);
     wire("mnuUUID", &frmEditor::mnuUUID_Click);
     wire("mnuTime", &frmEditor::mnuTime_Click);
+    wire("mnuAE", &frmEditor::mnuAE_Click);
+    wire("mnuRollingStock", &frmEditor::mnuRollingStock_Click);
+    wire("mnuIdent", &frmEditor::mnuIdent_Click);
     action("mnu2bin")->setCheckable(true);
     action("mnuFile2")->setEnabled(false);
 }
@@ -672,6 +677,28 @@ void frmEditor::mnuUUID_Click() {
 void frmEditor::mnuTime_Click() {
     dlgTime dialog(this);
     dialog.exec();
+}
+
+void frmEditor::mnuAE_Click() {
+    if (!m_assets) {
+        auto* screen = new frmAssets(m_ctx, this);
+        screen->setWindowFlag(Qt::Window);
+        screen->setAttribute(Qt::WA_DeleteOnClose);
+        m_assets = screen;
+    }
+    m_assets->show();
+    m_assets->raise();
+}
+
+void frmEditor::mnuRollingStock_Click() {
+    frmIndex screen(m_ctx, this);
+    if (screen.loaded())
+        screen.exec();
+}
+
+void frmEditor::mnuIdent_Click() {
+    frmMain screen(m_ctx, this);
+    screen.exec();
 }
 
 void frmEditor::mnuFind_Click() {

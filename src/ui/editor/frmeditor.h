@@ -109,6 +109,9 @@ public slots:
     void mnuContents_Click();
     void mnuUUID_Click();
     void mnuTime_Click();
+    void mnuAE_Click();           // the asset screen
+    void mnuRollingStock_Click(); // the rolling-stock index
+    void mnuIdent_Click();        // Search For Assets Details
     void Command1_Click(); // Highlight XML
     void Command2_Click(); // Find in the tree
     void Command3_Click(); // Find All in the tree
@@ -197,6 +200,7 @@ private:
     QLabel* m_panels[5] = {};
     QTimer* m_clock = nullptr;
     QPointer<dlgSearch> m_search;
+    QPointer<QWidget> m_assets;
 
     EditorDocument m_doc;
     std::string m_caption; // the caption before a dirty mark

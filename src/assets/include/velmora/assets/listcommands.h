@@ -66,6 +66,15 @@ std::string addLocoInformation(AppContext& ctx, const AssetRow& row,
                                const std::function<bool(const std::filesystem::path& jpg,
                                                         const std::filesystem::path& png)>& toPng);
 
+// "Search For Assets Details": every blueprint of this file name below the Assets folder (a
+// final "xml" is taken as "bin"), with its provider, product, path, name and category. `tick`
+// runs now and then, so that a screen stays alive and can call `stop`.
+struct AssetDetail {
+    std::string provider, product, path, name, category;
+};
+std::vector<AssetDetail> searchAssetDetails(const std::filesystem::path& assetsFolder, std::string fileName,
+                                            const std::function<void()>& tick, const bool& stop);
+
 // The blueprint file of a row: Assets\Provider\Product\Path, resolved without regard to case.
 std::filesystem::path rowFile(AppContext& ctx, const AssetRow& row);
 

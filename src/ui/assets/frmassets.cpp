@@ -1,0 +1,659 @@
+#include "frmassets.h"
+
+#include "../common/desktopui.h"
+#include "velmora/assets/assetlist.h"
+#include "velmora/assets/listcommands.h"
+#include "velmora/core/convert.h"
+#include "velmora/core/services.h"
+#include "velmora/textures/texture.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QMouseEvent>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QPushButton>
+#include <QSplitter>
+#include <QTableWidget>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextTable>
+#include <QVBoxLayout>
+
+namespace velmora::ui {
+
+namespace {
+
+constexpr const char* kListFilter =
+    "Comma Separated (*.csv)|*.csv|Excel file (*.xls)|*.xls|Tabbed text file (*.txt)|*.txt";
+
+QPushButton* commandButton(const char* name, const QString& caption) {
+    auto* b = new QPushButton(caption);
+    b->setObjectName(name);
+    return b;
+}
+
+QImage pictureOf(const assets::RowPicture& p) {
+    if (p.source == assets::RowPicture::Source::Texture) {
+        const textures::Image img = textures::readTexture(p.file);
+        if (!img.valid())
+            return {};
+        return QImage(img.rgba.data(), img.width, img.height, img.width * 4, QImage::Format_RGBA8888).copy();
+    }
+    return QImage(QString::fromStdString(p.file.string()));
+}
+
+} // namespace
+
+frmAssets::frmAssets(AppContext& ctx, QWidget* parent) : QMainWindow(parent), m_ctx(ctx) {
+    setObjectName("frmAssets");
+    setWindowTitle(tr("Build List of Assets"));
+    setAttribute(Qt::WA_DeleteOnClose, false);
+    buildWidgets();
+    // A fresh scratch folder for this screen's conversions.
+    DeleteTree(m_ctx.tempFiles());
+    MakePath(m_ctx.tempFiles());
+    m_start->setText(toQt(m_ctx.resolver.resolveForWrite(m_ctx.railWorks(), "Assets").string()));
+    hideChildControls();
+    const bool missingList = FileExists(m_ctx.reports() / "MissingAssets.csv");
+    for (const char* name : {"Command19", "Command21"})
+        if (auto* b = findChild<QPushButton*>(name))
+            b->setEnabled(missingList);
+}
+
+void frmAssets::buildWidgets() {
+    auto* central = new QWidget;
+    setCentralWidget(central);
+
+    m_start = new QLineEdit;
+    m_start->setObjectName("Text2");
+    auto* browse = commandButton("cmdBrowse", tr("..."));
+    connect(browse, &QPushButton::clicked, this, [this] {
+        const QString dir = QFileDialog::getExistingDirectory(this, tr("Start folder"), m_start->text());
+        if (!dir.isEmpty())
+            m_start->setText(dir);
+    });
+    m_mask = new QComboBox;
+    m_mask->setObjectName("Text1");
+    m_mask->setEditable(true);
+    m_mask->addItems({"*.bin", "*_WI*.TgPcDx", "*.xml", "*.cost*;*.tgt", "*.bak*"});
+    m_category = new QLineEdit;
+    m_category->setObjectName("Text5");
+    m_rollingStock = new QCheckBox(tr("Rolling stock only"));
+    m_rollingStock->setObjectName("Check1");
+    m_excludePreload = new QCheckBox(tr("Exclude PreLoad"));
+    m_excludePreload->setObjectName("Check3");
+    m_defaultFolders = new QCheckBox(tr("Default folders"));
+    m_defaultFolders->setObjectName("Check4");
+    m_minLod = new QLineEdit;
+    m_minLod->setObjectName("Text3");
+    m_maxLod = new QLineEdit;
+    m_maxLod->setObjectName("Text4");
+    // LOD limits are used by the batch edits; cut back to what the simulator accepts.
+    connect(m_minLod, &QLineEdit::editingFinished, this, [this] {
+        if (m_minLod->text().toInt() > 4000)
+            m_minLod->setText("4000");
+    });
+    connect(m_maxLod, &QLineEdit::editingFinished, this, [this] {
+        if (m_maxLod->text().toInt() > 10000)
+            m_maxLod->setText("10000");
+    });
+    m_find = new QLineEdit;
+    m_find->setObjectName("Text6");
+    m_findColumn = new QComboBox;
+    m_findColumn->setObjectName("Combo1");
+    for (const auto& c : assets::assetColumns())
+        m_findColumn->addItem(toQt(c));
+    m_findColumn->setCurrentIndex(3);
+
+    auto* inputs = new QGridLayout;
+    inputs->addWidget(new QLabel(tr("Start folder")), 0, 0);
+    inputs->addWidget(m_start, 0, 1, 1, 4);
+    inputs->addWidget(browse, 0, 5);
+    inputs->addWidget(new QLabel(tr("Mask")), 1, 0);
+    inputs->addWidget(m_mask, 1, 1);
+    inputs->addWidget(new QLabel(tr("Category")), 1, 2);
+    inputs->addWidget(m_category, 1, 3);
+    inputs->addWidget(new QLabel(tr("Min LOD")), 2, 0);
+    inputs->addWidget(m_minLod, 2, 1);
+    inputs->addWidget(new QLabel(tr("Max LOD")), 2, 2);
+    inputs->addWidget(m_maxLod, 2, 3);
+    inputs->addWidget(m_rollingStock, 3, 0, 1, 2);
+    inputs->addWidget(m_excludePreload, 3, 2);
+    inputs->addWidget(m_defaultFolders, 3, 3);
+    inputs->addWidget(new QLabel(tr("Find")), 4, 0);
+    inputs->addWidget(m_find, 4, 1);
+    inputs->addWidget(m_findColumn, 4, 2);
+
+    struct Button {
+        const char* name;
+        const char* caption;
+        void (frmAssets::*slot)();
+    };
+    const Button buttons[] = {
+        {"Command1", "Add to List", &frmAssets::Command1_Click},
+        {"Command5", "Clear List", &frmAssets::Command5_Click},
+        {"Command3", "Save List", &frmAssets::Command3_Click},
+        {"Command11", "Load List", &frmAssets::Command11_Click},
+        {"Command18", "Restore", &frmAssets::Command18_Click},
+        {"Command2", "Print List", &frmAssets::Command2_Click},
+        {"Command13", "Save Stock Index", &frmAssets::Command13_Click},
+        {"Command22", "List QD consists", &frmAssets::Command22_Click},
+        {"Command14", "Find", &frmAssets::Command14_Click},
+        {"Command8", "Show All", &frmAssets::Command8_Click},
+        {"Command15", "Select All", &frmAssets::Command15_Click},
+        {"Command16", "Unselect All", &frmAssets::Command16_Click},
+        {"Command10", "Find Zero Length Files", &frmAssets::Command10_Click},
+        {"Command6", "Delete Selected", &frmAssets::Command6_Click},
+        {"Command9", "Display Child Entries.", &frmAssets::Command9_Click},
+        {"Command20", "Add LocoInformation", &frmAssets::Command20_Click},
+    };
+    auto* commands = new QGridLayout;
+    int i = 0;
+    for (const Button& b : buttons) {
+        QPushButton* button = commandButton(b.name, tr(b.caption));
+        connect(button, &QPushButton::clicked, this, b.slot);
+        commands->addWidget(button, i / 4, i % 4);
+        ++i;
+    }
+    // Commands whose tools come with the checks and the cloning screens: present, not yet live.
+    for (const auto& [name, caption] : {std::pair{"Command17", "Rename Selected Asset"},
+                                        std::pair{"Command19", "Process Missing Assets File"},
+                                        std::pair{"Command21", "Package Missing Assets"}}) {
+        QPushButton* button = commandButton(name, tr(caption));
+        button->setEnabled(false);
+        commands->addWidget(button, i / 4, i % 4);
+        ++i;
+    }
+
+    auto* hide = new QGroupBox(tr("Hide Columns"));
+    auto* hideLayout = new QHBoxLayout(hide);
+    for (int c = 0; c < 8; ++c) {
+        auto* box = new QCheckBox(toQt(assets::assetColumns()[static_cast<std::size_t>(c)]));
+        box->setObjectName(QString("Check2_%1").arg(c));
+        connect(box, &QCheckBox::toggled, this, [this, c](bool on) { m_grid->setColumnHidden(c, on); });
+        hideLayout->addWidget(box);
+    }
+
+    m_grid = new QTableWidget(0, 8);
+    m_grid->setObjectName("VSFG1");
+    QStringList headers;
+    for (const auto& c : assets::assetColumns())
+        headers << toQt(c);
+    m_grid->setHorizontalHeaderLabels(headers);
+    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    // Rows stay in the order they were added until the user sorts by a column.
+    m_grid->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+    m_grid->setSortingEnabled(true);
+    m_grid->horizontalHeader()->setSortIndicatorShown(true);
+    m_grid->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_grid, &QWidget::customContextMenuRequested, this, [this] { copySelectionToClipboard(); });
+    connect(m_grid, &QTableWidget::cellClicked, this, [this](int row, int) { showRowPicture(row); });
+    connect(m_grid, &QTableWidget::itemSelectionChanged, this, &frmAssets::updateCounts);
+
+    m_total = new QLabel;
+    m_total->setObjectName("Label5");
+    m_selected = new QLabel;
+    m_selected->setObjectName("Label11");
+    m_picture = new QLabel;
+    m_picture->setObjectName("Picture1");
+    m_picture->setMinimumSize(256, 256);
+    m_picture->setAlignment(Qt::AlignCenter);
+    m_children = new QListWidget;
+    m_children->setObjectName("List1");
+    m_children->setSelectionMode(QAbstractItemView::MultiSelection);
+    m_childCaption = new QLabel(tr("Child Entries For:-"));
+    m_childCaption->setObjectName("Label3");
+    m_childName = new QLabel;
+    m_childName->setObjectName("Label4");
+    m_removeChildren = commandButton("Command12", tr(" Remove Selected Child Entries."));
+    m_smokeStack = commandButton("Command7", tr("Correct Selected Smoke Stack"));
+    connect(m_removeChildren, &QPushButton::clicked, this, &frmAssets::Command12_Click);
+    connect(m_smokeStack, &QPushButton::clicked, this, &frmAssets::Command7_Click);
+
+    auto* side = new QWidget;
+    auto* sideLayout = new QVBoxLayout(side);
+    sideLayout->addWidget(m_picture);
+    sideLayout->addWidget(m_childCaption);
+    sideLayout->addWidget(m_childName);
+    sideLayout->addWidget(m_children, 1);
+    sideLayout->addWidget(m_removeChildren);
+    sideLayout->addWidget(m_smokeStack);
+
+    auto* split = new QSplitter;
+    split->addWidget(m_grid);
+    split->addWidget(side);
+    split->setStretchFactor(0, 3);
+
+    auto* counts = new QHBoxLayout;
+    counts->addWidget(m_total);
+    counts->addWidget(m_selected);
+    counts->addStretch(1);
+
+    auto* layout = new QVBoxLayout(central);
+    layout->addLayout(inputs);
+    layout->addLayout(commands);
+    layout->addWidget(hide);
+    layout->addWidget(split, 1);
+    layout->addLayout(counts);
+
+    m_checks = menuBar()->addMenu(tr("Check Assets"));
+    m_checks->setObjectName("mnuCheckStock");
+    for (const auto& [name, caption] :
+         {std::pair{"mnuCheckLoco", "Check Loco for missing files"}, std::pair{"mnuShowFiles", "Show Files Used by Locos"},
+          std::pair{"mnuWag", "Show Files Used by Wagons"}, std::pair{"mnuSFA", "Show files used by Asset"},
+          std::pair{"mnuLoft", "Show files used by Lofts"}, std::pair{"mnuWhere", "Where is it used?"},
+          std::pair{"mnuInScene", "Use in Scenarios"}}) {
+        QAction* a = m_checks->addAction(tr(caption));
+        a->setObjectName(name);
+        a->setEnabled(false);
+    }
+    updateCounts();
+}
+
+QAction* frmAssets::action(const QString& name) const {
+    for (QAction* a : m_checks->actions())
+        if (a->objectName() == name)
+            return a;
+    return nullptr;
+}
+
+std::vector<assets::AssetRow> frmAssets::rows() const {
+    std::vector<assets::AssetRow> out;
+    out.reserve(static_cast<std::size_t>(m_grid->rowCount()));
+    for (int r = 0; r < m_grid->rowCount(); ++r) {
+        std::vector<std::string> cells(8);
+        for (int c = 0; c < 8; ++c)
+            if (auto* item = m_grid->item(r, c))
+                cells[static_cast<std::size_t>(c)] = fromQt(item->text());
+        out.push_back({cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], cells[6], cells[7]});
+    }
+    return out;
+}
+
+std::vector<assets::AssetRow> frmAssets::selectedRows() const {
+    const auto all = rows();
+    std::vector<assets::AssetRow> out;
+    for (const QModelIndex& index : m_grid->selectionModel()->selectedRows())
+        out.push_back(all[static_cast<std::size_t>(index.row())]);
+    return out;
+}
+
+void frmAssets::updateCounts() {
+    m_total->setText(tr("Total: %1").arg(m_grid->rowCount()));
+    m_selected->setText(tr("Selected: %1").arg(m_grid->selectionModel()->selectedRows().size()));
+}
+
+void frmAssets::hideChildControls() {
+    for (QWidget* w : {static_cast<QWidget*>(m_children), static_cast<QWidget*>(m_childCaption),
+                       static_cast<QWidget*>(m_childName), static_cast<QWidget*>(m_removeChildren),
+                       static_cast<QWidget*>(m_smokeStack)})
+        w->setVisible(false);
+    m_picture->setVisible(true);
+}
+
+void frmAssets::appendRows(const std::vector<assets::AssetRow>& rows) {
+    m_grid->setSortingEnabled(false);
+    int r = m_grid->rowCount();
+    m_grid->setRowCount(r + static_cast<int>(rows.size()));
+    for (const auto& row : rows) {
+        const auto cells = row.cells();
+        for (int c = 0; c < 8; ++c)
+            m_grid->setItem(r, c, new QTableWidgetItem(toQt(cells[static_cast<std::size_t>(c)])));
+        ++r;
+    }
+    m_grid->setSortingEnabled(true);
+    updateCounts();
+}
+
+void frmAssets::setRows(const std::vector<assets::AssetRow>& rows) {
+    m_grid->setRowCount(0);
+    appendRows(rows);
+}
+
+assets::AssetListOptions frmAssets::readOptions() const {
+    assets::AssetListOptions o;
+    o.mask = fromQt(m_mask->currentText());
+    o.category = fromQt(m_category->text());
+    o.rollingStockOnly = m_rollingStock->isChecked();
+    o.excludePreload = m_excludePreload->isChecked();
+    o.defaultFolders = m_defaultFolders->isChecked();
+    o.convertBins = m_convertBins;
+    if (!m_ctx.settings.language.empty() && m_ctx.settings.language != "English")
+        o.languageTag = m_ctx.settings.language;
+    return o;
+}
+
+void frmAssets::runList(assets::AssetListOptions options, bool announce) {
+    m_ctx.resolver.invalidate();
+    const auto result = assets::buildAssetList(fromQt(m_start->text()), options, &m_ctx.ui());
+    for (const auto& m : result.messages)
+        m_ctx.ui().message(m, Icon::Warning, "Velmora");
+    appendRows(result.rows);
+    m_category->setText(toQt(result.categoryFilter));
+    if (announce && !result.stopped) {
+        if (m_deleting) {
+            m_ctx.ui().message("Selected items have been removed from the grid.");
+            m_deleting = false;
+        } else {
+            m_ctx.ui().message("Selected items have been added to the grid.");
+        }
+    }
+    emit listBuilt();
+}
+
+void frmAssets::Command1_Click() {
+    m_convertBins = true;
+    runList(readOptions(), true);
+}
+
+void frmAssets::Command22_Click() {
+    m_convertBins = true;
+    auto o = readOptions();
+    o.quickDriveConsists = true;
+    runList(o, true);
+}
+
+void frmAssets::Command10_Click() {
+    m_zeroLength = true;
+    auto o = readOptions();
+    o.mask = "*.*";
+    o.zeroLength = true;
+    runList(o, true);
+}
+
+void frmAssets::Command5_Click() {
+    m_grid->setRowCount(0);
+    m_findStart = 0;
+    updateCounts();
+}
+
+void frmAssets::Command3_Click() {
+    MakePath(m_ctx.reports());
+    FileRequest request{"Save Grid as File", m_ctx.reports(), kListFilter, true};
+    auto chosen = m_ctx.ui().chooseFile(request);
+    if (!chosen || chosen->empty())
+        return;
+    const auto form = assets::listFormOf(*chosen);
+    if (form == assets::ListForm::Unknown)
+        return;
+    std::string error;
+    if (FileExists(*chosen) && SerzBackup(*chosen).outcome == BackupResult::Outcome::Failed) {
+        m_ctx.ui().message(chosen->string() + ": the old list cannot be kept as a backup", Icon::Warning);
+        return;
+    }
+    if (!assets::saveAssetList(*chosen, form, rows(), &error))
+        m_ctx.ui().message(error, Icon::Warning);
+}
+
+bool frmAssets::loadList(const std::filesystem::path& file) {
+    const auto form = assets::listFormOf(file);
+    if (form == assets::ListForm::Unknown)
+        return false;
+    std::vector<assets::AssetRow> loaded;
+    std::string error;
+    if (!assets::loadAssetList(file, form, loaded, &error)) {
+        m_ctx.ui().message(error, Icon::Warning);
+        return false;
+    }
+    setRows(loaded);
+    m_lastList = file;
+    return true;
+}
+
+void frmAssets::Command11_Click() {
+    MakePath(m_ctx.reports());
+    FileRequest request{"Load Grid from File", m_ctx.reports(), kListFilter, false};
+    auto chosen = m_ctx.ui().chooseFile(request);
+    if (chosen && !chosen->empty())
+        loadList(*chosen);
+}
+
+void frmAssets::Command18_Click() {
+    if (!m_lastList.empty())
+        loadList(m_lastList);
+}
+
+void frmAssets::printGrid(QPrinter& printer) {
+    QTextDocument page;
+    QTextCursor c(&page);
+    QTextTable* table = c.insertTable(m_grid->rowCount() + 1, 8);
+    for (int col = 0; col < 8; ++col)
+        table->cellAt(0, col).firstCursorPosition().insertText(m_grid->horizontalHeaderItem(col)->text());
+    for (int r = 0; r < m_grid->rowCount(); ++r)
+        for (int col = 0; col < 8; ++col)
+            if (auto* item = m_grid->item(r, col))
+                table->cellAt(r + 1, col).firstCursorPosition().insertText(item->text());
+    page.print(&printer);
+}
+
+void frmAssets::Command2_Click() {
+    if (m_grid->rowCount() < 1) {
+        m_ctx.ui().message("You do not appear to have added any items to the list below?\n"
+                           "Click the 'Add to List' button to enable your stock selection.");
+        return;
+    }
+    QPrinter printer;
+    QPrintDialog dialog(&printer, this);
+    if (dialog.exec() == QDialog::Accepted)
+        printGrid(printer);
+}
+
+void frmAssets::Command13_Click() {
+    if (m_ctx.ui().ask("To make an Index file, you must first have set this screen\n"
+                       "to start on 'Assets' and ticked the 'Rolling Stock only' box.\n"
+                       "Then clicked 'Add to List' - Are you ready to save?",
+                       Buttons::YesNo) != Answer::Yes)
+        return;
+    std::string error;
+    if (!assets::saveStockIndex(m_ctx.reports(), rows(), &error))
+        m_ctx.ui().message(error, Icon::Warning);
+}
+
+void frmAssets::Command14_Click() {
+    std::string error;
+    const auto hit = assets::findRow(rows(), m_findColumn->currentIndex(), fromQt(m_find->text()),
+                                     static_cast<std::size_t>(m_findStart), &error);
+    if (!error.empty()) {
+        m_ctx.ui().message(error, Icon::Warning);
+        return;
+    }
+    if (!hit) {
+        m_findStart = 0;
+        return;
+    }
+    m_grid->selectRow(static_cast<int>(*hit));
+    m_grid->scrollToItem(m_grid->item(static_cast<int>(*hit), 0));
+    m_findStart = static_cast<int>(*hit) + 1;
+}
+
+void frmAssets::Command8_Click() {
+    if (m_grid->rowCount() == 0)
+        return;
+    // "Show All" keeps only the rows that Find would stop at.
+    const auto all = rows();
+    const auto hits = assets::matchingRows(all, m_findColumn->currentIndex(), fromQt(m_find->text()));
+    std::vector<assets::AssetRow> kept;
+    for (std::size_t i : hits)
+        kept.push_back(all[i]);
+    setRows(kept);
+    m_grid->selectAll();
+    m_findStart = 0;
+    updateCounts();
+}
+
+void frmAssets::Command15_Click() {
+    m_grid->selectAll();
+    updateCounts();
+}
+
+void frmAssets::Command16_Click() {
+    m_grid->clearSelection();
+    updateCounts();
+}
+
+void frmAssets::Command6_Click() {
+    const auto selected = selectedRows();
+    if (selected.empty()) {
+        m_ctx.ui().message("No rows are selected, so nothing was deleted.");
+        return;
+    }
+    if (m_ctx.ui().ask(assets::deleteWarning(), Buttons::OkCancel, Icon::Warning) != Answer::Ok)
+        return;
+    m_deleting = true;
+    const auto result = assets::deleteRowFiles(m_ctx, selected);
+    for (const auto& e : result.errors)
+        m_ctx.ui().message(e, Icon::Warning);
+    Command5_Click();
+    if (m_zeroLength) {
+        m_zeroLength = false;
+        m_deleting = false;
+        return;
+    }
+    Command1_Click();
+}
+
+void frmAssets::copySelectionToClipboard() {
+    QString text;
+    for (const auto& row : selectedRows()) {
+        const auto cells = row.cells();
+        QStringList line;
+        for (const auto& c : cells)
+            line << toQt(c);
+        text += line.join('\t') + '\n';
+    }
+    QApplication::clipboard()->setText(text);
+    m_ctx.ui().message("Data has been sent to clipboard.");
+}
+
+void frmAssets::showRowPicture(int row) {
+    if (row < 0 || row >= m_grid->rowCount())
+        return;
+    DeleteTree(m_ctx.tempFiles());
+    MakePath(m_ctx.tempFiles());
+    hideChildControls();
+    const assets::AssetRow r = rows()[static_cast<std::size_t>(row)];
+    const QImage image = pictureOf(assets::rowPicture(m_ctx, r));
+    m_picture->setPixmap(image.isNull() ? QPixmap() : QPixmap::fromImage(image.scaled(256, 256, Qt::KeepAspectRatio)));
+    setWindowTitle(QStringLiteral("Assets Listing %1 (%2x%3)")
+                       .arg(toQt(r.name))
+                       .arg(image.width())
+                       .arg(image.height()));
+}
+
+std::optional<assets::AssetRow> frmAssets::singleSelection(const char* tooFewMessage) {
+    if (m_grid->rowCount() < 2) {
+        m_ctx.ui().message(tooFewMessage);
+        return std::nullopt;
+    }
+    const auto selected = selectedRows();
+    if (selected.empty()) {
+        m_ctx.ui().message("No rows are selected.");
+        return std::nullopt;
+    }
+    if (selected.size() > 1)
+        m_ctx.ui().message("You can only select one item at a time for this option.\nOnly the first item will be shown");
+    return selected.front();
+}
+
+void frmAssets::Command9_Click() {
+    for (QWidget* w : {static_cast<QWidget*>(m_children), static_cast<QWidget*>(m_childCaption),
+                       static_cast<QWidget*>(m_childName), static_cast<QWidget*>(m_removeChildren),
+                       static_cast<QWidget*>(m_smokeStack)})
+        w->setVisible(true);
+    m_picture->setVisible(false);
+    m_children->clear();
+    const auto row = singleSelection("You do not appear to have added any rolling stock to the list below?\n"
+                                     "Click the 'Add to List' button to enable your stock selection.");
+    if (!row)
+        return;
+    m_childFile = assets::rowFile(m_ctx, *row);
+    m_ctx.currentFile = m_childFile.string();
+    m_childXml.clear();
+    if (const ConvertResult r = binToXmlText(m_childFile, m_childXml); !r) {
+        m_ctx.ui().message(r.message, Icon::Warning);
+        return;
+    }
+    m_childName->setText(toQt(row->name));
+    for (const auto& name : assets::childEntries(m_childXml))
+        m_children->addItem(toQt(name));
+}
+
+void frmAssets::storeChildChange(const std::string& xml, const std::string& fileName) {
+    const auto stored = assets::storeBlueprint(m_ctx, m_childFile, xml, fileName);
+    if (!stored.ok)
+        m_ctx.ui().message(stored.message, Icon::Warning);
+}
+
+void frmAssets::Command12_Click() {
+    std::vector<std::string> names;
+    for (QListWidgetItem* item : m_children->selectedItems())
+        names.push_back(fromQt(item->text()));
+    if (names.empty() || m_childXml.empty())
+        return;
+    std::string xml = assets::removeChildEntries(m_childXml, names);
+    // The changed vehicle is stored as a new item beside the old one.
+    auto fileName = m_ctx.ui().inputText("Item will be saved as:- ", "Save Rolling-Stock Item",
+                                         m_childFile.stem().string());
+    if (!fileName || fileName->empty())
+        return;
+    auto displayName = m_ctx.ui().inputText("File Internal Name as:-", "Save Rolling-Stock Item", fromQt(m_childName->text()));
+    if (!displayName)
+        return;
+    assets::renameBlueprint(xml, *displayName);
+    storeChildChange(xml, *fileName);
+}
+
+void frmAssets::Command7_Click() {
+    std::vector<std::string> names;
+    const auto selected = m_children->selectedItems();
+    // Up to three entries, taken from the last one upwards.
+    for (auto it = selected.rbegin(); it != selected.rend() && names.size() < 3; ++it) {
+        names.push_back(fromQt((*it)->text()));
+        (*it)->setText("Main Smoke Stack");
+    }
+    if (names.empty() || m_childXml.empty())
+        return;
+    m_childXml = assets::correctSmokeStack(m_childXml, names);
+    storeChildChange(m_childXml, m_childFile.stem().string());
+}
+
+void frmAssets::Command20_Click() {
+    if (m_ctx.ui().ask("The thumbnail of each selected loco is converted to .png and saved\n"
+                       "as image.png in a LocoInformation folder beside the loco.",
+                       Buttons::OkCancel) != Answer::Ok)
+        return;
+    const auto selected = selectedRows();
+    if (selected.empty()) {
+        m_ctx.ui().message("No rows are selected.");
+        return;
+    }
+    auto toPng = [](const std::filesystem::path& jpg, const std::filesystem::path& png) {
+        const QImage image(QString::fromStdString(jpg.string()));
+        return !image.isNull() && image.save(QString::fromStdString(png.string()), "PNG");
+    };
+    for (const auto& row : selected) {
+        const std::string failed = assets::addLocoInformation(m_ctx, row, toPng);
+        if (!failed.empty()) {
+            m_ctx.ui().message(failed, Icon::Warning);
+            return;
+        }
+    }
+    m_ctx.ui().message("LocoInformation pictures have been added.");
+}
+
+} // namespace velmora::ui

@@ -1,0 +1,87 @@
+#include "frmindex.h"
+
+#include "../common/desktopui.h"
+#include "velmora/assets/assetgrid.h"
+#include "velmora/assets/listcommands.h"
+#include "velmora/core/services.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace velmora::ui {
+
+frmIndex::frmIndex(AppContext& ctx, QWidget* parent) : QDialog(parent) {
+    setObjectName("frmIndex");
+    setWindowTitle(tr("Rolling-stock index"));
+    resize(900, 600);
+    m_grid = new QTableWidget(0, 8);
+    m_grid->setObjectName("VSFG1");
+    QStringList headers;
+    for (const auto& c : assets::assetColumns())
+        headers << toQt(c);
+    m_grid->setHorizontalHeaderLabels(headers);
+    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_grid);
+
+    const auto file = ctx.reports() / "Index.csv";
+    std::vector<assets::AssetRow> rows;
+    if (!FileExists(file) || !assets::loadAssetList(file, assets::ListForm::Csv, rows)) {
+        ctx.ui().message("You do not appear to have generated an Index.csv file.");
+        return;
+    }
+    m_grid->setRowCount(static_cast<int>(rows.size()));
+    for (int r = 0; r < static_cast<int>(rows.size()); ++r) {
+        const auto cells = rows[static_cast<std::size_t>(r)].cells();
+        for (int c = 0; c < 8; ++c)
+            m_grid->setItem(r, c, new QTableWidgetItem(toQt(cells[static_cast<std::size_t>(c)])));
+    }
+    m_grid->setSortingEnabled(true);
+    m_loaded = true;
+}
+
+frmMain::frmMain(AppContext& ctx, QWidget* parent) : QDialog(parent), m_ctx(ctx) {
+    setObjectName("frmMain");
+    setWindowTitle(tr("Search For Assets Details"));
+    m_asset = new QLineEdit;
+    m_asset->setObjectName("txtAsset");
+    m_path = new QLineEdit(toQt(ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets").string()));
+    m_path->setObjectName("txtPath");
+    m_files = new QListWidget;
+    m_files->setObjectName("lstFiles");
+    m_scan = new QPushButton(tr("Scan"));
+    m_scan->setObjectName("cmdScan");
+    connect(m_scan, &QPushButton::clicked, this, &frmMain::cmdScan_Click);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_asset);
+    layout->addWidget(m_path);
+    layout->addWidget(m_scan);
+    layout->addWidget(m_files, 1);
+}
+
+void frmMain::cmdScan_Click() {
+    // The one button is Scan and, while a scan runs, Stop.
+    if (m_running) {
+        m_stop = true;
+        return;
+    }
+    m_running = true;
+    m_stop = false;
+    m_scan->setText(tr("Stop"));
+    m_files->clear();
+    const auto found = assets::searchAssetDetails(fromQt(m_path->text()), fromQt(m_asset->text()),
+                                                  [] { QApplication::processEvents(); }, m_stop);
+    for (const auto& d : found)
+        m_files->addItem(toQt(d.provider + ", " + d.product + ", " + d.path + ", " + d.name + ", " + d.category));
+    m_scan->setText(tr("Scan"));
+    m_running = false;
+}
+
+} // namespace velmora::ui
