@@ -266,8 +266,10 @@ private slots:
         // About 8 MB of XML: above the size that loads at once.
         std::string xml = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
                           "<cBlueprintLoader xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\" d:version=\"1.0\">\r\n";
+        // Numbers rather than names: a document holds at most 65,535 distinct strings.
         for (int i = 0; i < 160000; ++i)
-            xml += "\t<Name d:type=\"cDeltaString\">value number " + std::to_string(i) + "</Name>\r\n";
+            xml += "\t<Name d:type=\"cDeltaString\">value number " + std::to_string(i % 1000) +
+                   "</Name>\r\n\t<Count d:type=\"sUInt32\">" + std::to_string(i) + "</Count>\r\n";
         xml += "</cBlueprintLoader>\r\n";
         std::string bin;
         QVERIFY(serz::encode(xml, bin).ok);
@@ -279,7 +281,7 @@ private slots:
         editor->mnuOpenRS_Click();
         QVERIFY(loaded.count() == 1 || loaded.wait(60000));
         QVERIFY(editor->textView()->toPlainText().endsWith("</cBlueprintLoader>\n"));
-        QVERIFY(editor->textView()->toPlainText().contains("value number 159999"));
+        QVERIFY(editor->textView()->toPlainText().contains("<Count d:type=\"sUInt32\">159999</Count>"));
         QVERIFY(!editor->edited());
     }
 
