@@ -14,6 +14,7 @@
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QFontMetricsF>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -245,6 +246,8 @@ QWidget* frmEditor::buildTextTab() {
     mono.setPointSize(11);
     m_text->setFont(mono);
     m_text2->setFont(mono);
+    for (QPlainTextEdit* view : {m_text, m_text2})
+        view->setTabStopDistance(4 * QFontMetricsF(mono).horizontalAdvance(' '));
     connect(m_text, &QPlainTextEdit::textChanged, this, [this] {
         if (!m_loading && m_path->text().endsWith(QLatin1String("bin")))
             m_edited = true;

@@ -357,9 +357,13 @@ void frmEditor::setHighlight(bool on) {
             m_ctx.ui().message("No text selected", Icon::Information);
             return;
         }
+        // Coloured at once rather than on the next turn of the event loop.
         m_highlighter = new XmlHighlighter(m_text->document());
-        if (m_secondView)
+        m_highlighter->rehighlight();
+        if (m_secondView) {
             m_highlighter2 = new XmlHighlighter(m_text2->document());
+            m_highlighter2->rehighlight();
+        }
     } else {
         delete m_highlighter;
         delete m_highlighter2;
