@@ -367,6 +367,7 @@ bool Decoder::token() {
 }
 
 Status Decoder::run() {
+    m_out.clear();
     if (m_in.size() < 8 || std::memcmp(m_in.data(), kHeader, 8) != 0)
         return Status{false, "not a simulator document: the header is not SERZ 00 00 01 00", 0, 0};
     m_pos = 8;

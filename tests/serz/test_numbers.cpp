@@ -1,0 +1,72 @@
+#include "numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+using namespace serz;
+
+namespace {
+std::string g(double v, int digits = 3) {
+    std::string s;
+    appendFloatG(s, v, digits);
+    return s;
+}
+std::string f7(double v) {
+    std::string s;
+    appendFloatFixed7(s, v);
+    return s;
+}
+} // namespace
+
+TEST(FloatText, PrintfGWithTiesAwayFromZero) {
+    EXPECT_EQ(g(0), "0");
+    EXPECT_EQ(g(-0.0), "-0");
+    EXPECT_EQ(g(-1), "-1");
+    EXPECT_EQ(g(static_cast<float>(514.399)), "514.399");
+    EXPECT_EQ(g(static_cast<float>(0.000358953)), "0.000358953");
+    EXPECT_EQ(g(5769010.0), "5.76901e+006");
+    EXPECT_EQ(g(5769010.0, 2), "5.76901e+06");
+    EXPECT_EQ(g(std::numeric_limits<float>::max()), "3.40282e+038");
+    EXPECT_EQ(g(std::numeric_limits<float>::denorm_min()), "1.4013e-045");
+    EXPECT_EQ(g(123456.0), "123456");
+    EXPECT_EQ(g(1234567.0), "1.23457e+006");
+    EXPECT_EQ(g(0.0001), "0.0001");
+    EXPECT_EQ(g(0.00001), "1e-005");
+    EXPECT_EQ(g(100.0), "100");
+    // Exact decimal ties round away from zero, unlike the C library on Linux.
+    EXPECT_EQ(g(1.015625), "1.01563");
+    EXPECT_EQ(g(-1.015625), "-1.01563");
+    EXPECT_EQ(g(725.5625), "725.563");
+    EXPECT_EQ(g(999999.5), "1e+006");
+    // Near a tie but not on it: the nearest.
+    EXPECT_EQ(g(static_cast<float>(1.0156249)), "1.01562");
+}
+
+TEST(FloatText, ArrayElementsWithSevenDecimals) {
+    EXPECT_EQ(f7(static_cast<float>(-0.0238218)), "-0.0238218");
+    EXPECT_EQ(f7(1.0), "1.0000000");
+    EXPECT_EQ(f7(-0.0), "-0.0000000");
+    EXPECT_EQ(f7(-1e-9), "-0.0000000");
+    EXPECT_EQ(f7(0.00000005), "0.0000001") << "a tie at the eighth decimal, exactly representable or not";
+}
+
+TEST(FloatText, AltEncodingIsTheDoublesBytes) {
+    std::string s;
+    appendAltEncoding(s, 1.0);
+    EXPECT_EQ(s, "000000000000F03F");
+    s.clear();
+    appendAltEncoding(s, static_cast<float>(14.7));
+    EXPECT_EQ(s, "0000006066662D40");
+    s.clear();
+    appendAltEncoding(s, -0.0);
+    EXPECT_EQ(s, "0000000000000080");
+    EXPECT_EQ(*parseAltEncoding("0000000000405E40"), 121.0);
+    EXPECT_FALSE(parseAltEncoding("0000000000405E4"));
+    EXPECT_FALSE(parseAltEncoding("000000000040XE40"));
+    EXPECT_EQ(*parseDouble(" 1e-005 "), 1e-5);
+    EXPECT_TRUE(std::isinf(*parseDouble("1e999")));
+    EXPECT_FALSE(parseDouble("1.2.3"));
+}
