@@ -1,0 +1,60 @@
+// velmora-serz as a program: the converter's switches, the file it writes, its exit code.
+
+#include "testfiles.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+using namespace serztest;
+
+namespace {
+
+class SerzProgram : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_dir = fs::temp_directory_path() / ("velmora-serzcli-" + std::to_string(::getpid()));
+        fs::remove_all(m_dir);
+        fs::create_directories(m_dir);
+    }
+    void TearDown() override { fs::remove_all(m_dir); }
+    int run(const std::string& args) {
+        const std::string cmd = std::string(VELMORA_SERZ) + " " + args + " > " + (m_dir / "out.txt").string();
+        const int status = std::system(cmd.c_str());
+        m_output = slurp(m_dir / "out.txt");
+        return WEXITSTATUS(status);
+    }
+    std::string path(const std::string& name) const { return (m_dir / name).string(); }
+    fs::path m_dir;
+    std::string m_output;
+};
+
+} // namespace
+
+TEST_F(SerzProgram, SwitchesAndTheConvertersWords) {
+    SKIP_WITHOUT_TESTDATA();
+    fs::copy_file(testdata("routeproperties.bin"), path("rp.bin"));
+    ASSERT_EQ(run(path("rp.bin") + " /xml:" + path("rp.xml") + " --lf"), 0);
+    EXPECT_NE(m_output.find("Converting "), std::string::npos);
+    EXPECT_NE(m_output.find("Conversion complete"), std::string::npos);
+    EXPECT_EQ(slurp(path("rp.xml")), slurp(testdata("routeproperties.serz.xml")));
+    ASSERT_EQ(run(path("rp.xml") + " bin:" + path("back.bin")), 0);
+    EXPECT_EQ(slurp(path("back.bin")), slurp(testdata("routeproperties.bin")));
+    // No switch: beside the input, the other kind by the extension.
+    fs::copy_file(testdata("bogie_audio_control.proxybin"), path("a.proxybin"));
+    ASSERT_EQ(run(path("a.proxybin")), 0);
+    EXPECT_TRUE(fs::exists(path("a.proxyxml")));
+}
+
+TEST_F(SerzProgram, FailureLeavesNoOutputAndSaysWhy) {
+    std::ofstream(path("bad.bin")) << "not a document";
+    std::ofstream(path("old.xml")) << "an old output";
+    EXPECT_EQ(run(path("bad.bin") + " /xml:" + path("old.xml")), 1);
+    EXPECT_FALSE(fs::exists(path("old.xml"))) << "an old output must not pass for a new one";
+    EXPECT_NE(m_output.find("header"), std::string::npos);
+    EXPECT_EQ(run(path("missing.bin") + " /xml:" + path("x.xml")), 1);
+    EXPECT_NE(m_output.find("cannot be read"), std::string::npos);
+    EXPECT_EQ(run(path("bad.bin") + " /pdf:" + path("x.pdf")), 2);
+}
