@@ -1,5 +1,6 @@
 #include "numbers.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -8,52 +9,65 @@ namespace serz {
 
 namespace {
 
-// Digits of |v| rounded to `significant` digits, exact decimal ties away from zero; the
-// decimal exponent of the first digit. to_chars rounds to even on a tie; a tie is seen as
-// the one-digit-longer form being exactly the value, ending in 5.
-void roundSignificant(double v, int significant, std::string& digits, int& exponent) {
-    char buf[64];
-    const double a = std::fabs(v);
-    auto r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::scientific, significant - 1);
-    std::string_view s(buf, static_cast<std::size_t>(r.ptr - buf));
-    char longer[64];
-    auto l = std::to_chars(longer, longer + sizeof longer, a, std::chars_format::scientific, significant);
-    std::string_view ls(longer, static_cast<std::size_t>(l.ptr - longer));
-    // ls: d.ddddd(d)e±xx with `significant` digits after the point: the digit past the kept ones.
-    const std::size_t ePos = ls.find('e');
-    const bool tie = ePos != std::string_view::npos && ls[ePos - 1] == '5' && [&] {
-        double back = 0;
-        std::from_chars(longer, longer + (l.ptr - longer), back);
-        return back == a;
-    }();
-    if (tie) {
-        // Keep the first `significant` digits of the longer form and round them up.
-        std::string d;
-        d += ls[0];
-        d.append(ls.substr(2, ePos - 3));
-        int e = std::atoi(std::string(ls.substr(ePos + 1)).c_str());
-        int i = static_cast<int>(d.size()) - 1;
-        while (i >= 0 && d[static_cast<std::size_t>(i)] == '9') {
-            d[static_cast<std::size_t>(i)] = '0';
-            --i;
+// Adds one unit in the last place of a digit string (dots passed over); true when the carry
+// ran off the front, so a leading 1 is needed.
+bool roundUp(char* first, char* last) {
+    for (char* p = last; p >= first; --p) {
+        if (*p == '.')
+            continue;
+        if (*p == '9') {
+            *p = '0';
+            continue;
         }
-        if (i < 0) {
-            d.insert(d.begin(), '1');
-            d.pop_back();
-            ++e;
-        } else {
-            ++d[static_cast<std::size_t>(i)];
-        }
-        digits = d;
-        exponent = e;
-        return;
+        ++*p;
+        return false;
     }
-    // s: d.ddddde±xx with significant-1 digits after the point.
-    const std::size_t e = s.find('e');
-    digits.assign(1, s[0]);
-    if (significant > 1)
-        digits.append(s.substr(2, e - 2));
-    exponent = std::atoi(std::string(s.substr(e + 1)).c_str());
+    return true;
+}
+
+// `text` is |v| printed with one digit more than wanted, correctly rounded. Unless that digit
+// is a 5, rounding the text by its last digit gives the correctly rounded shorter form; a 5
+// may be an exact decimal tie (which goes away from zero) or come from rounding (then the
+// shorter form is printed afresh). Returns false when the caller must print afresh.
+// `textEnd` ends the whole printed number (an exponent may follow the digits).
+bool dropLastDigit(char* first, char*& last, const char* textEnd, double a, bool& carry) {
+    const char d = last[-1];
+    carry = false;
+    if (d == '5') {
+        double back = 0;
+        std::from_chars(first, textEnd, back);
+        if (back != a)
+            return false;
+    }
+    --last;
+    if (d >= '5')
+        carry = roundUp(first, last - 1);
+    return true;
+}
+
+// Digits of |v| rounded to six significant digits, exact decimal ties away from zero, and
+// the decimal exponent of the first digit.
+void roundSix(double a, char* digits, int& count, int& exponent) {
+    char buf[48];
+    auto r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::scientific, 6);
+    char* e = std::find(buf, r.ptr, 'e');
+    std::from_chars(e + 1 + (e[1] == '+'), r.ptr, exponent);
+    char* last = e;
+    bool carry = false;
+    if (!dropLastDigit(buf, last, r.ptr, a, carry)) {
+        r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::scientific, 5);
+        e = std::find(buf, r.ptr, 'e');
+        std::from_chars(e + 1 + (e[1] == '+'), r.ptr, exponent);
+        last = e;
+    }
+    count = 0;
+    if (carry) {
+        digits[count++] = '1';
+        ++exponent;
+    }
+    for (char* p = buf; p < last && count < 6; ++p)
+        if (*p != '.')
+            digits[count++] = *p;
 }
 
 } // namespace
@@ -100,17 +114,18 @@ void appendFloatG(std::string& out, double v, int exponentDigits) {
         out += '0';
         return;
     }
-    std::string digits;
-    int exponent = 0;
-    roundSignificant(v, 6, digits, exponent);
+    char buf[8];
+    int count = 0, exponent = 0;
+    roundSix(std::fabs(v), buf, count, exponent);
     // Trailing zeros go, as "%g" drops them.
-    while (digits.size() > 1 && digits.back() == '0')
-        digits.pop_back();
+    while (count > 1 && buf[count - 1] == '0')
+        --count;
+    const std::string_view digits(buf, static_cast<std::size_t>(count));
     if (exponent < -4 || exponent >= 6) {
         out += digits[0];
         if (digits.size() > 1) {
             out += '.';
-            out.append(digits, 1, std::string::npos);
+            out.append(digits.substr(1));
         }
         out += 'e';
         out += exponent < 0 ? '-' : '+';
@@ -132,9 +147,9 @@ void appendFloatG(std::string& out, double v, int exponentDigits) {
         out.append(intDigits - digits.size(), '0');
         return;
     }
-    out.append(digits, 0, intDigits);
+    out.append(digits.substr(0, intDigits));
     out += '.';
-    out.append(digits, intDigits, std::string::npos);
+    out.append(digits.substr(intDigits));
 }
 
 void appendFloatFixed7(std::string& out, double v) {
@@ -144,36 +159,18 @@ void appendFloatFixed7(std::string& out, double v) {
     }
     char buf[400];
     const double a = std::fabs(v);
-    auto r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::fixed, 7);
-    std::string s(buf, r.ptr);
-    // An exact tie at the eighth decimal rounds away from zero.
-    char longer[400];
-    auto l = std::to_chars(longer, longer + sizeof longer, a, std::chars_format::fixed, 8);
-    if (l.ptr[-1] == '5') {
-        double back = 0;
-        std::from_chars(longer, l.ptr, back);
-        if (back == a) {
-            std::string d(longer, l.ptr - 1); // drop the 5
-            int i = static_cast<int>(d.size()) - 1;
-            for (; i >= 0; --i) {
-                char& c = d[static_cast<std::size_t>(i)];
-                if (c == '.')
-                    continue;
-                if (c == '9') {
-                    c = '0';
-                    continue;
-                }
-                ++c;
-                break;
-            }
-            if (i < 0)
-                d.insert(d.begin(), '1');
-            s = d;
-        }
+    auto r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::fixed, 8);
+    char* last = r.ptr;
+    bool carry = false;
+    if (!dropLastDigit(buf, last, r.ptr, a, carry)) {
+        r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::fixed, 7);
+        last = r.ptr;
     }
     if (std::signbit(v))
         out += '-';
-    out += s;
+    if (carry)
+        out += '1';
+    out.append(buf, last);
 }
 
 void appendAltEncoding(std::string& out, double v) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 
@@ -69,4 +70,44 @@ TEST(FloatText, AltEncodingIsTheDoublesBytes) {
     EXPECT_EQ(*parseDouble(" 1e-005 "), 1e-5);
     EXPECT_TRUE(std::isinf(*parseDouble("1e999")));
     EXPECT_FALSE(parseDouble("1.2.3"));
+}
+
+// Away from exact ties the converter's "%g" and "%.7f" are the C library's: compare the two over
+// many floats of every magnitude, the ties themselves being checked above.
+TEST(FloatText, AgreesWithTheCLibraryAwayFromTies) {
+    std::uint32_t state = 12345;
+    auto next = [&] {
+        state ^= state << 13;
+        state ^= state >> 17;
+        state ^= state << 5;
+        return state;
+    };
+    int compared = 0;
+    for (int i = 0; i < 200000; ++i) {
+        std::uint32_t bits = next();
+        float f;
+        std::memcpy(&f, &bits, 4);
+        if (!std::isfinite(f))
+            continue;
+        const double d = f;
+        char ref[512];
+        std::snprintf(ref, sizeof ref, "%.60e", std::fabs(d));
+        // An exact tie at the seventh significant digit: 5 followed by zeros only.
+        const std::string digits = std::string(ref).substr(0, std::string(ref).find('e'));
+        const bool tie = digits[7] == '5' && digits.find_first_not_of('0', 8) == std::string::npos;
+        if (tie)
+            continue;
+        std::snprintf(ref, sizeof ref, "%g", d);
+        ASSERT_EQ(g(d, 2), ref) << "bits " << bits;
+        std::snprintf(ref, sizeof ref, "%.60f", std::fabs(d));
+        const std::string fixed = ref;
+        const std::size_t eighth = fixed.find('.') + 8;
+        const bool fixedTie = fixed[eighth] == '5' && fixed.find_first_not_of('0', eighth + 1) == std::string::npos;
+        if (std::fabs(d) < 1e9 && !fixedTie) {
+            std::snprintf(ref, sizeof ref, "%.7f", d);
+            ASSERT_EQ(f7(d), ref) << "bits " << bits;
+        }
+        ++compared;
+    }
+    EXPECT_GT(compared, 190000);
 }
