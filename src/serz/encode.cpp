@@ -58,6 +58,14 @@ public:
         return true;
     }
 
+    // Text whose last character is cut short cannot be stored: a reader would run past it.
+    static bool storable(const std::string& s) {
+        std::size_t p = 0;
+        while (p < s.size())
+            p += utf8Length(static_cast<unsigned char>(s[p]));
+        return p == s.size();
+    }
+
     bool strref(const std::string& s, std::uint16_t& index) {
         const auto it = m_strings.find(s);
         if (it != m_strings.end()) {
@@ -70,10 +78,11 @@ public:
         index = static_cast<std::uint16_t>(m_strings.size());
         m_strings.emplace(s, index);
         put16(0xFFFF);
+        // Counted the way a reader walks them, so that text that is not proper UTF-8 still
+        // comes back as the same bytes.
         std::uint32_t chars = 0;
-        for (unsigned char c : s)
-            if ((c & 0xC0) != 0x80)
-                ++chars;
+        for (std::size_t p = 0; p < s.size(); p += utf8Length(static_cast<unsigned char>(s[p])))
+            ++chars;
         put32(chars);
         m_out += s;
         return true;
@@ -408,6 +417,8 @@ bool Encoder::value(const std::string& name, std::string_view type, std::string_
         std::string s;
         if (!unescape(raw, s))
             return false;
+        if (!Writer::storable(s))
+            return fail("the text of <" + name + "> ends in the middle of a UTF-8 character");
         std::uint16_t index = 0;
         if (!m_writer.strref(s, index))
             return fail("the document holds more than 65,535 strings");
@@ -521,6 +532,8 @@ bool Encoder::element() {
         return blob(attrs, raw);
     }
     const std::string name = binaryName(xmlName);
+    if (!Writer::storable(name))
+        return fail("the name <" + std::string(xmlName) + "> ends in the middle of a UTF-8 character");
     const auto type = attribute(attrs, "d:type");
     const bool isArray = attribute(attrs, "d:numElements").has_value();
     bool leafText = false;
