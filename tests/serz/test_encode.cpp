@@ -1,4 +1,6 @@
 #include "numbers.h"
+
+#include <algorithm>
 #include "serz/serz.h"
 #include "testfiles.h"
 
@@ -137,4 +139,57 @@ TEST(Encode, EveryTruncationOfARealDocumentFailsOrIsWellFormed) {
         ASSERT_FALSE(encode(std::string_view(xml).substr(0, n), bin).ok) << n;
         ASSERT_TRUE(bin.empty());
     }
+}
+
+// A generated corpus: every value type with edge values, arrays, references, nils, blobs and
+// 1,200 element names, so the template ring wraps several times. XML -> binary -> XML must give
+// the same text, and the binary written again must be the same bytes.
+TEST(Encode, GeneratedCorpusRoundTrips) {
+    std::string xml = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+                      "<cCorpus xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\" d:version=\"1.0\" d:id=\"-77\">\r\n";
+    auto line = [&](const std::string& s) { xml += "\t" + s + "\r\n"; };
+    const char* values[][2] = {{"bool", "0"}, {"bool", "1"}, {"sInt8", "-128"}, {"sUInt8", "255"},
+                               {"sInt16", "-32768"}, {"sUInt16", "65535"}, {"sInt32", "-2147483648"},
+                               {"sUInt32", "4294967295"}, {"sInt64", "-9223372036854775808"},
+                               {"sUInt64", "18446744073709551615"}};
+    for (const auto& v : values)
+        line(std::string("<v d:type=\"") + v[0] + "\">" + v[1] + "</v>");
+    for (double f : {0.0, -0.0, 1.5, -2.25e-30, 3.4028234663852886e38, 1.015625, 725.5625}) {
+        std::string alt, text;
+        serz::appendAltEncoding(alt, static_cast<float>(f));
+        serz::appendFloatG(text, static_cast<float>(f), 3);
+        line("<f d:type=\"sFloat32\" d:alt_encoding=\"" + alt + "\" d:precision=\"string\">" + text + "</f>");
+        alt.clear();
+        text.clear();
+        serz::appendAltEncoding(alt, f * 3.3);
+        serz::appendFloatG(text, f * 3.3, 3);
+        line("<g d:type=\"sFloat64\" d:alt_encoding=\"" + alt + "\" d:precision=\"string\">" + text + "</g>");
+    }
+    line("<m d:numElements=\"16\" d:elementType=\"sFloat32\" d:precision=\"string\">1.0000000 0.0000000 0.0000000 "
+         "0.0000000 0.0000000 1.0000000 0.0000000 0.0000000 0.0000000 0.0000000 1.0000000 0.0000000 12.5000000 "
+         "-3.2500000 0.1250000 1.0000000</m>");
+    line("<r d:type=\"ref\">-123456</r>");
+    line("<d:nil/>");
+    line("<d:blob d:size=\"40\">0001020304050607 08090A0B0C0D0E0F 1011121314151617 18191A1B1C1D1E1F\r\n2021222324252627</d:blob>");
+    line("<d:blob d:size=\"0\"></d:blob>");
+    line("<s d:type=\"cDeltaString\">Gr\xC3\xBCn &amp; \xEF\xBF\xA9 &apos;q&quot; \x01</s>");
+    for (int i = 0; i < 1200; ++i) {
+        // An id of 0 is no id, and is not written.
+        line("<Net-cItem" + std::to_string(i) + (i == 600 ? std::string() : " d:id=\"" + std::to_string(i - 600) + "\"") + ">");
+        line("\t<x" + std::to_string(i % 700) + " d:type=\"sInt32\">" + std::to_string(i) + "</x" + std::to_string(i % 700) + ">");
+        line("\t<Empty/>");
+        line("</Net-cItem" + std::to_string(i) + ">");
+    }
+    xml += "</cCorpus>\r\n";
+
+    std::string bin, back, again;
+    const Status s = encode(xml, bin);
+    ASSERT_TRUE(s.ok) << s.message;
+    ASSERT_TRUE(decode(bin, back).ok);
+    const auto diff = std::mismatch(back.begin(), back.end(), xml.begin(), xml.end());
+    EXPECT_TRUE(back == xml) << "first difference at " << (diff.first - back.begin()) << ": "
+                             << back.substr(static_cast<std::size_t>(diff.first - back.begin()) - 40, 80) << " | expected "
+                             << xml.substr(static_cast<std::size_t>(diff.first - back.begin()) - 40, 80);
+    ASSERT_TRUE(encode(back, again).ok);
+    EXPECT_TRUE(again == bin);
 }
