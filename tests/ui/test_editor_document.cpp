@@ -6,6 +6,7 @@
 #include "serz/serz.h"
 #include "velmora/core/document.h"
 #include "velmora/core/userinterface.h"
+#include "velmora/demo/demoinstall.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -130,6 +131,29 @@ private slots:
         editor->mnuSaveRS_Click();
         QCOMPARE(readAll(doc.string() + ".bak"), original);
         QVERIFY(fs::exists(doc.string() + ".bak1"));
+    }
+
+    void aDemoInstallBlueprintEditedAndSaved() {
+        const fs::path root = m_dir / "demo";
+        QVERIFY(demo::generateDemoInstall(root, {}).ok);
+        const fs::path loco = root / "Assets/DemoRail/Class66Pack/RailVehicles/Diesel/Class66/Engine/Class66_EWS.bin";
+        const std::string original = readAll(loco);
+        auto editor = open();
+        m_ui->pushPath(loco);
+        editor->mnuOpenRS_Click();
+        QVERIFY(editor->textView()->toPlainText().contains("<Name d:type=\"cDeltaString\">DemoRail Class 66 EWS</Name>"));
+        // The edit a reskinner makes: the display name.
+        QTextCursor c = editor->textView()->document()->find("DemoRail Class 66 EWS</Name>");
+        QVERIFY(!c.isNull());
+        c.insertText("DemoRail Class 66 Weathered</Name>");
+        QVERIFY(editor->edited());
+        editor->mnuSaveRS_Click();
+        QVERIFY(editor->saved());
+        QCOMPARE(readAll(loco.string() + ".bak"), original);
+        std::string xml;
+        QVERIFY(serz::decode(readAll(loco), xml).ok);
+        QVERIFY(xml.find("<Name d:type=\"cDeltaString\">DemoRail Class 66 Weathered</Name>") != std::string::npos);
+        QVERIFY(xml.find("<English d:type=\"cDeltaString\">DemoRail Class 66 EWS</English>") != std::string::npos);
     }
 
     void aDocumentTheCodecRefusesShowsWhyAndChangesNothing() {
