@@ -1,6 +1,7 @@
 #include "frmassets.h"
 
 #include "../common/desktopui.h"
+#include "assetgridview.h"
 #include "velmora/assets/assetlist.h"
 #include "velmora/assets/listcommands.h"
 #include "velmora/core/convert.h"
@@ -187,19 +188,7 @@ void frmAssets::buildWidgets() {
         hideLayout->addWidget(box);
     }
 
-    m_grid = new QTableWidget(0, 8);
-    m_grid->setObjectName("VSFG1");
-    QStringList headers;
-    for (const auto& c : assets::assetColumns())
-        headers << toQt(c);
-    m_grid->setHorizontalHeaderLabels(headers);
-    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    // Rows stay in the order they were added until the user sorts by a column.
-    m_grid->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
-    m_grid->setSortingEnabled(true);
-    m_grid->horizontalHeader()->setSortIndicatorShown(true);
+    m_grid = makeAssetGrid();
     m_grid->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_grid, &QWidget::customContextMenuRequested, this, [this] { copySelectionToClipboard(); });
     connect(m_grid, &QTableWidget::cellClicked, this, [this](int row, int) { showRowPicture(row); });
@@ -307,16 +296,7 @@ void frmAssets::hideChildControls() {
 }
 
 void frmAssets::appendRows(const std::vector<assets::AssetRow>& rows) {
-    m_grid->setSortingEnabled(false);
-    int r = m_grid->rowCount();
-    m_grid->setRowCount(r + static_cast<int>(rows.size()));
-    for (const auto& row : rows) {
-        const auto cells = row.cells();
-        for (int c = 0; c < 8; ++c)
-            m_grid->setItem(r, c, new QTableWidgetItem(toQt(cells[static_cast<std::size_t>(c)])));
-        ++r;
-    }
-    m_grid->setSortingEnabled(true);
+    appendAssetRows(m_grid, rows);
     updateCounts();
 }
 

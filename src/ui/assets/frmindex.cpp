@@ -1,6 +1,7 @@
 #include "frmindex.h"
 
 #include "../common/desktopui.h"
+#include "assetgridview.h"
 #include "velmora/assets/assetgrid.h"
 #include "velmora/assets/listcommands.h"
 #include "velmora/core/services.h"
@@ -19,15 +20,7 @@ frmIndex::frmIndex(AppContext& ctx, QWidget* parent) : QDialog(parent) {
     setObjectName("frmIndex");
     setWindowTitle(tr("Rolling-stock index"));
     resize(900, 600);
-    m_grid = new QTableWidget(0, 8);
-    m_grid->setObjectName("VSFG1");
-    QStringList headers;
-    for (const auto& c : assets::assetColumns())
-        headers << toQt(c);
-    m_grid->setHorizontalHeaderLabels(headers);
-    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_grid = makeAssetGrid();
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_grid);
 
@@ -37,13 +30,7 @@ frmIndex::frmIndex(AppContext& ctx, QWidget* parent) : QDialog(parent) {
         ctx.ui().message("You do not appear to have generated an Index.csv file.");
         return;
     }
-    m_grid->setRowCount(static_cast<int>(rows.size()));
-    for (int r = 0; r < static_cast<int>(rows.size()); ++r) {
-        const auto cells = rows[static_cast<std::size_t>(r)].cells();
-        for (int c = 0; c < 8; ++c)
-            m_grid->setItem(r, c, new QTableWidgetItem(toQt(cells[static_cast<std::size_t>(c)])));
-    }
-    m_grid->setSortingEnabled(true);
+    appendAssetRows(m_grid, rows);
     m_loaded = true;
 }
 
