@@ -3,6 +3,7 @@
 #include "session.h"
 
 #include "velmora/assets/assetlist.h"
+#include "velmora/assets/checks.h"
 #include "velmora/core/services.h"
 
 #include <algorithm>
@@ -176,6 +177,86 @@ int cmdAssetsIndex(Session& s) {
     return Success;
 }
 
+// The blueprints named on the command line as grid rows; false after saying which is wrong.
+bool rowsFromPaths(Session& s, const std::vector<std::string>& paths, std::vector<assets::AssetRow>& rows) {
+    const fs::path assetsFolder = s.ctx.resolver.resolveForWrite(s.ctx.railWorks(), "Assets");
+    for (const auto& p : paths) {
+        assets::AssetRow row;
+        if (!assets::rowForBlueprint(p, assetsFolder, row)) {
+            s.fail(p + ": not a blueprint below " + assetsFolder.string());
+            return false;
+        }
+        row.name = row.path;
+        rows.push_back(row);
+    }
+    return true;
+}
+
+std::string reportAsCsv(const assets::Report& r) {
+    std::string out = "File,Missing\n";
+    for (const auto& l : r.lines)
+        if (!l.path.empty())
+            out += "\"" + l.path + "\"," + (l.missing ? "yes" : "no") + "\n";
+    return out;
+}
+
+std::string reportAsJson(const assets::Report& r) {
+    std::string out = "[\n";
+    bool first = true;
+    for (const auto& l : r.lines) {
+        if (l.path.empty())
+            continue;
+        out += std::string(first ? "" : ",\n") + "  {\"file\": " + jsonString(l.path) + ", \"missing\": " +
+               (l.missing ? "true" : "false") + ", \"line\": " + jsonString(l.text) + "}";
+        first = false;
+    }
+    return out + "\n]\n";
+}
+
+int printReport(Session& s, const Arguments& a, const assets::Report& r) {
+    if (a.has("--json"))
+        s.out << reportAsJson(r);
+    else if (a.has("--csv"))
+        s.out << reportAsCsv(r);
+    else
+        s.out << r.text();
+    return r.anyMissing() ? ProblemsFound : Success;
+}
+
+// The blueprints a check command names, after the root is known; false after saying why.
+bool checkedRows(Session& s, Arguments& a, std::vector<assets::AssetRow>& rows) {
+    a = parseArguments(s.g.rest, {}, {"--json", "--csv"});
+    if (!a.problem.empty() || a.plain.empty()) {
+        s.fail(a.problem.empty() ? "needs the blueprint (.bin) to look at" : a.problem);
+        return false;
+    }
+    s.start();
+    return s.requireRoot() && rowsFromPaths(s, a.plain, rows);
+}
+
+// Check Loco for missing files: the report, then the textures the shapes miss.
+int cmdCheckLoco(Session& s) {
+    Arguments a;
+    std::vector<assets::AssetRow> rows;
+    if (!checkedRows(s, a, rows))
+        return Error;
+    assets::AssetChecks checks(s.ctx);
+    checks.currentFile = s.ctx.currentFile;
+    assets::Report report = checks.checkLoco(rows);
+    report.lines.insert(report.lines.end(), checks.fileList.lines.begin(), checks.fileList.lines.end());
+    return printReport(s, a, report);
+}
+
+// The file list of blueprints: every file each one uses, missing ones marked.
+int cmdFilesUsed(Session& s) {
+    Arguments a;
+    std::vector<assets::AssetRow> rows;
+    if (!checkedRows(s, a, rows))
+        return Error;
+    assets::AssetChecks checks(s.ctx);
+    return printReport(s, a, checks.getAssetBits(rows));
+}
+
 } // namespace
 
 std::vector<Command> assetCommands() {
@@ -186,6 +267,9 @@ std::vector<Command> assetCommands() {
          "the asset list (to FILE as .csv, .txt, .xls or .json)", cmdAssetsList},
         {"assets index", "[--exclude-preload] [--threads N]", "the rolling-stock index Reports/Index.csv",
          cmdAssetsIndex},
+        {"assets check-loco", "PATH... [--json|--csv]", "what a vehicle needs that is missing (exit 1 if anything)",
+         cmdCheckLoco},
+        {"assets files-used", "PATH... [--json|--csv]", "every file blueprints use, missing ones marked", cmdFilesUsed},
     };
 }
 

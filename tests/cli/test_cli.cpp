@@ -14,7 +14,8 @@
 //
 // Placeholders: {home} a fresh program folder, {tree} a small hand-made install,
 // {new} a folder that does not exist yet, {missing} a path that never exists,
-// {work} an empty scratch folder, {testdata} the real simulator documents shipped for tests.
+// {work} an empty scratch folder, {testdata} the real simulator documents shipped for tests,
+// {demo} a demo install generated for the case.
 
 #include "cli.h"
 
@@ -150,8 +151,17 @@ TEST_P(CliCases, Run) {
                                                      {"{new}", (m_dir / "new").string()},
                                                      {"{missing}", (m_dir / "missing").string()},
                                                      {"{work}", (m_dir / "work").string()},
-                                                     {"{testdata}", testdata.string()}};
+                                                     {"{testdata}", testdata.string()},
+                                                     {"{demo}", (m_dir / "demo").string()}};
     Case c = readCase(GetParam(), vars);
+    // A generated demo install for the cases that work on one.
+    if (readAll(GetParam()).find("{demo}") != std::string::npos) {
+        std::ostringstream out, err;
+        ASSERT_EQ(velmora::cli::run({"--quiet", "--home", (m_dir / "home").string(), "demo-install", (m_dir / "demo").string()},
+                                    out, err),
+                  0)
+            << err.str();
+    }
     if (!fs::exists(testdata) && readAll(GetParam()).find("{testdata}") != std::string::npos)
         GTEST_SKIP() << "the shared test documents are not beside this checkout";
     fs::create_directories(m_dir / "work");

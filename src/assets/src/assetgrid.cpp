@@ -158,18 +158,9 @@ bool loadAssetList(const fs::path& file, ListForm form, std::vector<AssetRow>& r
     if (form == ListForm::Spreadsheet) {
         table = readSpreadsheet(text);
     } else if (form == ListForm::Csv || form == ListForm::Tabbed) {
-        std::size_t start = 0;
-        while (start < text.size()) {
-            std::size_t end = text.find('\n', start);
-            if (end == std::string::npos)
-                end = text.size();
-            std::string line = text.substr(start, end - start);
-            if (!line.empty() && line.back() == '\r')
-                line.pop_back();
+        for (const std::string& line : SplitLines(text))
             if (!line.empty())
                 table.push_back(split(line, form == ListForm::Csv ? ',' : '\t'));
-            start = end + 1;
-        }
     } else {
         if (error)
             *error = file.string() + ": a list is read from .csv, .txt, .tab or .xls";

@@ -1,6 +1,7 @@
 #include "velmora/assets/listcommands.h"
 
 #include "velmora/assets/assetlist.h"
+#include "velmora/assets/checks.h"
 #include "velmora/assets/scanpath.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
@@ -49,14 +50,6 @@ std::string valueAfter(const std::string& xml, std::string_view tag) {
     if (lt == std::string::npos)
         return {};
     return xml.substr(gt + 1, lt - gt - 1);
-}
-
-std::string withoutBracket(std::string value) {
-    const auto open = value.find('[');
-    const auto close = open == std::string::npos ? open : value.find(']', open);
-    if (close != std::string::npos)
-        value.erase(open, close - open + 1);
-    return value;
 }
 
 } // namespace
@@ -133,16 +126,11 @@ RowPicture rowPicture(AppContext& ctx, const AssetRow& row) {
             const std::size_t list = InStr(1, shapeXml, "<TextureByName", Match::Text);
             const std::size_t e = list ? InStr(list, shapeXml, "<e", Match::Text) : 0;
             if (e) {
-                std::string value = valueAfter(shapeXml.substr(e - 1), "<e");
-                // "[00]name": the code in brackets is not part of the name.
-                value = withoutBracket(value);
-                // Relative to the shape's folder unless it climbs out of it.
-                fs::path base = shape->parent_path();
-                while (value.rfind("..\\", 0) == 0) {
-                    value.erase(0, 3);
-                    base = base.parent_path();
-                }
-                if (auto texture = ctx.resolver.resolve(base, value + ".TgPcDx"))
+                // The texture named as the shape's texture lists name it, below Assets.
+                const fs::path assetsFolder = ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets");
+                const std::string shapeRelative = geometry + ".GeoPcDx";
+                const std::string value = texturePath(valueAfter(shapeXml.substr(e - 1), "<e"), shapeRelative);
+                if (auto texture = ctx.resolver.resolve(assetsFolder, value))
                     return {RowPicture::Source::Texture, *texture};
             }
         }

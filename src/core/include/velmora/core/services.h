@@ -25,6 +25,9 @@ bool FolderExists(const fs::path& path);
 // (little-endian unless a byte order mark says otherwise) and narrowed to Windows-1252.
 std::string ReadTextFile(const fs::path& path);
 
+// The lines of a text, without their CR LF or LF ends.
+std::vector<std::string> SplitLines(std::string_view text);
+
 // Creates or overwrites the file with the text. The new content is written beside it
 // first and then moved into place, so a failed write never leaves half a file.
 // When the result has length 0, warns "An error occurred while writing <path>" through `ui`.

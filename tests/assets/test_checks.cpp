@@ -1,0 +1,153 @@
+// The checks and files-used reports on the demo install, against its manifest of faults.
+
+#include "velmora/assets/checks.h"
+#include "velmora/core/appcontext.h"
+#include "velmora/core/userinterface.h"
+#include "velmora/demo/demoinstall.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+using namespace velmora;
+using namespace velmora::assets;
+namespace fs = std::filesystem;
+
+namespace {
+
+bool mentions(const Report& r, const std::string& what, bool missing) {
+    for (const auto& l : r.lines)
+        if (l.text.find(what) != std::string::npos && l.missing == missing)
+            return true;
+    return false;
+}
+
+std::string linesOf(const Report& r) {
+    std::string s;
+    for (const auto& l : r.lines)
+        s += (l.missing ? "[missing] " : "") + l.text + "\n";
+    return s;
+}
+
+class DemoChecks : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_dir = fs::temp_directory_path() / ("velmora-checks-" + std::to_string(::getpid()));
+        fs::remove_all(s_dir);
+        s_ok = demo::generateDemoInstall(s_dir / "rw", {}).ok;
+    }
+    static void TearDownTestSuite() { fs::remove_all(s_dir); }
+    void SetUp() override {
+        ASSERT_TRUE(s_ok);
+        m_ctx = std::make_unique<AppContext>(s_dir / "home", s_dir / "data", m_ui);
+        StartupOptions o;
+        o.railWorks = s_dir / "rw";
+        o.askForRoot = false;
+        runStartup(*m_ctx, o);
+    }
+    AssetRow row(const std::string& relative) {
+        AssetRow r;
+        EXPECT_TRUE(rowForBlueprint(relative, s_dir / "rw/Assets", r)) << relative;
+        r.name = "x";
+        return r;
+    }
+    static inline fs::path s_dir;
+    static inline bool s_ok = false;
+    ScriptedUi m_ui;
+    std::unique_ptr<AppContext> m_ctx;
+};
+
+} // namespace
+
+TEST(TexturePaths, CodesAndClimbs) {
+    const std::string shape = "DemoRail\\Pack\\Scenery\\Sheds\\Shed.GeoPcDx";
+    EXPECT_EQ(texturePath("[00]body", shape), "DemoRail\\Pack\\Scenery\\Sheds\\body.TgPcDx");
+    EXPECT_EQ(texturePath("Textures\\[0c]roof", shape), "DemoRail\\Pack\\Scenery\\Sheds\\Textures\\roof.TgPcDx");
+    EXPECT_EQ(texturePath("..\\Shared\\brick", shape), "DemoRail\\Pack\\Scenery\\Shared\\brick.TgPcDx");
+    EXPECT_EQ(texturePath("..\\..\\Shared\\brick", shape), "DemoRail\\Pack\\Shared\\brick.TgPcDx");
+    // Three or more: from where the value's first folder stands in the shape's path.
+    EXPECT_EQ(texturePath("..\\..\\..\\Scenery\\Shared\\brick", shape), "DemoRail\\Pack\\Scenery\\Shared\\brick.TgPcDx");
+    // Five levels are counted; climbing out of the tree leaves no base, and then the shape's
+    // own folder is taken.
+    EXPECT_EQ(texturePath("..\\..\\..\\..\\..\\x", shape), "DemoRail\\Pack\\Scenery\\Sheds\\x.TgPcDx");
+    EXPECT_EQ(texturePath("..\\..\\..\\Common\\x", shape), "DemoRail\\Common\\x.TgPcDx");
+    EXPECT_EQ(texturePath("TEXTURES\\a", shape), "DemoRail\\Pack\\Scenery\\Sheds\\TEXTURES\\a.TgPcDx");
+}
+
+TEST(BlueprintRows, FromFullOrRelativePaths) {
+    AssetRow r;
+    ASSERT_TRUE(rowForBlueprint("/rw/Assets/DTG/Class66/RailVehicles/a.bin", "/rw/Assets", r));
+    EXPECT_EQ(r.relativePath(), "DTG\\Class66\\RailVehicles\\a.bin");
+    ASSERT_TRUE(rowForBlueprint("DTG\\Class66\\a.bin", "/rw/Assets", r));
+    EXPECT_EQ(r.product, "Class66");
+    EXPECT_FALSE(rowForBlueprint("a.bin", "/rw/Assets", r));
+}
+
+TEST_F(DemoChecks, CheckLocoFindsEverythingOfACompleteLoco) {
+    AssetChecks checks(*m_ctx);
+    const Report r = checks.checkLoco({row("DemoRail/Class66Pack/RailVehicles/Diesel/Class66/Engine/Class66_EWS.bin")});
+    EXPECT_FALSE(r.anyMissing()) << linesOf(r);
+    EXPECT_FALSE(checks.fileList.anyMissing()) << linesOf(checks.fileList);
+    // The report says which blueprint it checked.
+    EXPECT_NE(r.text().find("Class66_EWS.bin"), std::string::npos);
+}
+
+TEST_F(DemoChecks, AScriptGivenOnlyCompiledCountsAsPresent) {
+    AssetChecks checks(*m_ctx);
+    for (const auto& e : fs::recursive_directory_iterator(s_dir / "rw/Assets/DemoRail/Class66Pack/RailVehicles/Freight/HTA")) {
+        if (e.path().extension() != ".bin" || e.path().string().find("Reskins") != std::string::npos)
+            continue;
+        const Report shown = checks.filesUsedByWagons({row(e.path().string())});
+        EXPECT_FALSE(mentions(shown, "HTA_Coal.lua", true)) << linesOf(shown);
+    }
+}
+
+TEST_F(DemoChecks, FileListsReportMissingTexturesSeasonsAndCompanions) {
+    AssetChecks checks(*m_ctx);
+    const Report r = checks.getAssetBits({row("DemoRail/Class66Pack/Scenery/Faulty/Coal_Stage.bin")});
+    EXPECT_TRUE(mentions(r, "CoalStage_Missing.TgPcDx", true)) << linesOf(r);
+    EXPECT_EQ(r.lines.back().text, "+++");
+    // The case-mismatched texture of the goods shed is found.
+    const Report shed = checks.getAssetBits({row("DemoRail/Class66Pack/Scenery/Industry/GoodsShed/Goods_Shed.bin")});
+    EXPECT_FALSE(shed.anyMissing()) << linesOf(shed);
+    // A path that climbs one folder too many names a texture that is not there.
+    const Report hut = checks.getAssetBits({row("DemoRail/Class66Pack/Scenery/Faulty/LampHut/Lamp_Hut.bin")});
+    EXPECT_TRUE(hut.anyMissing()) << linesOf(hut);
+}
+
+TEST_F(DemoChecks, AudioThroughProxiesToSoundFiles) {
+    AssetChecks checks(*m_ctx);
+    checks.currentFile = "Church_Bells.bin";
+    bool exists = false;
+    checks.GetAudio(checks.resolve("DemoRail\\Class66Pack\\Audio\\Ambient\\Church_Bells.bin", exists));
+    ASSERT_TRUE(exists);
+    EXPECT_TRUE(mentions(checks.fileList, "Church_Bells.proxyxml Called by Church_Bells.bin", true)) << linesOf(checks.fileList);
+    checks.fileList = {};
+    checks.GetAudio(checks.resolve("DemoRail\\Class66Pack\\Audio\\Ambient\\Stream.bin", exists));
+    EXPECT_TRUE(mentions(checks.fileList, "Stream2.wav", true)) << linesOf(checks.fileList);
+    EXPECT_TRUE(mentions(checks.fileList, "Stream1.wav", false)) << linesOf(checks.fileList);
+}
+
+TEST_F(DemoChecks, NamesWithApostrophesAreRepairedBeforeTheyCountAsMissing) {
+    AssetChecks checks(*m_ctx);
+    bool exists = false;
+    checks.resolve("DemoRail\\Class66Pack\\Scenery\\Buildings\\O&apos;Brien&apos;s Shed.bin", exists);
+    EXPECT_TRUE(exists);
+    checks.resolve("demorail\\CLASS66PACK\\scenery\\buildings\\o'brien's shed.BIN", exists, false);
+    EXPECT_TRUE(exists) << "letter case does not matter";
+}
+
+TEST_F(DemoChecks, PackageMissingAssetsCopiesFilesAndTheirSeasons) {
+    AssetChecks checks(*m_ctx);
+    EXPECT_NE(checks.packageMissingAssets().find("Reports\\MissingFiles.txt"), std::string::npos);
+    const Report r = checks.getAssetBits({row("DemoRail/Class66Pack/Scenery/Faulty/Coal_Stage.bin")});
+    fs::create_directories(m_ctx->reports());
+    std::ofstream(m_ctx->reports() / "MissingFiles.txt", std::ios::binary) << r.text() << "/etc/passwd\r\n";
+    int copied = 0;
+    EXPECT_EQ(checks.packageMissingAssets(&copied), "");
+    EXPECT_GT(copied, 2);
+    EXPECT_TRUE(fs::exists(m_ctx->appPath() / "NewPackage/Assets/DemoRail/Class66Pack/Scenery/Faulty/Coal_Stage.bin"));
+    EXPECT_FALSE(fs::exists(m_ctx->appPath() / "NewPackage/etc")) << "nothing outside the Assets tree";
+}
