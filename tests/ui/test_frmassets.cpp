@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QSignalSpy>
 #include <QTableWidget>
 #include <QtTest>
 
@@ -137,6 +138,22 @@ private slots:
         screen.grid()->selectRow(0);
         screen.showRowPicture(0);
         QVERIFY(screen.windowTitle().startsWith("Assets Listing "));
+
+        // Check Loco on the Class 66: its report names the loco and finds nothing missing.
+        const auto rows = screen.rows();
+        int loco = -1;
+        for (int i = 0; i < static_cast<int>(rows.size()); ++i)
+            if (rows[static_cast<std::size_t>(i)].path.find("Class66_EWS.bin") != std::string::npos)
+                loco = i;
+        QVERIFY(loco >= 0);
+        screen.grid()->clearSelection();
+        screen.grid()->selectRow(loco);
+        QSignalSpy shown(&screen, &ui::frmAssets::reportShown);
+        screen.action("mnuCheckLoco")->trigger();
+        QCOMPARE(shown.count(), 1);
+        const QString report = shown.at(0).at(0).toString();
+        QVERIFY(report.contains("Class66_EWS.bin"));
+        QVERIFY(!screen.action("mnuWhere")->isEnabled());
     }
 };
 

@@ -1,6 +1,7 @@
 #include "frmassets.h"
 
 #include "../common/desktopui.h"
+#include "../common/frmreport.h"
 #include "assetgridview.h"
 #include "velmora/assets/assetlist.h"
 #include "velmora/assets/listcommands.h"
@@ -58,7 +59,7 @@ QImage pictureOf(const assets::RowPicture& p) {
 
 } // namespace
 
-frmAssets::frmAssets(AppContext& ctx, QWidget* parent) : QMainWindow(parent), m_ctx(ctx) {
+frmAssets::frmAssets(AppContext& ctx, QWidget* parent) : QMainWindow(parent), m_ctx(ctx), m_checks(ctx) {
     setObjectName("frmAssets");
     setWindowTitle(tr("Build List of Assets"));
     setAttribute(Qt::WA_DeleteOnClose, false);
@@ -169,14 +170,18 @@ void frmAssets::buildWidgets() {
         commands->addWidget(button, i / 4, i % 4);
         ++i;
     }
-    // Commands whose tools come with the checks and the cloning screens: present, not yet live.
-    for (const auto& [name, caption] : {std::pair{"Command17", "Rename Selected Asset"},
-                                        std::pair{"Command19", "Process Missing Assets File"},
-                                        std::pair{"Command21", "Package Missing Assets"}}) {
-        QPushButton* button = commandButton(name, tr(caption));
-        button->setEnabled(false);
-        commands->addWidget(button, i / 4, i % 4);
-        ++i;
+    {
+        QPushButton* process = commandButton("Command19", tr("Process Missing Assets File"));
+        QPushButton* package = commandButton("Command21", tr("Package Missing Assets"));
+        connect(process, &QPushButton::clicked, this, &frmAssets::Command19_Click);
+        connect(package, &QPushButton::clicked, this, &frmAssets::Command21_Click);
+        // Renaming comes with the cloning tools: present, not yet live.
+        QPushButton* rename = commandButton("Command17", tr("Rename Selected Asset"));
+        rename->setEnabled(false);
+        for (QPushButton* b : {rename, process, package}) {
+            commands->addWidget(b, i / 4, i % 4);
+            ++i;
+        }
     }
 
     auto* hide = new QGroupBox(tr("Hide Columns"));
@@ -240,22 +245,29 @@ void frmAssets::buildWidgets() {
     layout->addWidget(split, 1);
     layout->addLayout(counts);
 
-    m_checks = menuBar()->addMenu(tr("Check Assets"));
-    m_checks->setObjectName("mnuCheckStock");
+    m_checkMenu = menuBar()->addMenu(tr("Check Assets"));
+    m_checkMenu->setObjectName("mnuCheckStock");
     for (const auto& [name, caption] :
          {std::pair{"mnuCheckLoco", "Check Loco for missing files"}, std::pair{"mnuShowFiles", "Show Files Used by Locos"},
           std::pair{"mnuWag", "Show Files Used by Wagons"}, std::pair{"mnuSFA", "Show files used by Asset"},
           std::pair{"mnuLoft", "Show files used by Lofts"}, std::pair{"mnuWhere", "Where is it used?"},
           std::pair{"mnuInScene", "Use in Scenarios"}}) {
-        QAction* a = m_checks->addAction(tr(caption));
+        QAction* a = m_checkMenu->addAction(tr(caption));
         a->setObjectName(name);
-        a->setEnabled(false);
     }
+    const std::pair<const char*, void (frmAssets::*)()> wired[] = {
+        {"mnuCheckLoco", &frmAssets::mnuCheckLoco_Click}, {"mnuShowFiles", &frmAssets::mnuShowFiles_Click},
+        {"mnuWag", &frmAssets::mnuWag_Click},             {"mnuSFA", &frmAssets::mnuSFA_Click},
+        {"mnuLoft", &frmAssets::mnuLoft_Click},           {"mnuInScene", &frmAssets::mnuInScene_Click}};
+    for (const auto& [name, slot] : wired)
+        connect(action(name), &QAction::triggered, this, slot);
+    // Where is it used? needs the route screens.
+    action("mnuWhere")->setEnabled(false);
     updateCounts();
 }
 
 QAction* frmAssets::action(const QString& name) const {
-    for (QAction* a : m_checks->actions())
+    for (QAction* a : m_checkMenu->actions())
         if (a->objectName() == name)
             return a;
     return nullptr;
@@ -634,6 +646,98 @@ void frmAssets::Command20_Click() {
         }
     }
     m_ctx.ui().message("LocoInformation pictures have been added.");
+}
+
+} // namespace velmora::ui
+
+namespace velmora::ui {
+
+bool frmAssets::haveSelection() {
+    if (!selectedRows().empty())
+        return true;
+    m_ctx.ui().message("No rows are selected.");
+    return false;
+}
+
+void frmAssets::showReport(const assets::Report& report, const QString& title) {
+    const std::string text = report.text();
+    frmReport::show(m_ctx, title, text, this);
+    emit reportShown(toQt(text));
+}
+
+void frmAssets::mnuCheckLoco_Click() {
+    if (!haveSelection())
+        return;
+    m_checks.currentFile = m_ctx.currentFile;
+    showReport(m_checks.checkLoco(selectedRows()), tr("Check Loco for missing files"));
+}
+
+void frmAssets::mnuShowFiles_Click() {
+    if (haveSelection())
+        showReport(m_checks.filesUsedByLocos(selectedRows()), tr("Show Files Used by Locos"));
+}
+
+void frmAssets::mnuWag_Click() {
+    if (haveSelection())
+        showReport(m_checks.filesUsedByWagons(selectedRows()), tr("Show Files Used by Wagons"));
+}
+
+void frmAssets::mnuSFA_Click() {
+    if (m_grid->rowCount() < 2) {
+        m_ctx.ui().message("You do not appear to have added any items to the list below?\n"
+                           "Click the 'Add to List' button to enable your selection.");
+        return;
+    }
+    if (haveSelection())
+        showReport(m_checks.filesUsedByAsset(selectedRows()), tr("Show files used by Asset"));
+}
+
+void frmAssets::mnuLoft_Click() {
+    if (m_grid->rowCount() < 1) {
+        m_ctx.ui().message("You do not appear to have added any items to the list below?\n"
+                           "Click the 'Add to List' button to enable your selection.");
+        return;
+    }
+    if (haveSelection())
+        showReport(m_checks.filesUsedByLofts(selectedRows()), tr("Show files used by Lofts"));
+}
+
+void frmAssets::mnuInScene_Click() {
+    if (!haveSelection())
+        return;
+    auto rows = selectedRows();
+    for (const auto& problem : m_checks.useInScenarios(rows))
+        m_ctx.ui().message(problem, Icon::Warning);
+    // The rows that were stored now say so.
+    const auto selected = m_grid->selectionModel()->selectedRows();
+    for (int i = 0; i < selected.size() && static_cast<std::size_t>(i) < rows.size(); ++i)
+        if (auto* cell = m_grid->item(selected[i].row(), 4))
+            cell->setText(toQt(rows[static_cast<std::size_t>(i)].inScene));
+}
+
+void frmAssets::Command19_Click() {
+    std::vector<assets::AssetRow> rows;
+    const std::string problem =
+        m_checks.missingAssetRows(rows, fromQt(m_mask->currentText()), fromQt(m_category->text()));
+    if (!problem.empty()) {
+        m_ctx.ui().message(problem, Icon::Warning);
+        return;
+    }
+    m_convertBins = true;
+    appendRows(rows);
+    m_grid->selectAll();
+    updateCounts();
+    showReport(m_checks.getAssetBits(selectedRows()), tr("Missing assets"));
+}
+
+void frmAssets::Command21_Click() {
+    int copied = 0;
+    const std::string problem = m_checks.packageMissingAssets(&copied);
+    if (!problem.empty()) {
+        m_ctx.ui().message(problem, Icon::Warning);
+        return;
+    }
+    m_ctx.ui().message(std::to_string(copied) + " files have been copied to " + (m_ctx.appPath() / "NewPackage").string());
 }
 
 } // namespace velmora::ui

@@ -2,6 +2,7 @@
 // frmAssets, "Build List of Assets": the asset grid and every command that works on its rows.
 
 #include "velmora/assets/assetlist.h"
+#include "velmora/assets/checks.h"
 #include "velmora/core/appcontext.h"
 
 #include <QMainWindow>
@@ -51,10 +52,20 @@ public slots:
     void Command7_Click();  // Correct Selected Smoke Stack
     void Command20_Click(); // Add LocoInformation
     void showRowPicture(int row);
+    void mnuCheckLoco_Click();
+    void mnuShowFiles_Click();
+    void mnuWag_Click();
+    void mnuSFA_Click();
+    void mnuLoft_Click();
+    void mnuInScene_Click();
+    void Command19_Click(); // Process Missing Assets File
+    void Command21_Click(); // Package Missing Assets
     void copySelectionToClipboard();
 
 signals:
     void listBuilt();
+    // A report was shown in frmReport (the checks' results, for tests).
+    void reportShown(const QString& text);
 
 private:
     void buildWidgets();
@@ -89,7 +100,7 @@ private:
     QLabel* m_childName = nullptr;     // Label4
     QPushButton* m_removeChildren = nullptr; // Command12
     QPushButton* m_smokeStack = nullptr;     // Command7
-    QMenu* m_checks = nullptr; // mnuCheckStock
+    QMenu* m_checkMenu = nullptr; // mnuCheckStock
 
     bool m_convertBins = false;
     bool m_deleting = false;
@@ -98,6 +109,9 @@ private:
     std::filesystem::path m_lastList;
     std::filesystem::path m_childFile; // the blueprint whose child entries are shown
     std::string m_childXml;
+    assets::AssetChecks m_checks;
+    void showReport(const assets::Report& report, const QString& title);
+    bool haveSelection();
 };
 
 } // namespace velmora::ui
