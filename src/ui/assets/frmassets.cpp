@@ -167,6 +167,8 @@ void frmAssets::buildWidgets() {
     for (const Button& b : buttons) {
         QPushButton* button = commandButton(b.name, tr(b.caption));
         connect(button, &QPushButton::clicked, this, b.slot);
+        if (QString(b.name) == "Command14")
+            button->setShortcut(Qt::Key_F3); // F3 repeats the find
         commands->addWidget(button, i / 4, i % 4);
         ++i;
     }
