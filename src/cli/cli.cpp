@@ -27,7 +27,7 @@ Global options:
 
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
-    for (auto&& group : {editorCommands(), assetCommands()})
+    for (auto&& group : {editorCommands(), assetCommands(), routeCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

@@ -53,7 +53,7 @@ std::string rowsAsText(const std::vector<assets::AssetRow>& rows, char separator
     std::string out;
     auto line = [&](const std::vector<std::string>& cells) {
         for (std::size_t i = 0; i < cells.size(); ++i)
-            out += (i ? std::string(1, separator) : std::string()) + cells[i];
+            out += (i ? std::string(1, separator) : std::string()) + latin1ToUtf8(cells[i]);
         out += '\n';
     };
     line(assets::assetColumns());

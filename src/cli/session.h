@@ -59,6 +59,7 @@ struct Command {
 std::vector<Command> basicCommands();
 std::vector<Command> editorCommands();
 std::vector<Command> assetCommands();
+std::vector<Command> routeCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

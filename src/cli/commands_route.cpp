@@ -1,0 +1,159 @@
+// The routes of the install and the route check from the command line.
+
+#include "session.h"
+
+#include "velmora/core/services.h"
+#include "velmora/routes/routecheck.h"
+
+namespace velmora::cli {
+
+namespace {
+
+// Names are held in Windows-1252, as the documents are read; the terminal wants UTF-8.
+std::string shown(const std::string& cp1252) { return latin1ToUtf8(cp1252); }
+
+std::string json(const std::string& cp1252) {
+    std::string out = "\"";
+    for (char c : shown(cp1252)) {
+        if (c == '"' || c == '\\')
+            out += '\\';
+        if (c == '\n' || c == '\r' || c == '\t') {
+            out += c == '\n' ? "\\n" : c == '\r' ? "\\r" : "\\t";
+            continue;
+        }
+        out += c;
+    }
+    return out + "\"";
+}
+
+std::string jsonList(const std::vector<std::string>& items) {
+    std::string out = "[";
+    for (std::size_t i = 0; i < items.size(); ++i)
+        out += (i ? ", " : "") + json(items[i]);
+    return out + "]";
+}
+
+int cmdRouteList(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {"--json"});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    s.start();
+    if (!s.requireRoot())
+        return Error;
+    std::vector<std::string> warnings;
+    const auto routes = routes::listRoutes(s.ctx, &warnings);
+    for (const auto& w : warnings)
+        s.err << "velmora-cli: " << w << '\n';
+    if (a.has("--json")) {
+        s.out << "[\n";
+        for (std::size_t i = 0; i < routes.size(); ++i) {
+            s.out << "  {\"folder\": " << json(routes[i].folder) << ", \"name\": " << json(routes[i].name)
+                  << ", \"scenarios\": [";
+            const auto scenarios = routes::listScenarios(s.ctx, routes[i]);
+            for (std::size_t j = 0; j < scenarios.size(); ++j)
+                s.out << (j ? ", " : "") << "{\"folder\": " << json(scenarios[j].folder) << ", \"name\": "
+                      << json(scenarios[j].name) << ", \"class\": " << json(scenarios[j].legend()) << "}";
+            s.out << "]}" << (i + 1 < routes.size() ? "," : "") << '\n';
+        }
+        s.out << "]\n";
+        return Success;
+    }
+    s.out << "Routes: " << routes.size() << '\n';
+    for (const auto& r : routes) {
+        s.out << r.folder << '\t' << shown(r.name) << '\n';
+        bool noFolder = false;
+        const auto scenarios = routes::listScenarios(s.ctx, r, &noFolder);
+        if (noFolder)
+            s.out << "\tNo Scenarios folder found\n";
+        for (const auto& sc : scenarios)
+            s.out << '\t' << sc.folder << '\t' << shown(sc.name) << '\t' << sc.legend() << '\n';
+    }
+    return Success;
+}
+
+int cmdRouteCheck(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {"--out", "--threads"}, {"--deep", "--json", "--csv"});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    if (a.plain.size() != 1)
+        return s.fail(a.plain.empty() ? "needs the route: its folder or its name" : "unexpected argument '" + a.plain[1] + "'");
+    routes::RouteCheckOptions options;
+    options.deep = a.has("--deep");
+    if (auto t = a.value("--threads")) {
+        auto n = parseNumber(*t);
+        if (!n || *n < 1 || *n > 256)
+            return s.fail("--threads needs a number from 1 to 256, not '" + *t + "'");
+        options.threads = static_cast<int>(*n);
+    }
+    s.start();
+    if (!s.requireRoot())
+        return Error;
+    const auto routesFound = routes::listRoutes(s.ctx);
+    const routes::RouteEntry* route = routes::findRoute(routesFound, a.plain.front());
+    if (!route)
+        return s.fail("no route with the folder or name '" + a.plain.front() + "'");
+    const auto scenarios = routes::listScenarios(s.ctx, *route);
+    routes::RouteCheck check(s.ctx, *route, scenarios);
+    const auto r = check.run(options, &s.ui);
+    if (r.aborted)
+        return s.fail("stopped");
+
+    if (auto out = a.value("--out")) {
+        // The reports go where the user asked, as the screen saves them under Reports.
+        AppContext& ctx = s.ctx;
+        for (const auto& file : routes::saveRouteReports(ctx, r)) {
+            const fs::path target = fs::path(*out) / file.filename();
+            MakePath(*out);
+            std::error_code ec;
+            fs::copy_file(file, target, fs::copy_options::overwrite_existing, ec);
+            if (!s.g.quiet)
+                s.out << "Wrote " << target.string() << '\n';
+        }
+        std::string summary = r.missingReport();
+        if (r.deepDone)
+            summary += "\r\n" + r.texturesReport();
+        WriteTextFile(fs::path(*out) / (route->name + "_Report.txt"), summary);
+    } else {
+        routes::saveRouteReports(s.ctx, r);
+    }
+
+    if (a.has("--json")) {
+        std::vector<std::string> missing;
+        for (const auto& m : r.missing)
+            missing.push_back(m.row());
+        s.out << "{\n  \"route\": " << json(r.routeName) << ",\n  \"folder\": " << json(route->folder)
+              << ",\n  \"tiles\": " << r.tiles << ",\n  \"missing\": " << jsonList(missing)
+              << ",\n  \"warnings\": " << jsonList(r.warnings) << ",\n  \"assetsUsed\": " << r.assetsUnique.size();
+        if (r.deepDone)
+            s.out << ",\n  \"missingFiles\": " << jsonList(r.missingFiles) << ",\n  \"shapes\": " << r.geoFiles.size()
+                  << ",\n  \"textures\": " << r.texturesUsed.size() << ",\n  \"sounds\": " << r.audioUsed.size();
+        s.out << "\n}\n";
+    } else if (a.has("--csv")) {
+        s.out << "Kind,File,Where\n";
+        for (const auto& m : r.missing)
+            s.out << "blueprint,\"" << m.path << "\",\"" << m.label << " on tile " << m.tile << "\"\n";
+        for (const auto& m : r.missingFiles) {
+            const auto by = m.find(" Called by ");
+            s.out << "file,\"" << m.substr(0, by) << "\",\"" << (by == std::string::npos ? "" : m.substr(by + 11)) << "\"\n";
+        }
+    } else if (!a.value("--out")) {
+        s.out << "Route: " << shown(r.routeName) << " (" << route->folder << "), " << r.tiles << " tiles, "
+              << r.assetsUnique.size() << " blueprints used\n\n"
+              << r.missingReport() << '\n';
+        if (r.deepDone)
+            s.out << '\n' << r.texturesReport() << '\n';
+    }
+    return r.anyMissing() ? ProblemsFound : Success;
+}
+
+} // namespace
+
+std::vector<Command> routeCommands() {
+    return {
+        {"route list", "[--json]", "the routes and their scenarios", cmdRouteList},
+        {"route check", "ROUTE [--deep] [--json|--csv] [--out DIR] [--threads N]",
+         "what a route uses that is missing; --deep down to textures and sounds (exit 1 if anything)", cmdRouteCheck},
+    };
+}
+
+} // namespace velmora::cli

@@ -1,0 +1,54 @@
+#pragma once
+// The routes installed under the simulator's root and the scenarios of each, as the route
+// screen lists them: folders of exactly 36 characters that hold a RouteProperties.xml with a
+// name in one of the six languages.
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace velmora {
+class AppContext;
+}
+
+namespace velmora::routes {
+
+namespace fs = std::filesystem;
+
+struct RouteEntry {
+    std::string folder; // the GUID folder below Content/Routes
+    std::string name;   // the display name, repaired
+    fs::path path;
+    bool formatError = false; // RouteProperties.xml did not convert to a document
+};
+
+struct ScenarioEntry {
+    std::string folder;
+    std::string name;
+    std::string scenarioClass; // eStandardScenarioClass, ...
+    bool workshop = false;     // a standard scenario with a WorkshopID
+    std::string reportWord() const; // "Standard", "Free Roam", "Career", "Quick Drive", "Timetabled"
+    std::string legend() const;     // "Standard Scenario", "Workshop Scenario", ...
+    unsigned colour() const;        // 0xRRGGBB of the row
+};
+
+// The routes in listing (name) order. `warnings` gets the format messages.
+std::vector<RouteEntry> listRoutes(AppContext& ctx, std::vector<std::string>* warnings = nullptr);
+// A route by its folder or by its display name (the first of that name), or nothing.
+const RouteEntry* findRoute(const std::vector<RouteEntry>& routes, const std::string& folderOrName);
+
+// The scenarios of a route; `noFolder` is set when the route has no Scenarios folder.
+std::vector<ScenarioEntry> listScenarios(AppContext& ctx, const RouteEntry& route, bool* noFolder = nullptr);
+
+// The printable overview: every route's scenarios, the name padded to 70 columns, sorted.
+std::string routesOverview(AppContext& ctx, const std::vector<RouteEntry>& routes);
+// The table of scenario types, a row a route.
+std::string scenarioTypesTable(AppContext& ctx, const std::vector<RouteEntry>& routes);
+// The providers and products a route preloads.
+std::vector<std::pair<std::string, std::string>> routeProviders(AppContext& ctx, const RouteEntry& route);
+
+// The display name in a localised block: the user's language first, then English, French,
+// Italian, German, Spanish, searching from `from`; empty when none has a value.
+std::string localisedName(const std::string& text, std::size_t from, const std::string& language);
+
+} // namespace velmora::routes

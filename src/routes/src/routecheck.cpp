@@ -1,0 +1,657 @@
+#include "velmora/routes/routecheck.h"
+
+#include "velmora/core/appcontext.h"
+#include "velmora/core/convert.h"
+#include "velmora/core/services.h"
+#include "velmora/core/userinterface.h"
+#include "velmora/core/xmltext.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+namespace velmora::routes {
+
+namespace {
+
+const ScanSettings kBinary{Match::Binary};
+
+std::size_t find(std::string_view text, std::string_view what, std::size_t from = 1) {
+    return InStr(from, text, what, Match::Text);
+}
+
+// Runs `work(i)` for i in [0, n) on all cores and returns the results in index order. The
+// calling thread reports progress and watches the Abort button.
+template <typename Result, typename Work>
+std::vector<Result> parallel(std::size_t n, int threads, UserInterface* ui, const std::string& label, bool& aborted,
+                             Work work) {
+    std::vector<Result> results(n);
+    std::atomic<std::size_t> next{0}, done{0};
+    std::atomic<bool> stop{false};
+    auto worker = [&] {
+        for (std::size_t i = next++; i < n && !stop; i = next++) {
+            results[i] = work(i);
+            ++done;
+        }
+    };
+    const unsigned count = threads > 0 ? static_cast<unsigned>(threads) : std::max(1u, std::thread::hardware_concurrency());
+    std::vector<std::thread> pool;
+    for (unsigned t = ui ? 0 : 1; t < count; ++t)
+        pool.emplace_back(worker);
+    if (ui) {
+        ui->beginProgress(label, static_cast<std::int64_t>(n));
+        while (done < n && !stop) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            ui->progress(static_cast<std::int64_t>(done.load()));
+            ui->pumpEvents();
+            if (ui->cancelled())
+                stop = true;
+        }
+    } else {
+        worker();
+    }
+    for (auto& t : pool)
+        t.join();
+    if (ui)
+        ui->endProgress();
+    if (stop)
+        aborted = true;
+    return results;
+}
+
+std::vector<fs::path> binFiles(const fs::path& folder) {
+    std::vector<fs::path> out;
+    std::error_code ec;
+    for (fs::directory_iterator it(folder, ec); !ec && it != fs::directory_iterator(); it.increment(ec))
+        if (it->is_regular_file(ec) && iendsWith(it->path().filename().string(), ".bin"))
+            out.push_back(it->path());
+    std::sort(out.begin(), out.end(), [](const fs::path& a, const fs::path& b) {
+        return toLowerAscii(a.filename().string()) < toLowerAscii(b.filename().string());
+    });
+    return out;
+}
+
+// The value of a line between its first ">" and the next "<"; false when there is none.
+bool lineValue(const std::string& line, std::string& value) {
+    const std::size_t gt = line.find('>');
+    const std::size_t lt = gt == std::string::npos ? gt : line.find('<', gt + 1);
+    if (lt == std::string::npos)
+        return false;
+    value = line.substr(gt + 1, lt - gt - 1);
+    return true;
+}
+
+std::string binOf(const std::string& id) { return id.size() >= 3 ? id.substr(0, id.size() - 3) + "bin" : id; }
+
+std::string withoutCode(std::string value) {
+    if (const auto b = value.find('['); b != std::string::npos)
+        value.erase(b, 4);
+    return value;
+}
+
+std::string folderOf(const std::string& path) {
+    const auto slash = path.rfind('\\');
+    return slash == std::string::npos ? std::string() : path.substr(0, slash);
+}
+
+std::string nameOf(const std::string& path) {
+    const auto slash = path.find_last_of("\\/");
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+// The textures of a cross section: each <Texture> block, its value or the values of its <e>
+// elements when it holds a list.
+std::vector<std::string> sectionTextures(const std::string& xml) {
+    std::vector<std::string> values;
+    for (std::size_t at = find(xml, "<Texture>"); at > 0; at = find(xml, "<Texture>", at + 1)) {
+        const std::size_t end = find(xml, "</Texture>", at);
+        if (!end)
+            break;
+        const std::string block = xml.substr(at + 8, end - at - 9);
+        if (block.find('<') == std::string::npos) {
+            values.push_back(block);
+            continue;
+        }
+        for (const std::string& line : SplitLines(block)) {
+            std::string value;
+            if (find(line, "<e") && lineValue(line, value) && !value.empty())
+                values.push_back(value);
+        }
+    }
+    return values;
+}
+
+struct Ref {
+    std::string path; // below Assets, backslashes
+    bool found = false;
+    bool inTransfer = false; // held by a transfer point: used only when found
+};
+
+struct TileScan {
+    std::vector<Ref> refs; // in the order the tile names them
+    std::string warning;
+};
+
+struct Checker {
+    AppContext& ctx;
+    fs::path assets;
+
+    // A file below Assets, as named or as repaired; the real path when found.
+    bool exists(const std::string& relative, fs::path* real = nullptr) const {
+        if (auto f = ctx.resolver.resolve(assets, relative); f && fs::is_regular_file(*f)) {
+            if (real)
+                *real = *f;
+            return true;
+        }
+        const std::string repaired = latin1ToUtf8(DecodedChars(relative));
+        if (repaired != relative)
+            if (auto f = ctx.resolver.resolve(assets, repaired); f && fs::is_regular_file(*f)) {
+                if (real)
+                    *real = *f;
+                return true;
+            }
+        return false;
+    }
+
+    std::string display(const std::string& relative) const {
+        std::string p = relative;
+        std::replace(p.begin(), p.end(), '\\', '/');
+        return (assets / p).string();
+    }
+
+    std::string convert(const fs::path& file) const {
+        std::string xml;
+        if (!binToXmlText(file, xml))
+            return {};
+        return xml;
+    }
+
+    // A transfer point's container: every Provider, Product, BlueprintID behind it.
+    void transfer(const std::string& relative, TileScan& scan) const {
+        fs::path real;
+        if (!exists(relative, &real))
+            return;
+        const std::string xml = convert(real);
+        const std::size_t cut = find(xml, "</ContainerBlueprintID>");
+        if (!cut)
+            return;
+        std::size_t pos = cut;
+        for (;;) {
+            std::string provider, product, id;
+            GetDetail(xml, pos, "Provider", provider, kBinary);
+            if (!pos || provider.empty())
+                break;
+            GetDetail(xml, pos, "Product", product, kBinary);
+            GetDetail(xml, pos, "BlueprintID", id, kBinary);
+            if (!pos)
+                break;
+            const std::string path = provider + "\\" + product + "\\" + binOf(id);
+            scan.refs.push_back({path, exists(path), true});
+        }
+    }
+
+    // One tile, line by line: each Provider line, its Product, and the BlueprintID three lines on.
+    TileScan tile(const fs::path& file, const std::string& label) const {
+        TileScan scan;
+        const std::string xml = convert(file);
+        const std::vector<std::string> lines = SplitLines(xml);
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            if (!find(lines[i], "<Provider"))
+                continue;
+            std::string provider, product, id;
+            lineValue(lines[i], provider);
+            const bool productOk = i + 1 < lines.size() && lineValue(lines[i + 1], product);
+            if (i + 4 < lines.size())
+                lineValue(lines[i + 4], id);
+            const bool emptyProvider = provider.empty() || provider == " ";
+            // An all-empty reference (a reskin slot left unused) is no reference.
+            if (emptyProvider && product.empty() && id.empty()) {
+                i += 4;
+                continue;
+            }
+            if (emptyProvider || !productOk) {
+                scan.warning = std::string(emptyProvider ? "There is an error in a Provider description in tile"
+                                                         : "There is an error in a Product description in tile") +
+                               "\n" + label + " - " + file.filename().string() + "\nThis may/may not cause TS2019 to fail.";
+                break;
+            }
+            i += 4;
+            if (id.empty())
+                continue;
+            const std::string path = provider + "\\" + product + "\\" + binOf(id);
+            // A transfer point's contents are looked at before the point itself.
+            if (find(path, "TransferPoints"))
+                transfer(path, scan);
+            scan.refs.push_back({path, exists(path), false});
+        }
+        return scan;
+    }
+
+    // The shapes, sections, animations and scripts a blueprint names that exist.
+    std::vector<std::string> geometry(const std::string& blueprint) const {
+        std::vector<std::string> out;
+        fs::path real;
+        if (!exists(blueprint, &real))
+            return out;
+        const std::string xml = convert(real);
+        auto keep = [&](const std::string& relative) {
+            if (relative.empty() || std::find(out.begin(), out.end(), relative) != out.end())
+                return;
+            if (exists(relative))
+                out.push_back(relative);
+        };
+        if (const std::size_t g = find(xml, "<GeometryID"); g > 0) {
+            std::size_t pos = g;
+            std::string value;
+            GetDetail(xml, pos, "GeometryID", value, kBinary);
+            if (!value.empty())
+                keep(withoutCode(value) + ".GeoPcDx");
+        } else if (const std::size_t section = find(xml, "<cSectionRenderBlueprint"); section > 0) {
+            std::size_t pos = section;
+            std::string value;
+            GetDetail(xml, pos, "CrossSectionID", value, kBinary);
+            if (!value.empty())
+                keep(withoutCode(value) + ".XSec");
+            for (const char* part : {"<StartGeometry", "<MiddleGeometry", "<EndGeometry"}) {
+                std::size_t at = find(xml, part);
+                if (!at)
+                    continue;
+                std::string provider, product, id;
+                GetDetail(xml, at, "Provider", provider, kBinary);
+                if (at)
+                    GetDetail(xml, at, "Product", product, kBinary);
+                if (at)
+                    GetDetail(xml, at, "BlueprintID", id, kBinary);
+                if (id.empty())
+                    continue;
+                const std::string base = provider + "\\" + product + "\\" + withoutCode(id);
+                const std::string stem = base.size() > 4 ? base.substr(0, base.rfind('.')) : base;
+                keep(stem + ".GeoPcDx");
+                keep(stem + ".XSec");
+            }
+        }
+        if (std::size_t anims = find(xml, "<AnimSet>"); anims > 0) {
+            for (int n = 0; n < 2 && anims; ++n) {
+                std::string name;
+                GetDetail(xml, anims, "AnimationName", name, kBinary);
+                if (anims && !name.empty())
+                    keep(iendsWith(name, ".ban") ? name : name + ".ban");
+            }
+        }
+        if (std::size_t script = find(xml, "<_script>"); script > 0) {
+            std::string name;
+            GetDetail(xml, script, "Name", name, kBinary);
+            if (script && !name.empty())
+                keep(iendsWith(name, ".lua") ? name : name + ".lua");
+        }
+        return out;
+    }
+
+    struct Found {
+        std::vector<std::string> used;    // files that exist
+        std::vector<std::string> missing; // report lines
+    };
+
+    void require(const std::string& relative, const std::string& caller, Found& f, bool& present) const {
+        fs::path real;
+        present = exists(relative, &real);
+        if (present)
+            f.used.push_back(real.string());
+        else
+            f.missing.push_back(display(relative) + " Called by " + caller);
+    }
+
+    // The texture value of a shape, below Assets.
+    static std::string texturePath(std::string value, const std::string& shape) {
+        value = withoutCode(value);
+        const std::string folder = folderOf(shape);
+        if (value.rfind("..\\", 0) == 0) {
+            int levels = 0;
+            for (int n = 5; n >= 1 && levels == 0; --n) {
+                std::string prefix;
+                for (int i = 0; i < n; ++i)
+                    prefix += "..\\";
+                if (value.rfind(prefix, 0) == 0)
+                    levels = n;
+            }
+            value.erase(0, static_cast<std::size_t>(3 * levels));
+            std::string base = folder;
+            for (int i = 0; i < levels; ++i)
+                base = folderOf(base);
+            if (levels > 2) {
+                const std::string first = value.substr(0, value.find('\\'));
+                if (const std::size_t at = InStr(1, "\\" + shape, "\\" + first + "\\", Match::Text); at > 0)
+                    base = shape.substr(0, at > 1 ? at - 2 : 0);
+            }
+            return base.empty() ? value : base + "\\" + value;
+        }
+        if (iequals(value.substr(0, std::min<std::size_t>(4, value.size())), "text"))
+            return folder.empty() ? value : folder + "\\" + value;
+        return value; // relative to Assets as it stands
+    }
+
+    // The textures of one shape, section or decal, with the variants each code asks for.
+    Found textures(const std::string& geo) const {
+        Found f;
+        if (iendsWith(geo, "ban") || iendsWith(geo, "lua") || iendsWith(geo, "out"))
+            return f;
+        fs::path real;
+        if (!exists(geo, &real)) {
+            f.missing.push_back(display(geo));
+            return f;
+        }
+        const std::string caller = nameOf(geo);
+        const std::string xml = convert(real);
+        bool present = false;
+        if (find(geo, "\\Decals\\")) {
+            for (std::size_t at = find(xml, "<TextureID"); at > 0; at = find(xml, "<TextureID", at + 1)) {
+                const std::size_t gt = xml.find('>', at - 1);
+                const std::size_t end = find(xml, "</TextureID", at);
+                if (gt == std::string::npos || !end)
+                    break;
+                require(withoutCode(xml.substr(gt + 1, end - 2 - gt)) + ".TgPcDx", caller, f, present);
+            }
+            return f;
+        }
+        if (iendsWith(geo, "XSec")) {
+            for (const std::string& value : sectionTextures(xml))
+                require(texturePath(value, geo) + ".TgPcDx", caller, f, present);
+            return f;
+        }
+        bool inList = false;
+        for (const std::string& line : SplitLines(xml)) {
+            if (find(line, "<d:blob"))
+                break; // the binary part of the shape
+            if (!inList) {
+                inList = find(line, "<TextureByName") > 0;
+                continue;
+            }
+            if (find(line, "</TextureByName")) {
+                inList = false;
+                continue;
+            }
+            if (!find(line, "<e"))
+                continue;
+            std::string value;
+            if (!lineValue(line, value))
+                continue;
+            const auto bracket = value.find('[');
+            const std::string code = bracket == std::string::npos ? std::string() : toLowerAscii(value.substr(bracket + 1, 2));
+            const std::string stem = texturePath(value, geo);
+            std::vector<const char*> variants;
+            if (code == "08") variants = {"_WI"};
+            else if (code == "09") variants = {"_SP", "_WI"};
+            else if (code == "0c") variants = {"_AU", "_WI"};
+            else if (code == "0d") variants = {"_SP", "_AU", "_WI"};
+            require(stem + ".TgPcDx", caller, f, present);
+            if (!present && variants.empty())
+                continue; // the base of a plain texture: on to the next
+            bool last = present;
+            for (const char* v : variants)
+                require(stem + v + ".TgPcDx", caller, f, last);
+            if (!last)
+                continue;
+            // A normal map's companion: the same name with "c" behind it.
+            if (iendsWith(stem, "_nm"))
+                require(stem + "c.TgPcDx", caller, f, present);
+        }
+        return f;
+    }
+
+    // Proxies and their sound files.
+    Found audio(const std::string& blueprint) const {
+        Found f;
+        fs::path real;
+        if (!exists(blueprint, &real))
+            return f;
+        const std::string xml = convert(real);
+        auto proxy = [&](const std::string& name) {
+            fs::path proxyFile;
+            if (!exists(name + ".proxyxml", &proxyFile)) {
+                f.missing.push_back(display(name + ".proxyxml") + " Called by " + display(blueprint));
+                return;
+            }
+            f.used.push_back(proxyFile.string());
+            const std::string text = ReadTextFile(proxyFile);
+            for (std::size_t at = find(text, "<Pathname"); at > 0; at = find(text, "<Pathname", at + 1)) {
+                std::size_t pos = at;
+                std::string sound;
+                GetDetail(text, pos, "Filename", sound, kBinary);
+                if (!pos || sound.empty())
+                    continue;
+                fs::path soundFile;
+                if (exists(sound, &soundFile))
+                    f.used.push_back(soundFile.string());
+                else
+                    f.missing.push_back(display(sound) + " Called by " + proxyFile.string());
+            }
+        };
+        for (std::size_t at = find(xml, "<SoundComponent>"); at > 0; at = find(xml, "<SoundComponent>", at + 1)) {
+            std::size_t pos = at;
+            std::string name;
+            GetDetail(xml, pos, "ProxyName", name, kBinary);
+            if (pos && !name.empty())
+                proxy(name);
+        }
+        if (const std::size_t track = find(xml, "<cTrackSoundBlueprint>"); track > 0)
+            for (const char* tag : {"RumbleAudioControlName", "TingleAudioControlName", "JunctionAudioControlName",
+                                    "DerailmentAudioControlName"}) {
+                std::size_t pos = track;
+                std::string name;
+                GetDetail(xml, pos, tag, name, kBinary);
+                if (pos && !name.empty())
+                    proxy(name);
+            }
+        return f;
+    }
+};
+
+} // namespace
+
+std::string RouteCheckResult::missingReport() const {
+    if (missing.empty() && warnings.empty())
+        return "No Assets were missing from this route.";
+    std::string out;
+    if (!missing.empty())
+        out = "Following Asset(s) were missing from this route:-\r\n\r\n"
+              "(Note: Velmora may not resolve some foreign characters, please advise with copy this report if any "
+              "found)\r\n\r\n";
+    for (const auto& m : missing)
+        out += m.row() + "\r\n";
+    for (const auto& w : warnings)
+        out += w + "\r\n";
+    return out;
+}
+
+std::string RouteCheckResult::texturesReport() const {
+    std::string out = "Texture Check:-\r\n\r\n";
+    for (const auto& m : missingFiles)
+        out += m + "\r\n";
+    return out.size() < 25 ? std::string("No missing textures detected") : out;
+}
+
+RouteCheck::RouteCheck(AppContext& ctx, const RouteEntry& route, const std::vector<ScenarioEntry>& scenarios)
+    : m_ctx(ctx), m_route(route), m_scenarios(scenarios) {}
+
+RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface* ui) {
+    RouteCheckResult result;
+    result.routeName = m_route.name;
+    const Checker c{m_ctx, m_ctx.resolver.resolveForWrite(m_ctx.railWorks(), "Assets")};
+    m_ctx.resolver.invalidate();
+
+    // The route's template.
+    const auto propertiesFile = m_ctx.resolver.resolve(m_route.path, "RouteProperties.xml");
+    const std::string properties = propertiesFile ? ReadTextFile(*propertiesFile) : std::string();
+    if (std::size_t at = find(properties, "<InfrastructureModified"); at > 0) {
+        std::string provider, product, id;
+        GetDetail(properties, at, "Provider", provider, kBinary);
+        if (at)
+            GetDetail(properties, at, "Product", product, kBinary);
+        if (at)
+            GetDetail(properties, at, "BlueprintID", id, kBinary);
+        const std::string path = provider + "\\" + product + "\\" + binOf(id);
+        if (!id.empty() && !c.exists(path))
+            result.warnings.push_back(c.display(path) + "\nThe Route Template listed in RouteProperties.xml\nCould not be found");
+    }
+
+    // The tiles, folder by folder in the check's order, then the scenarios' own scenery.
+    struct TileJob {
+        fs::path file;
+        std::string label;
+    };
+    std::vector<TileJob> jobs;
+    auto folder = [&](const fs::path& base, const char* relative, const char* label) {
+        if (auto f = m_ctx.resolver.resolve(base, relative))
+            for (const auto& file : binFiles(*f))
+                jobs.push_back({file, label});
+    };
+    folder(m_route.path, "Scenery", "(Scenery Item)");
+    folder(m_route.path, "Networks\\Loft Tiles", "(Loft Item)");
+    folder(m_route.path, "Networks\\Road Tiles", "(Road Item)");
+    folder(m_route.path, "Networks", "(Track Item)");
+    for (const auto& s : m_scenarios)
+        folder(m_route.path, ("Scenarios\\" + s.folder + "\\Scenery").c_str(), "(Scenery Item)");
+    result.tiles = jobs.size();
+
+    const auto scans = parallel<TileScan>(jobs.size(), options.threads, ui, "Tiles of " + m_route.name, result.aborted,
+                                          [&](std::size_t i) { return c.tile(jobs[i].file, jobs[i].label); });
+    if (result.aborted)
+        return result;
+    std::vector<std::string> used;
+    for (std::size_t i = 0; i < scans.size(); ++i) {
+        const TileScan& s = scans[i];
+        const std::string tileName = jobs[i].file.filename().string();
+        for (const Ref& ref : s.refs) {
+            if (!ref.found)
+                result.missing.push_back({c.display(ref.path), jobs[i].label, tileName});
+            if (ref.found || !ref.inTransfer)
+                used.push_back(c.display(ref.path));
+        }
+        if (!s.warning.empty())
+            result.warnings.push_back(s.warning);
+    }
+    SortStrings(used, 0, static_cast<std::ptrdiff_t>(used.size()) - 1);
+    for (const auto& u : used)
+        if (result.assetsUnique.empty() || result.assetsUnique.back() != u)
+            result.assetsUnique.push_back(u);
+    if (!options.deep)
+        return result;
+
+    // Down from the blueprints: audio ones to their sounds, the others to their shapes.
+    const std::string assetsPrefix = c.assets.string() + "/";
+    auto relativeOf = [&](const std::string& full) {
+        std::string r = full.rfind(assetsPrefix, 0) == 0 ? full.substr(assetsPrefix.size()) : full;
+        std::replace(r.begin(), r.end(), '/', '\\');
+        return r;
+    };
+    struct BlueprintScan {
+        std::vector<std::string> geo;
+        Checker::Found audio;
+    };
+    const auto blueprints = parallel<BlueprintScan>(
+        result.assetsUnique.size(), options.threads, ui, "Blueprints", result.aborted, [&](std::size_t i) {
+            BlueprintScan b;
+            const std::string rel = relativeOf(result.assetsUnique[i]);
+            if (find(rel, "\\Audio\\"))
+                b.audio = c.audio(rel);
+            else
+                b.geo = c.geometry(rel);
+            return b;
+        });
+    if (result.aborted)
+        return result;
+    result.blueprintsRead = blueprints.size();
+    std::vector<std::string> geo;
+    for (const auto& b : blueprints) {
+        for (const auto& g : b.geo)
+            if (std::find(geo.begin(), geo.end(), g) == geo.end())
+                geo.push_back(g);
+        result.audioUsed.insert(result.audioUsed.end(), b.audio.used.begin(), b.audio.used.end());
+        result.missingFiles.insert(result.missingFiles.end(), b.audio.missing.begin(), b.audio.missing.end());
+    }
+    for (const auto& g : geo)
+        result.geoFiles.push_back(c.display(g));
+    const auto found = parallel<Checker::Found>(geo.size(), options.threads, ui, "Textures", result.aborted,
+                                                [&](std::size_t i) { return c.textures(geo[i]); });
+    if (result.aborted)
+        return result;
+    for (const auto& f : found) {
+        result.texturesUsed.insert(result.texturesUsed.end(), f.used.begin(), f.used.end());
+        result.missingFiles.insert(result.missingFiles.end(), f.missing.begin(), f.missing.end());
+    }
+
+    // The terrain's textures: plain, or _A to _H when the _A form exists.
+    if (std::size_t at = find(properties, "<TerrainBlueprint>"); at > 0) {
+        std::string provider, product, id;
+        GetDetail(properties, at, "Provider", provider, kBinary);
+        if (at)
+            GetDetail(properties, at, "Product", product, kBinary);
+        if (at)
+            GetDetail(properties, at, "BlueprintID", id, kBinary);
+        fs::path terrain;
+        if (!id.empty() && c.exists(provider + "\\" + product + "\\" + binOf(id), &terrain)) {
+            const std::string xml = c.convert(terrain);
+            Checker::Found f;
+            for (std::size_t d = find(xml, "<cMixTexDescriptor"); d > 0; d = find(xml, "<cMixTexDescriptor", d + 1)) {
+                for (const char* tag : {"BaseTextureName", "BaseSpringTextureName", "BaseSummerTextureName",
+                                        "BaseAutumnTextureName", "BaseWinterTextureName"}) {
+                    std::size_t pos = d;
+                    std::string name;
+                    GetDetail(xml, pos, tag, name, kBinary);
+                    if (!pos || name.empty())
+                        continue;
+                    bool present = false;
+                    fs::path real;
+                    if (c.exists(name + ".TgPcDx", &real)) {
+                        f.used.push_back(real.string());
+                    } else if (c.exists(name + "_A.TgPcDx")) {
+                        for (char letter = 'A'; letter <= 'H'; ++letter)
+                            c.require(name + "_" + letter + ".TgPcDx", "Texturing.bin", f, present);
+                    } else {
+                        f.missing.push_back(c.display(name + ".TgPcDx") + " Called by Texturing.bin");
+                    }
+                }
+            }
+            result.texturesUsed.insert(result.texturesUsed.end(), f.used.begin(), f.used.end());
+            result.missingFiles.insert(result.missingFiles.end(), f.missing.begin(), f.missing.end());
+        }
+    }
+    SortStrings(result.texturesUsed, 0, static_cast<std::ptrdiff_t>(result.texturesUsed.size()) - 1);
+    result.texturesUsed.erase(std::unique(result.texturesUsed.begin(), result.texturesUsed.end()), result.texturesUsed.end());
+    result.deepDone = true;
+    return result;
+}
+
+std::vector<fs::path> saveRouteReports(AppContext& ctx, const RouteCheckResult& r) {
+    std::vector<fs::path> written;
+    if (!MakePath(ctx.reports()))
+        return written;
+    auto save = [&](const std::string& name, const std::vector<std::string>& rows, bool numbered) {
+        std::string text;
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            text += rows[i] + (numbered ? ",," + std::to_string(i + 1) : std::string()) + "\r\n";
+        const fs::path file = ctx.reports() / name;
+        if (FileExists(file) && SerzBackup(file).outcome == BackupResult::Outcome::Failed)
+            return;
+        if (WriteTextFile(file, text))
+            written.push_back(file);
+    };
+    std::string route = r.routeName;
+    for (char& ch : route)
+        if (ch == '/' || ch == '\\' || ch == ':' || ch == '*' || ch == '?' || ch == '"' || ch == '<' || ch == '>' || ch == '|')
+            ch = '_';
+    save(route + "_Assets.csv", r.assetsUnique, true);
+    if (r.deepDone) {
+        save(route + "_GeoShapes.csv", r.geoFiles, false);
+        save(route + "_Textures.csv", r.texturesUsed, false);
+        save(route + "_Sounds.csv", r.audioUsed, false);
+    }
+    std::vector<std::string> missing;
+    for (const auto& m : r.missing)
+        missing.push_back(m.path);
+    save("MissingAssets.csv", missing, false);
+    return written;
+}
+
+} // namespace velmora::routes
