@@ -184,3 +184,27 @@ TEST_F(DemoRoutes, AbortStopsTheCheck) {
     EXPECT_TRUE(r.aborted);
     EXPECT_FALSE(r.deepDone);
 }
+
+TEST_F(DemoRoutes, ScenarioStockAndWhereItIsUsed) {
+    const auto routes = listRoutes(*m_ctx);
+    const RouteEntry* valley = findRoute(routes, "Demo Valley Line");
+    ASSERT_TRUE(valley);
+    std::size_t withStock = 0;
+    for (const auto& s : listScenarios(*m_ctx, *valley)) {
+        std::string message;
+        const auto stock = scenarioStock(*m_ctx, *valley, s, &message);
+        if (s.scenarioClass == "eTemplateScenarioClass") {
+            EXPECT_NE(message.find("Quick Drive"), std::string::npos);
+        }
+        withStock += stock.empty() ? 0 : 1;
+        for (const auto& item : stock)
+            EXPECT_TRUE(iendsWith(item.path, ".bin")) << item.path;
+    }
+    EXPECT_GT(withStock, 0u);
+    // The missing wagon of the manifest is named by a scenario's stock.
+    for (const auto& f : faults("missing-stock")) {
+        const std::string rel = f["path"].toString().toStdString().substr(std::string("Assets/").size());
+        EXPECT_FALSE(whereUsed(*m_ctx, routes, rel).empty()) << rel;
+    }
+    EXPECT_TRUE(whereUsed(*m_ctx, routes, "Nobody\\Nothing\\none.bin").empty());
+}

@@ -257,4 +257,62 @@ std::vector<std::pair<std::string, std::string>> routeProviders(AppContext& ctx,
     return out;
 }
 
+std::vector<StockItem> scenarioStock(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario,
+                                     std::string* message) {
+    std::vector<StockItem> out;
+    const auto file = ctx.resolver.resolve(route.path, "Scenarios\\" + scenario.folder + "\\Scenario.bin");
+    if (!file) {
+        if (message)
+            *message = "There is no scenario.bin file in this folder.\noperation aborted.";
+        return out;
+    }
+    if (scenario.scenarioClass == "eTemplateScenarioClass") {
+        if (message)
+            *message = "This appears to be a Quick Drive scenario, as such there\nis no rolling stock listed for the route.";
+        return out;
+    }
+    std::string xml;
+    if (const ConvertResult r = binToXmlText(*file, xml); !r) {
+        if (message)
+            *message = r.message;
+        return out;
+    }
+    for (std::size_t at = InStr(1, xml, "<BlueprintID d:type", Match::Binary); at > 0;
+         at = InStr(at + 1, xml, "<BlueprintID d:type", Match::Binary)) {
+        const std::size_t gt = xml.find('>', at - 1);
+        const std::size_t lt = gt == std::string::npos ? gt : xml.find('<', gt + 1);
+        if (lt == std::string::npos)
+            break;
+        std::string id = xml.substr(gt + 1, lt - gt - 1);
+        if (id.empty())
+            continue;
+        std::string provider, product;
+        GetProvider(at, provider, product, xml, {Match::Binary, false, true});
+        if (iendsWith(id, "xml"))
+            id = id.substr(0, id.size() - 3) + "bin";
+        const auto slash = id.find_last_of("\\/");
+        out.push_back({provider + "\\" + product + "\\" + id, slash == std::string::npos ? id : id.substr(slash + 1)});
+    }
+    return out;
+}
+
+std::vector<Use> whereUsed(AppContext& ctx, const std::vector<RouteEntry>& routes, const std::string& asset) {
+    auto key = [](std::string p) {
+        std::replace(p.begin(), p.end(), '/', '\\');
+        if (iendsWith(p, ".xml"))
+            p = p.substr(0, p.size() - 3) + "bin";
+        return toLowerAscii(p);
+    };
+    const std::string wanted = key(asset);
+    std::vector<Use> uses;
+    for (const auto& r : routes)
+        for (const auto& s : listScenarios(ctx, r))
+            for (const auto& item : scenarioStock(ctx, r, s))
+                if (key(item.path) == wanted) {
+                    uses.push_back({r.name, r.folder, s.name, s.folder});
+                    break;
+                }
+    return uses;
+}
+
 } // namespace velmora::routes

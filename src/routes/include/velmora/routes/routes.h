@@ -47,6 +47,23 @@ std::string scenarioTypesTable(AppContext& ctx, const std::vector<RouteEntry>& r
 // The providers and products a route preloads.
 std::vector<std::pair<std::string, std::string>> routeProviders(AppContext& ctx, const RouteEntry& route);
 
+struct StockItem {
+    std::string path; // Provider\Product\...\file.bin
+    std::string name; // the file's name, as the stock list shows it
+};
+
+// The rolling stock a scenario's Scenario.bin names, in document order. `message` gets the
+// reason when there is none to read ("There is no scenario.bin file in this folder.").
+std::vector<StockItem> scenarioStock(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario,
+                                     std::string* message = nullptr);
+
+struct Use {
+    std::string route, routeFolder, scenario, scenarioFolder;
+};
+// Where is it used? The scenarios of the routes whose stock names the asset (a path below Assets,
+// compared without regard to case or to .xml/.bin).
+std::vector<Use> whereUsed(AppContext& ctx, const std::vector<RouteEntry>& routes, const std::string& asset);
+
 // The display name in a localised block: the user's language first, then English, French,
 // Italian, German, Spanish, searching from `from`; empty when none has a value.
 std::string localisedName(const std::string& text, std::size_t from, const std::string& language);
