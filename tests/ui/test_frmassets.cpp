@@ -153,7 +153,7 @@ private slots:
         QCOMPARE(shown.count(), 1);
         const QString report = shown.at(0).at(0).toString();
         QVERIFY(report.contains("Class66_EWS.bin"));
-        QVERIFY(!screen.action("mnuWhere")->isEnabled());
+        QVERIFY(screen.action("mnuWhere")->isEnabled());
     }
 };
 

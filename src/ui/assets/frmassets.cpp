@@ -2,6 +2,7 @@
 
 #include "../common/desktopui.h"
 #include "../common/frmreport.h"
+#include "../routes/frmdelroute.h"
 #include "assetgridview.h"
 #include "velmora/assets/assetlist.h"
 #include "velmora/assets/listcommands.h"
@@ -260,11 +261,10 @@ void frmAssets::buildWidgets() {
     const std::pair<const char*, void (frmAssets::*)()> wired[] = {
         {"mnuCheckLoco", &frmAssets::mnuCheckLoco_Click}, {"mnuShowFiles", &frmAssets::mnuShowFiles_Click},
         {"mnuWag", &frmAssets::mnuWag_Click},             {"mnuSFA", &frmAssets::mnuSFA_Click},
-        {"mnuLoft", &frmAssets::mnuLoft_Click},           {"mnuInScene", &frmAssets::mnuInScene_Click}};
+        {"mnuLoft", &frmAssets::mnuLoft_Click},           {"mnuInScene", &frmAssets::mnuInScene_Click},
+        {"mnuWhere", &frmAssets::mnuWhere_Click}};
     for (const auto& [name, slot] : wired)
         connect(action(name), &QAction::triggered, this, slot);
-    // Where is it used? needs the route screens.
-    action("mnuWhere")->setEnabled(false);
     updateCounts();
 }
 
@@ -740,6 +740,23 @@ void frmAssets::Command21_Click() {
         return;
     }
     m_ctx.ui().message(std::to_string(copied) + " files have been copied to " + (m_ctx.appPath() / "NewPackage").string());
+}
+
+} // namespace velmora::ui
+
+namespace velmora::ui {
+
+void frmAssets::mnuWhere_Click() {
+    if (!haveSelection())
+        return;
+    for (const auto& row : selectedRows()) {
+        if (row.name == "Name")
+            continue;
+        auto* find = new frmFindLoco(m_ctx, row.relativePath(), row.name, this);
+        find->setAttribute(Qt::WA_DeleteOnClose);
+        find->show();
+    }
+    m_ctx.ui().message(m_ctx.lang.has(444) ? m_ctx.lang.text(444) : "The search has finished.");
 }
 
 } // namespace velmora::ui

@@ -58,6 +58,7 @@ public slots:
     void mnuSFA_Click();
     void mnuLoft_Click();
     void mnuInScene_Click();
+    void mnuWhere_Click();
     void Command19_Click(); // Process Missing Assets File
     void Command21_Click(); // Package Missing Assets
     void copySelectionToClipboard();

@@ -3,6 +3,7 @@
 #include "../common/desktopui.h"
 #include "../assets/frmassets.h"
 #include "../assets/frmindex.h"
+#include "../routes/frmdelroute.h"
 #include "dialogs.h"
 #include "dlgsearch.h"
 #include "xmlhighlighter.h"
@@ -527,6 +528,7 @@ void frmEditor::connectCommands() {
     wire("mnuAE", &frmEditor::mnuAE_Click);
     wire("mnuRollingStock", &frmEditor::mnuRollingStock_Click);
     wire("mnuIdent", &frmEditor::mnuIdent_Click);
+    wire("mnuDelRoute", &frmEditor::mnuDelRoute_Click);
     action("mnu2bin")->setCheckable(true);
     action("mnuFile2")->setEnabled(false);
 }
@@ -691,6 +693,16 @@ void frmEditor::mnuAE_Click() {
     }
     m_assets->show();
     m_assets->raise();
+}
+
+void frmEditor::mnuDelRoute_Click() {
+    if (!m_routeScreen) {
+        auto* screen = new frmDelRoute(m_ctx, false, this);
+        screen->setAttribute(Qt::WA_DeleteOnClose);
+        m_routeScreen = screen;
+    }
+    m_routeScreen->show();
+    m_routeScreen->raise();
 }
 
 void frmEditor::mnuRollingStock_Click() {

@@ -112,6 +112,7 @@ public slots:
     void mnuAE_Click();           // the asset screen
     void mnuRollingStock_Click(); // the rolling-stock index
     void mnuIdent_Click();        // Search For Assets Details
+    void mnuDelRoute_Click();     // the route screen
     void Command1_Click(); // Highlight XML
     void Command2_Click(); // Find in the tree
     void Command3_Click(); // Find All in the tree
@@ -201,6 +202,7 @@ private:
     QTimer* m_clock = nullptr;
     QPointer<dlgSearch> m_search;
     QPointer<QWidget> m_assets;
+    QPointer<QWidget> m_routeScreen;
 
     EditorDocument m_doc;
     std::string m_caption; // the caption before a dirty mark

@@ -1,0 +1,291 @@
+#include "frmdelroute.h"
+
+#include "../common/desktopui.h"
+#include "../common/frmreport.h"
+#include "velmora/core/convert.h"
+#include "velmora/core/services.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace velmora::ui {
+
+frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
+    : QDialog(parent), m_ctx(ctx), m_packageMode(packageMode) {
+    setObjectName("frmDelRoute");
+    setWindowTitle(packageMode && ctx.lang.has(617) ? toQt(ctx.lang.text(617)) : tr("Select Route"));
+    resize(1000, 650);
+    m_routes = new QListWidget;
+    m_routes->setObjectName("List1");
+    m_routes->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_scenarios = new QTableWidget(0, 3);
+    m_scenarios->setObjectName("List3");
+    m_scenarios->setHorizontalHeaderLabels({tr("Scenario folder"), tr("Scenario"), tr("Type")});
+    m_scenarios->horizontalHeader()->setStretchLastSection(true);
+    m_scenarios->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_scenarios->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_routeCount = new QLabel;
+    m_routeCount->setObjectName("Label7");
+    m_scenarioCount = new QLabel;
+    m_scenarioCount->setObjectName("Label9");
+    connect(m_routes, &QListWidget::itemClicked, this, &frmDelRoute::Command1_Click);
+
+    struct Button {
+        const char* name;
+        const char* caption;
+        void (frmDelRoute::*slot)();
+    };
+    const Button buttons[] = {
+        {"Command1", "List Scenarios in Selected Route", &frmDelRoute::Command1_Click},
+        {"Command4", "Check Route", &frmDelRoute::Command4_Click},
+        {"Command12", "Print list of all Routes and Scenarios", &frmDelRoute::Command12_Click},
+        {"Command26", "List Routes with Scenario types", &frmDelRoute::Command26_Click},
+        {"Command14", "Show Provider / Products used in selected route", &frmDelRoute::Command14_Click},
+        {"Command18", "Check ScenarioProperties", &frmDelRoute::Command18_Click},
+        {"Command3", "List Stock used by selected scenario", &frmDelRoute::Command3_Click},
+        {"Command15", "List Stock used by all scenarios", &frmDelRoute::Command15_Click},
+        {"Command21", "List ALL rolling stock used by all routes.", &frmDelRoute::Command21_Click},
+    };
+    auto* grid = new QGridLayout;
+    int i = 0;
+    for (const Button& b : buttons) {
+        auto* button = new QPushButton(tr(b.caption));
+        button->setObjectName(b.name);
+        connect(button, &QPushButton::clicked, this, b.slot);
+        grid->addWidget(button, i / 3, i % 3);
+        ++i;
+    }
+    // The delete and package actions come with their own tools; their buttons are here already.
+    auto* ok = new QPushButton(ctx.lang.has(packageMode ? 314 : 121) ? toQt(ctx.lang.text(packageMode ? 314 : 121))
+                                                                     : tr("Delete"));
+    ok->setObjectName("OKButton");
+    ok->setEnabled(false);
+    auto* package = new QPushButton(tr("Package this routes Assets"));
+    package->setObjectName("Command16");
+    package->setVisible(packageMode);
+    package->setEnabled(false);
+    grid->addWidget(ok, i / 3, i % 3);
+    grid->addWidget(package, i / 3, i % 3 + 1);
+
+    auto* lists = new QHBoxLayout;
+    auto* left = new QVBoxLayout;
+    left->addWidget(m_routeCount);
+    left->addWidget(m_routes, 1);
+    auto* right = new QVBoxLayout;
+    right->addWidget(m_scenarioCount);
+    right->addWidget(m_scenarios, 1);
+    lists->addLayout(left, 1);
+    lists->addLayout(right, 1);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(lists, 1);
+    layout->addLayout(grid);
+
+    std::vector<std::string> warnings;
+    m_routeEntries = routes::listRoutes(m_ctx, &warnings);
+    for (const auto& w : warnings)
+        m_ctx.ui().message(w, Icon::Warning);
+    for (const auto& r : m_routeEntries)
+        m_routes->addItem(toQt(r.folder + "\t" + r.name));
+    m_routeCount->setText(tr("Routes: %1").arg(m_routeEntries.size()));
+}
+
+const routes::RouteEntry* frmDelRoute::selectedRoute() {
+    const auto selected = m_routes->selectedItems();
+    const int row = selected.isEmpty() ? m_routes->currentRow() : m_routes->row(selected.front());
+    if (row < 0 || row >= static_cast<int>(m_routeEntries.size())) {
+        m_ctx.ui().message(m_ctx.lang.has(559) ? m_ctx.lang.text(559) : "No route is selected.");
+        return nullptr;
+    }
+    return &m_routeEntries[static_cast<std::size_t>(row)];
+}
+
+void frmDelRoute::showList(ReportKind kind, const QString& title, const std::vector<std::string>& rows,
+                           const std::string& suffix) {
+    const routes::RouteEntry* route = m_routes->currentRow() >= 0 ? &m_routeEntries[static_cast<std::size_t>(m_routes->currentRow())] : nullptr;
+    auto* list = new frmListRS(m_ctx, kind, title, rows, route ? route->name : std::string(), suffix, this);
+    list->setAttribute(Qt::WA_DeleteOnClose);
+    list->show();
+    m_reports.push_back(list);
+}
+
+void frmDelRoute::showText(const QString& title, const std::string& text) {
+    m_reports.push_back(frmReport::show(m_ctx, title, text, this));
+}
+
+void frmDelRoute::Command1_Click() {
+    m_scenarios->setRowCount(0);
+    m_scenarioEntries.clear();
+    const routes::RouteEntry* route = selectedRoute();
+    if (!route)
+        return;
+    bool noFolder = false;
+    m_scenarioEntries = routes::listScenarios(m_ctx, *route, &noFolder);
+    if (noFolder) {
+        m_scenarios->setRowCount(1);
+        m_scenarios->setItem(0, 0, new QTableWidgetItem(tr("No Scenarios folder found")));
+    }
+    for (const auto& s : m_scenarioEntries) {
+        const int r = m_scenarios->rowCount();
+        m_scenarios->insertRow(r);
+        const QColor colour((s.colour() >> 16) & 0xFF, (s.colour() >> 8) & 0xFF, s.colour() & 0xFF);
+        int c = 0;
+        for (const std::string& text : {s.folder, s.name, s.legend()}) {
+            auto* item = new QTableWidgetItem(toQt(text));
+            item->setForeground(colour);
+            m_scenarios->setItem(r, c++, item);
+        }
+    }
+    m_scenarioCount->setText(tr("Scenarios: %1").arg(m_scenarioEntries.size()));
+}
+
+void frmDelRoute::Command4_Click() {
+    const routes::RouteEntry* route = selectedRoute();
+    if (!route)
+        return;
+    if (m_scenarioEntries.empty())
+        Command1_Click();
+    routes::RouteCheck check(m_ctx, *route, m_scenarioEntries);
+    m_check = check.run({false, 0}, &m_ctx.ui());
+    if (m_check.aborted)
+        return;
+    for (const auto& w : m_check.warnings)
+        m_ctx.ui().message(w, Icon::Warning);
+    std::vector<std::string> rows;
+    for (const auto& m : m_check.missing)
+        rows.push_back(m.row());
+    if (rows.empty())
+        m_ctx.ui().message("No Assets were missing from this route.");
+    else
+        showList(ReportKind::MissingItems, tr("Following Asset(s) were missing from this route:-"), rows);
+    if (m_ctx.ui().ask("Do you wish to view a list of Shapes used by this route?", Buttons::YesNo) == Answer::Yes)
+        showList(ReportKind::Used, tr("Following Asset(s) were used by this route:-"), m_check.assetsUnique, "_Assets.csv");
+    if (m_ctx.ui().ask("Would you like to check for missing Texture/Audio/Animation & Script files?", Buttons::YesNo) !=
+        Answer::Yes) {
+        routes::saveRouteReports(m_ctx, m_check);
+        return;
+    }
+    m_check = check.run({true, 0}, &m_ctx.ui());
+    if (m_check.aborted)
+        return;
+    routes::saveRouteReports(m_ctx, m_check);
+    showList(ReportKind::GeoFiles, tr("Following geometric item(s) were used by this route:-"), m_check.geoFiles,
+             "_GeoShapes.csv");
+    showText(tr("Missing Textures:-"), m_check.texturesReport());
+    if (m_ctx.ui().ask("Do you wish to view a list of Textures used by this route?", Buttons::YesNo) == Answer::Yes)
+        showList(ReportKind::Used, tr("Following Textures files were used by this route:-"), m_check.texturesUsed,
+                 "_Textures.csv");
+    if (!m_check.audioUsed.empty() &&
+        m_ctx.ui().ask("Do you wish to view a list of Audio files used by this route?", Buttons::YesNo) == Answer::Yes)
+        showList(ReportKind::Used, tr("Following Audio files were used by this route:-"), m_check.audioUsed, "_Sounds.csv");
+}
+
+void frmDelRoute::Command12_Click() { showText(tr("Routes and Scenarios"), routes::routesOverview(m_ctx, m_routeEntries)); }
+
+void frmDelRoute::Command26_Click() {
+    showText(tr("Routes with Scenario types"), routes::scenarioTypesTable(m_ctx, m_routeEntries));
+}
+
+void frmDelRoute::Command14_Click() {
+    const routes::RouteEntry* route = selectedRoute();
+    if (!route)
+        return;
+    m_scenarios->setRowCount(0);
+    m_scenarios->setHorizontalHeaderLabels({tr("Provider"), tr("Product"), QString()});
+    for (const auto& [provider, product] : routes::routeProviders(m_ctx, *route)) {
+        const int r = m_scenarios->rowCount();
+        m_scenarios->insertRow(r);
+        m_scenarios->setItem(r, 0, new QTableWidgetItem(toQt(provider)));
+        m_scenarios->setItem(r, 1, new QTableWidgetItem(toQt(product)));
+    }
+}
+
+void frmDelRoute::Command18_Click() {
+    const routes::RouteEntry* route = selectedRoute();
+    if (!route)
+        return;
+    bool anyError = false;
+    for (const QModelIndex& index : m_scenarios->selectionModel()->selectedRows()) {
+        if (index.row() >= static_cast<int>(m_scenarioEntries.size()))
+            continue;
+        const auto& s = m_scenarioEntries[static_cast<std::size_t>(index.row())];
+        const auto file = m_ctx.resolver.resolve(route->path, "Scenarios\\" + s.folder + "\\ScenarioProperties.xml");
+        std::string bin;
+        if (!file || !xmlTextToBin(ReadTextFile(*file), bin) || bin.size() < 1000) {
+            anyError = true;
+            m_ctx.ui().message("If you saw a message regarding Line 113, there is a format\nerror in " +
+                                   (file ? file->string() : s.folder),
+                               Icon::Warning);
+        }
+    }
+    m_ctx.ui().message(anyError ? "All selected ScenarioProperties.xml checked - at least one had a format error."
+                                : "All selected ScenarioProperties.xml checked - all formats OK.");
+}
+
+void frmDelRoute::Command3_Click() {
+    const routes::RouteEntry* route = selectedRoute();
+    const int row = m_scenarios->currentRow();
+    if (!route || row < 0 || row >= static_cast<int>(m_scenarioEntries.size()))
+        return;
+    std::string message;
+    std::vector<std::string> rows;
+    for (const auto& item : routes::scenarioStock(m_ctx, *route, m_scenarioEntries[static_cast<std::size_t>(row)], &message))
+        rows.push_back(item.path + "\t" + item.name);
+    if (!message.empty())
+        m_ctx.ui().message(message);
+    else
+        showList(ReportKind::ScenarioStock, tr("Stock used by this scenario"), rows);
+}
+
+void frmDelRoute::Command15_Click() {
+    const routes::RouteEntry* route = selectedRoute();
+    if (!route)
+        return;
+    if (m_scenarioEntries.empty())
+        Command1_Click();
+    std::vector<std::string> rows;
+    for (const auto& s : m_scenarioEntries)
+        for (const auto& item : routes::scenarioStock(m_ctx, *route, s))
+            rows.push_back(item.path + "\t" + item.name);
+    showList(ReportKind::ScenarioStock, tr("Stock used by all scenarios"), rows);
+}
+
+void frmDelRoute::Command21_Click() {
+    std::vector<std::string> rows;
+    for (const auto& r : m_routeEntries) {
+        const auto scenarios = routes::listScenarios(m_ctx, r);
+        if (scenarios.empty())
+            m_ctx.ui().message("There are no scenarios in:-\n" + r.name);
+        for (const auto& s : scenarios)
+            for (const auto& item : routes::scenarioStock(m_ctx, r, s))
+                rows.push_back(item.path);
+    }
+    // One entry per value, compared in upper case.
+    std::sort(rows.begin(), rows.end(), [](const std::string& a, const std::string& b) { return toLowerAscii(a) < toLowerAscii(b); });
+    rows.erase(std::unique(rows.begin(), rows.end(), [](const std::string& a, const std::string& b) { return iequals(a, b); }),
+               rows.end());
+    showList(ReportKind::AllStock, tr("All rolling stock used by all routes"), rows);
+}
+
+frmFindLoco::frmFindLoco(AppContext& ctx, const std::string& assetPath, const std::string& assetName, QWidget* parent)
+    : QDialog(parent) {
+    setObjectName("frmFindLoco");
+    setWindowTitle(tr("Where is it used?") + " " + toQt(assetName));
+    m_results = new QListWidget;
+    m_results->setObjectName("List3");
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(new QLabel(toQt(assetPath)));
+    layout->addWidget(m_results, 1);
+    const auto uses = routes::whereUsed(ctx, routes::listRoutes(ctx), assetPath);
+    for (const auto& u : uses)
+        m_results->addItem(toQt(u.route + "\t" + u.scenario + "\t" + u.scenarioFolder));
+    if (uses.empty())
+        m_results->addItem(tr("Not used by any scenario"));
+}
+
+} // namespace velmora::ui

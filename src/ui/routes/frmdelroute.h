@@ -1,0 +1,69 @@
+#pragma once
+// frmDelRoute: the routes of the install, the scenarios of one, and the route check.
+// frmFindLoco: where an asset is used in the scenarios of all routes.
+
+#include "frmlistrs.h"
+#include "velmora/routes/routecheck.h"
+
+#include <QDialog>
+#include <QPointer>
+
+class QLabel;
+class QListWidget;
+class QPushButton;
+class QTableWidget;
+
+namespace velmora::ui {
+
+class frmDelRoute : public QDialog {
+    Q_OBJECT
+public:
+    // `packageMode` is the route packaging's use of the screen, whose actions come later.
+    frmDelRoute(AppContext& ctx, bool packageMode = false, QWidget* parent = nullptr);
+
+    QListWidget* routeList() const { return m_routes; }   // List1
+    QTableWidget* scenarioList() const { return m_scenarios; } // List3
+    const routes::RouteCheckResult& lastCheck() const { return m_check; }
+    // The report screens opened so far, newest last (for the tests and for closing them).
+    const std::vector<QPointer<QWidget>>& reports() const { return m_reports; }
+
+public slots:
+    void Command1_Click();  // List Scenarios in Selected Route
+    void Command4_Click();  // the route check
+    void Command12_Click(); // Print list of all Routes and Scenarios
+    void Command26_Click(); // List Routes with Scenario types
+    void Command14_Click(); // Show Provider / Products used in selected route
+    void Command18_Click(); // Check ScenarioProperties
+    void Command3_Click();  // stock of the selected scenario
+    void Command15_Click(); // stock used by all scenarios of the route
+    void Command21_Click(); // all rolling stock used by all routes
+
+private:
+    const routes::RouteEntry* selectedRoute();
+    void showList(ReportKind kind, const QString& title, const std::vector<std::string>& rows,
+                  const std::string& suffix = {});
+    void showText(const QString& title, const std::string& text);
+
+    AppContext& m_ctx;
+    bool m_packageMode;
+    std::vector<routes::RouteEntry> m_routeEntries;
+    std::vector<routes::ScenarioEntry> m_scenarioEntries;
+    routes::RouteCheckResult m_check;
+    QListWidget* m_routes;
+    QTableWidget* m_scenarios;
+    QLabel* m_routeCount;
+    QLabel* m_scenarioCount;
+    std::vector<QPointer<QWidget>> m_reports;
+};
+
+class frmFindLoco : public QDialog {
+    Q_OBJECT
+public:
+    frmFindLoco(AppContext& ctx, const std::string& assetPath, const std::string& assetName, QWidget* parent = nullptr);
+    QListWidget* results() const { return m_results; }
+
+private:
+    QListWidget* m_results;
+};
+
+} // namespace velmora::ui

@@ -1,0 +1,189 @@
+#include "frmlistrs.h"
+
+#include "../common/desktopui.h"
+#include "velmora/core/services.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace velmora::ui {
+
+namespace {
+std::vector<std::string> cellsOf(const std::string& row) {
+    std::vector<std::string> cells;
+    std::size_t start = 0;
+    for (;;) {
+        const auto tab = row.find('\t', start);
+        cells.push_back(row.substr(start, tab == std::string::npos ? std::string::npos : tab - start));
+        if (tab == std::string::npos)
+            return cells;
+        start = tab + 1;
+    }
+}
+} // namespace
+
+frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, const std::vector<std::string>& rows,
+                     const std::string& routeName, const std::string& suffix, QWidget* parent)
+    : QDialog(parent), m_ctx(ctx), m_kind(kind), m_proposed(routeName + suffix) {
+    setObjectName("frmListRS");
+    setWindowTitle(title);
+    resize(900, 600);
+    m_grid = new QTableWidget;
+    m_grid->setObjectName("VSFG1");
+    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_grid->horizontalHeader()->setStretchLastSection(true);
+    auto* caption = new QLabel(title);
+    caption->setObjectName("Label1");
+    auto* note = new QLabel;
+    note->setObjectName("Label5");
+    if (kind == ReportKind::MissingItems)
+        note->setText(tr("Note: Items might list as missing because they are in unpacked .ap files"));
+    auto button = [this](const char* name, const QString& text) {
+        auto* b = new QPushButton(text);
+        b->setObjectName(name);
+        return b;
+    };
+    QPushButton* dupes = button("Command1", tr("Remove dupes"));
+    QPushButton* save = button("Command6", tr("Save Grid as File"));
+    QPushButton* batch = button("Command7", tr("Save Grid as Batch File"));
+    QPushButton* close = button("Command2", m_ctx.lang.has(9) ? toQt(m_ctx.lang.text(9)) : tr("Exit"));
+    connect(dupes, &QPushButton::clicked, this, &frmListRS::Command1_Click);
+    connect(save, &QPushButton::clicked, this, &frmListRS::Command6_Click);
+    connect(batch, &QPushButton::clicked, this, &frmListRS::Command7_Click);
+    connect(close, &QPushButton::clicked, this, &QDialog::accept);
+    // What each kind of report offers.
+    const bool offersDupes = kind == ReportKind::MissingItems || kind == ReportKind::Used || kind == ReportKind::ScenarioStock ||
+                             kind == ReportKind::GeoFiles || kind == ReportKind::AllStock || kind == ReportKind::ProviderItems;
+    dupes->setEnabled(offersDupes);
+    batch->setVisible(kind == ReportKind::ProviderItems);
+    auto* buttons = new QHBoxLayout;
+    for (QPushButton* b : {dupes, save, batch})
+        buttons->addWidget(b);
+    buttons->addStretch(1);
+    buttons->addWidget(close);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(caption);
+    layout->addWidget(m_grid, 1);
+    layout->addWidget(note);
+    layout->addLayout(buttons);
+    setRows(rows);
+}
+
+void frmListRS::setRows(const std::vector<std::string>& rows) {
+    std::size_t columns = 1;
+    std::vector<std::vector<std::string>> table;
+    for (const auto& r : rows) {
+        table.push_back(cellsOf(r));
+        columns = std::max(columns, table.back().size());
+    }
+    m_grid->clear();
+    m_grid->setColumnCount(static_cast<int>(columns));
+    m_grid->setRowCount(static_cast<int>(table.size()));
+    for (int r = 0; r < static_cast<int>(table.size()); ++r)
+        for (int c = 0; c < static_cast<int>(table[static_cast<std::size_t>(r)].size()); ++c)
+            m_grid->setItem(r, c, new QTableWidgetItem(toQt(table[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)])));
+    // Stock with numbers: a number that occurs twice is drawn in red.
+    if (m_kind == ReportKind::StockWithNumbers) {
+        std::map<std::string, int> seen;
+        for (const auto& row : table)
+            ++seen[row.front()];
+        for (int r = 0; r < m_grid->rowCount(); ++r)
+            if (seen[table[static_cast<std::size_t>(r)].front()] > 1)
+                for (int c = 0; c < m_grid->columnCount(); ++c)
+                    if (auto* item = m_grid->item(r, c))
+                        item->setForeground(Qt::red);
+    }
+}
+
+std::vector<std::string> frmListRS::rows() const {
+    std::vector<std::string> out;
+    for (int r = 0; r < m_grid->rowCount(); ++r) {
+        std::string row;
+        for (int c = 0; c < m_grid->columnCount(); ++c) {
+            if (c)
+                row += '\t';
+            if (auto* item = m_grid->item(r, c))
+                row += fromQt(item->text());
+        }
+        while (!row.empty() && row.back() == '\t')
+            row.pop_back();
+        out.push_back(row);
+    }
+    return out;
+}
+
+void frmListRS::Command1_Click() {
+    auto all = rows();
+    SortStrings(all, 0, static_cast<std::ptrdiff_t>(all.size()) - 1);
+    std::vector<std::string> unique;
+    for (const auto& r : all)
+        if (unique.empty() || unique.back() != r)
+            unique.push_back(r);
+    setRows(unique);
+}
+
+bool frmListRS::saveTo(const std::filesystem::path& file) {
+    const std::string name = file.filename().string();
+    const std::string last = name.size() >= 3 ? toLowerAscii(name.substr(name.size() - 3)) : std::string();
+    std::string text;
+    const auto all = rows();
+    if (last == "csv" || last == "txt" || last == "tab") {
+        for (std::string row : all) {
+            if (last == "csv")
+                std::replace(row.begin(), row.end(), '\t', ',');
+            text += row + "\r\n";
+        }
+    } else if (last == "xls") {
+        text = "<?xml version=\"1.0\"?>\r\n<?mso-application progid=\"Excel.Sheet\"?>\r\n"
+               "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
+               "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\"><Worksheet ss:Name=\"Report\"><Table>\r\n";
+        for (const auto& row : all) {
+            text += "<Row>";
+            for (const auto& cell : cellsOf(row)) {
+                QString escaped = toQt(cell).toHtmlEscaped();
+                text += "<Cell><Data ss:Type=\"String\">" + escaped.toStdString() + "</Data></Cell>";
+            }
+            text += "</Row>\r\n";
+        }
+        text += "</Table></Worksheet></Workbook>\r\n";
+    } else {
+        return false;
+    }
+    if (FileExists(file) && SerzBackup(file).outcome == BackupResult::Outcome::Failed)
+        return false;
+    return WriteTextFile(file, text, &m_ctx.ui());
+}
+
+void frmListRS::Command6_Click() {
+    MakePath(m_ctx.reports());
+    FileRequest request{"Save Grid as File", m_ctx.reports() / m_proposed,
+                        "Comma Separated (*.csv)|*.csv|Excel file (*.xls)|*.xls|Tabbed text file (*.txt)|*.txt", true};
+    if (auto chosen = m_ctx.ui().chooseFile(request); chosen && !chosen->empty())
+        saveTo(*chosen);
+}
+
+bool frmListRS::saveBatch(const std::filesystem::path& file) {
+    std::string text;
+    for (std::string row : rows()) {
+        while (!row.empty() && (row.back() == ' ' || row.back() == '\t'))
+            row.pop_back();
+        text += row + "\r\n";
+    }
+    if (FileExists(file) && SerzBackup(file).outcome == BackupResult::Outcome::Failed)
+        return false;
+    return WriteTextFile(file, text, &m_ctx.ui());
+}
+
+void frmListRS::Command7_Click() {
+    FileRequest request{"Save Grid as Batch File", m_ctx.reports(), "Batch file (*.bat)|*.bat", true};
+    if (auto chosen = m_ctx.ui().chooseFile(request); chosen && !chosen->empty())
+        saveBatch(*chosen);
+}
+
+} // namespace velmora::ui

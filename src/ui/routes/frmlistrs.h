@@ -1,0 +1,54 @@
+#pragma once
+// frmListRS: the one grid report screen. Its mode (the report kind) says what the rows are and
+// which commands it offers: Remove dupes, saving in three forms or as a batch file.
+
+#include "velmora/core/appcontext.h"
+
+#include <QDialog>
+
+class QLabel;
+class QPushButton;
+class QTableWidget;
+
+namespace velmora::ui {
+
+enum class ReportKind {
+    MissingItems = 1, // <path> TAB <label> on tile <tile>
+    ItemsWithLocations = 3,
+    Used = 4,         // assets, textures or audio used
+    MissingTextures = 5,
+    ScenarioStock = 6,
+    StockWithNumbers = 7,
+    GeoFiles = 8,
+    ScenarioScenery = 9,
+    AllStock = 10,
+    ProviderItems = 12,
+};
+
+class frmListRS : public QDialog {
+    Q_OBJECT
+public:
+    // Rows are TAB-separated; `suffix` ends the proposed file name (e.g. "_Assets.csv").
+    frmListRS(AppContext& ctx, ReportKind kind, const QString& title, const std::vector<std::string>& rows,
+              const std::string& routeName = {}, const std::string& suffix = {}, QWidget* parent = nullptr);
+
+    QTableWidget* grid() const { return m_grid; }
+    std::vector<std::string> rows() const;
+
+public slots:
+    void Command1_Click(); // Remove dupes
+    // Save in the form the name's last three letters pick; true when written.
+    bool saveTo(const std::filesystem::path& file);
+    void Command6_Click(); // Save Grid as File
+    bool saveBatch(const std::filesystem::path& file); // Command7: the rows as a batch file
+    void Command7_Click();
+
+private:
+    void setRows(const std::vector<std::string>& rows);
+    AppContext& m_ctx;
+    ReportKind m_kind;
+    std::string m_proposed;
+    QTableWidget* m_grid;
+};
+
+} // namespace velmora::ui

@@ -1,0 +1,95 @@
+// The route screen on a demo install, offscreen: the lists, the check and its reports.
+
+#include "routes/frmdelroute.h"
+#include "velmora/core/userinterface.h"
+#include "velmora/demo/demoinstall.h"
+
+#include <QListWidget>
+#include <QTableWidget>
+#include <QtTest>
+
+#include <filesystem>
+
+using namespace velmora;
+namespace fs = std::filesystem;
+
+class TestFrmDelRoute : public QObject {
+    Q_OBJECT
+
+    fs::path m_dir;
+    std::unique_ptr<ScriptedUi> m_ui;
+    std::unique_ptr<AppContext> m_ctx;
+
+private slots:
+    void initTestCase() {
+        m_dir = fs::temp_directory_path() / ("velmora-uiroutes-" + std::to_string(QCoreApplication::applicationPid()));
+        fs::remove_all(m_dir);
+        QVERIFY(demo::generateDemoInstall(m_dir / "rw", {}).ok);
+    }
+    void cleanupTestCase() { fs::remove_all(m_dir); }
+    void init() {
+        m_ui = std::make_unique<ScriptedUi>();
+        m_ctx = std::make_unique<AppContext>(m_dir / "home", m_dir / "data", *m_ui);
+        StartupOptions o;
+        o.railWorks = m_dir / "rw";
+        o.askForRoot = false;
+        runStartup(*m_ctx, o);
+    }
+
+    void routesAndColouredScenarios() {
+        ui::frmDelRoute screen(*m_ctx);
+        QCOMPARE(screen.routeList()->count(), 2);
+        QVERIFY(screen.routeList()->item(0)->text().contains("Demo Valley Line"));
+        screen.routeList()->setCurrentRow(0);
+        screen.Command1_Click();
+        QTableWidget* scenarios = screen.scenarioList();
+        QVERIFY(scenarios->rowCount() >= 6);
+        bool workshop = false;
+        for (int r = 0; r < scenarios->rowCount(); ++r)
+            if (scenarios->item(r, 2)->text() == "Workshop Scenario") {
+                workshop = true;
+                QCOMPARE(scenarios->item(r, 1)->foreground().color(), QColor(0, 255, 255));
+            }
+        QVERIFY(workshop);
+    }
+
+    void theCheckShowsWhatIsMissingAndSavesItsReports() {
+        ui::frmDelRoute screen(*m_ctx);
+        screen.routeList()->setCurrentRow(0);
+        m_ui->pushAnswer(Answer::No);  // no list of shapes
+        m_ui->pushAnswer(Answer::Yes); // on to textures and sounds
+        m_ui->pushAnswer(Answer::No);  // no list of textures
+        m_ui->pushAnswer(Answer::No);  // no list of sounds
+        screen.Command4_Click();
+        QVERIFY(screen.lastCheck().deepDone);
+        QVERIFY(!screen.reports().empty());
+        auto* missing = qobject_cast<ui::frmListRS*>(screen.reports().front().data());
+        QVERIFY(missing);
+        QVERIFY(missing->windowTitle().startsWith("Following Asset(s) were missing"));
+        bool coalDrops = false;
+        for (const auto& row : missing->rows())
+            coalDrops = coalDrops || row.find("Coal_Drops.bin\t(Scenery Item) on tile") != std::string::npos;
+        QVERIFY(coalDrops);
+        QVERIFY(fs::exists(m_ctx->reports() / "MissingAssets.csv"));
+        QVERIFY(fs::exists(m_ctx->reports() / "Demo Valley Line_Textures.csv"));
+
+        // Remove dupes and saving in the three forms.
+        missing->Command1_Click();
+        for (const char* name : {"m.csv", "m.txt", "m.xls"})
+            QVERIFY(missing->saveTo(m_dir / name));
+        QVERIFY(!missing->saveTo(m_dir / "m.doc"));
+    }
+
+    void findLocoFindsTheScenariosThatUseAWagon() {
+        ui::frmFindLoco find(*m_ctx, "DemoRail\\Class66Pack\\RailVehicles\\Freight\\HTA\\HTA_Sludge.bin", "HTA");
+        QVERIFY(find.results()->count() >= 1);
+        QVERIFY(!find.results()->item(0)->text().startsWith("Not used"));
+    }
+};
+
+int runTestFrmDelRoute(int argc, char** argv) {
+    TestFrmDelRoute t;
+    return QTest::qExec(&t, argc, argv);
+}
+
+#include "test_frmdelroute.moc"
