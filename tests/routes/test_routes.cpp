@@ -207,4 +207,15 @@ TEST_F(DemoRoutes, ScenarioStockAndWhereItIsUsed) {
         EXPECT_FALSE(whereUsed(*m_ctx, routes, rel).empty()) << rel;
     }
     EXPECT_TRUE(whereUsed(*m_ctx, routes, "Nobody\\Nothing\\none.bin").empty());
+
+    // Running numbers with the vehicle that carries each.
+    for (const auto& s : listScenarios(*m_ctx, *valley)) {
+        const auto numbers = scenarioNumbers(*m_ctx, *valley, s);
+        for (const auto& row : numbers)
+            EXPECT_NE(row.find('\t'), std::string::npos) << row;
+        if (s.name.find("coal run") != std::string::npos) {
+            ASSERT_FALSE(numbers.empty());
+            EXPECT_EQ(numbers.front(), "66 251\tDemoRail Class 66 EWS");
+        }
+    }
 }

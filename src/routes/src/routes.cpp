@@ -296,6 +296,30 @@ std::vector<StockItem> scenarioStock(AppContext& ctx, const RouteEntry& route, c
     return out;
 }
 
+std::vector<std::string> scenarioNumbers(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario,
+                                         std::string* message) {
+    std::vector<std::string> rows;
+    const auto file = ctx.resolver.resolve(route.path, "Scenarios\\" + scenario.folder + "\\Scenario.bin");
+    std::string xml;
+    if (!file || !binToXmlText(*file, xml)) {
+        if (message)
+            *message = "There is no scenario.bin file in this folder.\noperation aborted.";
+        return rows;
+    }
+    std::size_t pos = 1;
+    for (;;) {
+        std::string number, name;
+        GetDetail(xml, pos, "UniqueNumber", number, kBinary);
+        if (!pos)
+            break;
+        GetDetail(xml, pos, "Name", name, kBinary);
+        if (!pos)
+            break;
+        rows.push_back(number + "\t" + DecodedChars(name));
+    }
+    return rows;
+}
+
 std::vector<Use> whereUsed(AppContext& ctx, const std::vector<RouteEntry>& routes, const std::string& asset) {
     auto key = [](std::string p) {
         std::replace(p.begin(), p.end(), '/', '\\');

@@ -50,6 +50,7 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
         {"Command18", "Check ScenarioProperties", &frmDelRoute::Command18_Click},
         {"Command3", "List Stock used by selected scenario", &frmDelRoute::Command3_Click},
         {"Command15", "List Stock used by all scenarios", &frmDelRoute::Command15_Click},
+        {"Command19", "List Stock used with wagon numbers", &frmDelRoute::Command19_Click},
         {"Command21", "List ALL rolling stock used by all routes.", &frmDelRoute::Command21_Click},
     };
     auto* grid = new QGridLayout;
@@ -253,6 +254,19 @@ void frmDelRoute::Command15_Click() {
         for (const auto& item : routes::scenarioStock(m_ctx, *route, s))
             rows.push_back(item.path + "\t" + item.name);
     showList(ReportKind::ScenarioStock, tr("Stock used by all scenarios"), rows);
+}
+
+void frmDelRoute::Command19_Click() {
+    const routes::RouteEntry* route = selectedRoute();
+    const int row = m_scenarios->currentRow();
+    if (!route || row < 0 || row >= static_cast<int>(m_scenarioEntries.size()))
+        return;
+    std::string message;
+    const auto rows = routes::scenarioNumbers(m_ctx, *route, m_scenarioEntries[static_cast<std::size_t>(row)], &message);
+    if (!message.empty())
+        m_ctx.ui().message(message);
+    else
+        showList(ReportKind::StockWithNumbers, tr("Stock used with wagon numbers"), rows);
 }
 
 void frmDelRoute::Command21_Click() {

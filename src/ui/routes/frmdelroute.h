@@ -36,6 +36,7 @@ public slots:
     void Command18_Click(); // Check ScenarioProperties
     void Command3_Click();  // stock of the selected scenario
     void Command15_Click(); // stock used by all scenarios of the route
+    void Command19_Click(); // stock of the selected scenario with wagon numbers
     void Command21_Click(); // all rolling stock used by all routes
 
 private:

@@ -57,6 +57,11 @@ struct StockItem {
 std::vector<StockItem> scenarioStock(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario,
                                      std::string* message = nullptr);
 
+// The stock of a scenario with its running numbers: each UniqueNumber and the Name that follows
+// it, as "<number>\t<name>" rows.
+std::vector<std::string> scenarioNumbers(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario,
+                                         std::string* message = nullptr);
+
 struct Use {
     std::string route, routeFolder, scenario, scenarioFolder;
 };
