@@ -2,6 +2,8 @@
 
 #include "velmora/assets/checks.h"
 #include "velmora/core/appcontext.h"
+#include "velmora/core/convert.h"
+#include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/demo/demoinstall.h"
 
@@ -150,4 +152,71 @@ TEST_F(DemoChecks, PackageMissingAssetsCopiesFilesAndTheirSeasons) {
     EXPECT_GT(copied, 2);
     EXPECT_TRUE(fs::exists(m_ctx->appPath() / "NewPackage/Assets/DemoRail/Class66Pack/Scenery/Faulty/Coal_Stage.bin"));
     EXPECT_FALSE(fs::exists(m_ctx->appPath() / "NewPackage/etc")) << "nothing outside the Assets tree";
+}
+
+TEST_F(DemoChecks, LoftsListTheTexturesOfTheirCrossSection) {
+    AssetChecks checks(*m_ctx);
+    const Report r = checks.filesUsedByLofts({row("Alpenbahn/Gotthard/Loft/Fence_Wood.bin")});
+    EXPECT_TRUE(mentions(r, "Fence_Wood.XSec", false)) << linesOf(r);
+    // The section's texture, its value read from the list the section holds.
+    bool texture = false;
+    for (const auto& l : r.lines)
+        texture = texture || l.text.find("Fence_Wood.TgPcDx") != std::string::npos;
+    EXPECT_TRUE(texture) << linesOf(r);
+    EXPECT_TRUE(checks.fileList.lines.empty()) << "the buffer is handed back and cleared";
+    // An asset without a shape says why it shows no textures.
+    const Report sound = checks.filesUsedByAsset({row("DemoRail/Class66Pack/Audio/Ambient/Stream.bin")});
+    EXPECT_TRUE(mentions(sound, "Selected item did not have an associated .GeoPcDx file", false)) << linesOf(sound);
+}
+
+TEST_F(DemoChecks, UseInScenariosStoresWithABackupAndDropsTheCache) {
+    // A copy of a scenery blueprint that the simulator would not offer in scenarios.
+    const fs::path folder = s_dir / "rw/Assets/DemoRail/Class66Pack/Scenery/Buildings";
+    const fs::path source = folder / "SignalBox.bin";
+    std::string xml;
+    ASSERT_TRUE(binToXmlText(source, xml));
+    const auto valid = xml.find("<ValidInScenarios");
+    ASSERT_NE(valid, std::string::npos);
+    const auto gt = xml.find('>', valid);
+    const auto lt = xml.find('<', gt);
+    xml.replace(gt + 1, lt - gt - 1, "eFalse");
+    std::string bin;
+    ASSERT_TRUE(xmlTextToBin(xml, bin));
+    const fs::path copy = folder / "Hidden_Box.bin";
+    ASSERT_TRUE(WriteTextFile(copy, bin));
+    const fs::path pak = s_dir / "rw/Assets/DemoRail/Class66Pack/BluePrints.pak";
+    if (!fs::exists(pak))
+        std::ofstream(pak) << "cache";
+    m_ctx->resolver.invalidate();
+
+    AssetChecks checks(*m_ctx);
+    std::vector<AssetRow> rows{row("DemoRail/Class66Pack/Scenery/Buildings/Hidden_Box.bin")};
+    rows[0].inScene = "No";
+    EXPECT_TRUE(checks.useInScenarios(rows).empty());
+    EXPECT_EQ(rows[0].inScene, "Yes");
+    EXPECT_TRUE(fs::exists(copy.string() + ".bak"));
+    EXPECT_FALSE(fs::exists(pak)) << "the simulator rebuilds its cache";
+    std::string after;
+    ASSERT_TRUE(binToXmlText(copy, after));
+    EXPECT_NE(after.find(">eTrue</ValidInScenarios>"), std::string::npos);
+
+    // A blueprint already offered is left as it stands: no second backup.
+    EXPECT_TRUE(checks.useInScenarios(rows).empty());
+    EXPECT_FALSE(fs::exists(copy.string() + ".bak1"));
+}
+
+TEST_F(DemoChecks, ProcessMissingAssetsFindsTheNamedBlueprints) {
+    AssetChecks checks(*m_ctx);
+    std::vector<AssetRow> rows;
+    EXPECT_EQ(checks.missingAssetRows(rows, "*.bin", ""),
+              "Your missing assets file could not be found, must be saved as\nReports\\MissingAssets.csv");
+    fs::create_directories(m_ctx->reports());
+    std::ofstream(m_ctx->reports() / "MissingAssets.csv", std::ios::binary)
+        << (s_dir / "rw/Assets/DemoRail/Class66Pack/Scenery/Faulty/Coal_Stage.bin").string() << "\r\n\r\n"
+        << "C:\\RailWorks\\Assets\\Nobody\\Nothing\\Gone.bin\r\n";
+    EXPECT_EQ(checks.missingAssetRows(rows, "*.bin", ""), "");
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].path, "Scenery\\Faulty\\Coal_Stage.bin");
+    const Report bits = checks.getAssetBits(rows);
+    EXPECT_TRUE(mentions(bits, "CoalStage_Missing.TgPcDx", true));
 }

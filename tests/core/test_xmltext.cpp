@@ -231,3 +231,10 @@ TEST(InStr, FoldsWindows1252LettersInTextMode) {
     EXPECT_EQ(InStrRev("abcabc", "abc", 3, Match::Binary), 1u);
     EXPECT_EQ(InStrRev("abcabc", "x", 6, Match::Binary), 0u);
 }
+
+TEST(ElementValues, PlainValuesAndLists) {
+    const std::string xml = "<Texture>a\\b</Texture><x/><Texture>\r\n<e d:type=\"cDeltaString\">c</e>\r\n"
+                            "<e d:type=\"cDeltaString\"></e>\r\n<e d:type=\"cDeltaString\">d</e>\r\n</Texture><Texture>";
+    EXPECT_EQ(ElementValues(xml, "Texture"), (std::vector<std::string>{"a\\b", "c", "d"}));
+    EXPECT_TRUE(ElementValues("<Other>x</Other>", "Texture").empty());
+}

@@ -451,11 +451,7 @@ void AssetChecks::GetLoftBits(const std::string& xml, Report& out) {
     const fs::path file = resolve(relative, exists);
     add(out, file.string(), file.string(), !exists);
     const std::string sectionXml = exists ? convert(file) : std::string();
-    for (std::size_t at = find(sectionXml, "<Texture>"); at > 0; at = find(sectionXml, "<Texture>", at + 1)) {
-        const std::size_t end = find(sectionXml, "</Texture>", at);
-        if (!end)
-            break;
-        const std::string value = sectionXml.substr(at + 8, end - at - 9);
+    for (const std::string& value : ElementValues(sectionXml, "Texture")) {
         bool textureExists = false;
         const fs::path texture = resolve(texturePath(value, relative), textureExists);
         add(out, texture.string(), texture.string(), !textureExists);

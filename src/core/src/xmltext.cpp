@@ -197,6 +197,31 @@ void applyAmpersandRow(std::string& text, bool skipQuo) {
 
 } // namespace
 
+std::vector<std::string> ElementValues(std::string_view text, std::string_view tag) {
+    std::vector<std::string> values;
+    const std::string open = "<" + std::string(tag) + ">";
+    const std::string close = "</" + std::string(tag) + ">";
+    for (std::size_t at = text.find(open); at != std::string_view::npos; at = text.find(open, at + 1)) {
+        const std::size_t end = text.find(close, at);
+        if (end == std::string_view::npos)
+            break;
+        const std::string_view block = text.substr(at + open.size(), end - at - open.size());
+        if (block.find('<') == std::string_view::npos) {
+            values.emplace_back(block);
+            continue;
+        }
+        for (std::size_t e = block.find("<e"); e != std::string_view::npos; e = block.find("<e", e + 1)) {
+            const std::size_t gt = block.find('>', e);
+            const std::size_t lt = gt == std::string_view::npos ? gt : block.find('<', gt + 1);
+            if (lt == std::string_view::npos)
+                break;
+            if (lt > gt + 1)
+                values.emplace_back(block.substr(gt + 1, lt - gt - 1));
+        }
+    }
+    return values;
+}
+
 std::size_t InStr(std::size_t from, std::string_view text, std::string_view what, Match match) {
     if (from == 0)
         return 0;

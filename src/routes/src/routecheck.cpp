@@ -100,27 +100,6 @@ std::string nameOf(const std::string& path) {
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
-// The textures of a cross section: each <Texture> block, its value or the values of its <e>
-// elements when it holds a list.
-std::vector<std::string> sectionTextures(const std::string& xml) {
-    std::vector<std::string> values;
-    for (std::size_t at = find(xml, "<Texture>"); at > 0; at = find(xml, "<Texture>", at + 1)) {
-        const std::size_t end = find(xml, "</Texture>", at);
-        if (!end)
-            break;
-        const std::string block = xml.substr(at + 8, end - at - 9);
-        if (block.find('<') == std::string::npos) {
-            values.push_back(block);
-            continue;
-        }
-        for (const std::string& line : SplitLines(block)) {
-            std::string value;
-            if (find(line, "<e") && lineValue(line, value) && !value.empty())
-                values.push_back(value);
-        }
-    }
-    return values;
-}
 
 struct Ref {
     std::string path; // below Assets, backslashes
@@ -355,7 +334,7 @@ struct Checker {
             return f;
         }
         if (iendsWith(geo, "XSec")) {
-            for (const std::string& value : sectionTextures(xml))
+            for (const std::string& value : ElementValues(xml, "Texture"))
                 require(texturePath(value, geo) + ".TgPcDx", caller, f, present);
             return f;
         }

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace velmora {
 
@@ -61,6 +62,10 @@ std::string DecodedChars(std::string_view text);
 void ReplaceApos(std::string& text, ErrorLog* log = nullptr);
 // Writing direction for the two places that write ordinary UTF-8.
 void ReplaceApos2(std::string& text, ErrorLog* log = nullptr);
+
+// The values of every <tag> element of a text: its own value, or, when it holds a list, the
+// values of its <e> elements in order. Used for the texture lists of cross sections.
+std::vector<std::string> ElementValues(std::string_view text, std::string_view tag);
 
 // Searches used by the helpers, exposed for callers that scan documents the same way.
 // `from` is one-based; the result is one-based, 0 when absent.
