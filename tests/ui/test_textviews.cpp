@@ -1,0 +1,87 @@
+// The pieces the screens share: document text to views and back, the report screens.
+
+#include "common/doctext.h"
+#include "common/frmreport.h"
+#include "routes/frmlistrs.h"
+#include "velmora/core/services.h"
+#include "velmora/core/userinterface.h"
+
+#include <QPlainTextEdit>
+#include <QTableWidget>
+#include <QtTest>
+
+#include <filesystem>
+
+using namespace velmora;
+namespace fs = std::filesystem;
+
+class TestTextViews : public QObject {
+    Q_OBJECT
+
+    fs::path m_dir;
+    std::unique_ptr<ScriptedUi> m_ui;
+    std::unique_ptr<AppContext> m_ctx;
+
+private slots:
+    void init() {
+        m_dir = fs::temp_directory_path() / ("velmora-uitext-" + std::to_string(QCoreApplication::applicationPid()));
+        fs::remove_all(m_dir);
+        m_ui = std::make_unique<ScriptedUi>();
+        m_ctx = std::make_unique<AppContext>(m_dir / "home", m_dir / "data", *m_ui);
+    }
+    void cleanup() {
+        m_ctx.reset();
+        fs::remove_all(m_dir);
+    }
+
+    void documentTextComesBackByteForByte() {
+        // UTF-8 with CR LF, as the converter writes it.
+        const std::string utf8 = "<a>M\xC3\xBChle</a>\r\n<b>\xEF\xBF\xBC</b>\r\n";
+        ui::TextForm form;
+        QString text = ui::decodeDocument(utf8, form);
+        QVERIFY(form.utf8);
+        QVERIFY(form.crlf);
+        QVERIFY(!text.contains('\r'));
+        QVERIFY(text.contains(QString::fromUtf8("M\xC3\xBChle")));
+        QCOMPARE(ui::encodeDocument(text, form), utf8);
+
+        // Bytes that are not UTF-8 stay bytes; LF stays LF.
+        const std::string bytes = "<a>M\xFChle \xC3\xF9</a>\n";
+        text = ui::decodeDocument(bytes, form);
+        QVERIFY(!form.utf8);
+        QVERIFY(!form.crlf);
+        QCOMPARE(ui::encodeDocument(text, form), bytes);
+    }
+
+    void gridReportsRemoveDupesAndMarkRepeatedNumbers() {
+        ui::frmListRS stock(*m_ctx, ui::ReportKind::StockWithNumbers, "Stock", {"66 251\tLoco", "310607\tHTA", "66 251\tLoco 2"});
+        QCOMPARE(stock.grid()->columnCount(), 2);
+        QCOMPARE(stock.grid()->item(0, 0)->foreground().color(), QColor(Qt::red));
+        QCOMPARE(stock.grid()->item(2, 1)->foreground().color(), QColor(Qt::red));
+        QVERIFY(stock.grid()->item(1, 0)->foreground().color() != QColor(Qt::red));
+
+        ui::frmListRS used(*m_ctx, ui::ReportKind::Used, "Used", {"b.bin", "a.bin", "b.bin", "c.bin"}, "Route", "_Assets.csv");
+        used.Command1_Click();
+        QCOMPARE(used.rows(), (std::vector<std::string>{"a.bin", "b.bin", "c.bin"}));
+        QVERIFY(used.saveTo(m_dir / "r.csv"));
+        QVERIFY(used.saveTo(m_dir / "r.csv"));
+        QVERIFY2(fs::exists(m_dir / "r.csv.bak"), "an older report is kept");
+        QVERIFY(used.saveBatch(m_dir / "del.bat"));
+        QCOMPARE(ReadTextFile(m_dir / "del.bat"), std::string("a.bin\r\nb.bin\r\nc.bin\r\n"));
+    }
+
+    void theTextReportSavesUnderReports() {
+        ui::frmReport report(*m_ctx, "Report", "line one\nline \xFC two\n");
+        QVERIFY(report.textBox()->toPlainText().contains("line"));
+        m_ui->pushPath(m_dir / "home/Reports/Check.txt");
+        QVERIFY(report.saveReport());
+        QCOMPARE(ReadTextFile(m_dir / "home/Reports/Check.txt"), std::string("line one\r\nline \xFC two\r\n"));
+    }
+};
+
+int runTestTextViews(int argc, char** argv) {
+    TestTextViews t;
+    return QTest::qExec(&t, argc, argv);
+}
+
+#include "test_textviews.moc"
