@@ -26,6 +26,7 @@ private slots:
     void init() {
         m_dir = fs::temp_directory_path() / ("velmora-uitext-" + std::to_string(QCoreApplication::applicationPid()));
         fs::remove_all(m_dir);
+        fs::create_directories(m_dir);
         m_ui = std::make_unique<ScriptedUi>();
         m_ctx = std::make_unique<AppContext>(m_dir / "home", m_dir / "data", *m_ui);
     }
