@@ -184,3 +184,46 @@ TEST_F(DemoAssets, RollingStockOnlyListsVehiclesAndSkipsTheReadOnlyFile) {
     }
     EXPECT_TRUE(engine);
 }
+
+TEST_F(DemoAssets, FiltersPreloadZeroLengthAndSingleFiles) {
+    // Freight wagons by the Freight filter, which stands for "Freight Wagon".
+    AssetListOptions freight;
+    freight.category = "Freight";
+    const auto wagons = buildAssetList(s_root / "Assets", freight);
+    ASSERT_FALSE(wagons.rows.empty());
+    for (const auto& r : wagons.rows)
+        EXPECT_EQ(r.category, "Freight Wagon") << r.relativePath();
+    EXPECT_EQ(wagons.categoryFilter, "Freight Wagon");
+
+    // PreLoad left out, and Quick Drive consists only from PreLoad.
+    AssetListOptions noPreload;
+    noPreload.excludePreload = true;
+    for (const auto& r : buildAssetList(s_root / "Assets", noPreload).rows)
+        EXPECT_EQ(r.relativePath().find("PreLoad"), std::string::npos);
+    AssetListOptions qd;
+    qd.quickDriveConsists = true;
+    const auto consists = buildAssetList(s_root / "Assets", qd);
+    ASSERT_FALSE(consists.rows.empty());
+    for (const auto& r : consists.rows)
+        EXPECT_NE(r.relativePath().find("PreLoad"), std::string::npos);
+
+    // Zero-length files: listed as plain files before the first Add to List, not after it.
+    AssetListOptions zero;
+    zero.zeroLength = true;
+    zero.mask = "*.*";
+    zero.convertBins = false;
+    bool empty = false;
+    for (const auto& r : buildAssetList(s_root / "Assets", zero).rows)
+        empty = empty || r.path.find("Empty_Hut.bin") != std::string::npos;
+    EXPECT_TRUE(empty);
+    zero.convertBins = true;
+    for (const auto& r : buildAssetList(s_root / "Assets", zero).rows)
+        EXPECT_EQ(r.path.find("Empty_Hut.bin"), std::string::npos);
+
+    // One file by name.
+    AssetListOptions single;
+    single.singleFile = "class66_ews.BIN";
+    const auto one = buildAssetList(s_root / "Assets", single);
+    ASSERT_EQ(one.rows.size(), 1u);
+    EXPECT_EQ(one.rows[0].index, "1");
+}

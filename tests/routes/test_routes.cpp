@@ -16,6 +16,7 @@
 #include <fstream>
 #include <set>
 #include <unistd.h>
+#include "velmora/core/services.h"
 
 using namespace velmora;
 using namespace velmora::routes;
@@ -218,4 +219,44 @@ TEST_F(DemoRoutes, ScenarioStockAndWhereItIsUsed) {
             EXPECT_EQ(numbers.front(), "66 251\tDemoRail Class 66 EWS");
         }
     }
+}
+
+TEST(RouteNames, LanguagesInOrderAndEmptyValuesSkipped) {
+    const std::string text = "<DevString>guid</DevString><DisplayName><English d:type=\"cDeltaString\"></English>"
+                             "<French d:type=\"cDeltaString\">Ligne</French><German d:type=\"cDeltaString\">Linie</German>"
+                             "</DisplayName>";
+    EXPECT_EQ(localisedName(text, 1, "English"), "Ligne") << "an empty English name counts as none";
+    EXPECT_EQ(localisedName(text, 1, "German"), "Linie") << "the user's language first";
+    EXPECT_EQ(localisedName("<DevString>x</DevString>", 1, "English"), "");
+}
+
+TEST_F(DemoRoutes, OverviewProvidersAndDuplicateNames) {
+    const auto routes = listRoutes(*m_ctx);
+    const std::string overview = routesOverview(*m_ctx, routes);
+    // One line a scenario, the name padded to 70 columns, then the type word.
+    for (const std::string& line : SplitLines(overview)) {
+        if (line.empty())
+            continue;
+        EXPECT_GE(line.size(), 70u) << line;
+    }
+    EXPECT_NE(overview.find("Timetabled"), std::string::npos);
+    EXPECT_NE(overview.find("Quick Drive"), std::string::npos);
+
+    const RouteEntry* valley = findRoute(routes, "Demo Valley Line");
+    ASSERT_TRUE(valley);
+    const auto providers = routeProviders(*m_ctx, *valley);
+    EXPECT_FALSE(providers.empty());
+    for (const auto& [provider, product] : providers)
+        EXPECT_FALSE(provider.empty());
+
+    // Two routes of one name: the name finds the first.
+    std::vector<RouteEntry> twins = {{"a", "Same", {}, false}, {"b", "Same", {}, false}};
+    EXPECT_EQ(findRoute(twins, "Same")->folder, "a");
+    EXPECT_EQ(findRoute(twins, "B")->folder, "b") << "folders compare without case";
+    EXPECT_EQ(findRoute(twins, "Other"), nullptr);
+
+    bool noFolder = false;
+    RouteEntry bare{"x", "Bare", s_dir / "rw/Content", false};
+    EXPECT_TRUE(listScenarios(*m_ctx, bare, &noFolder).empty());
+    EXPECT_TRUE(noFolder);
 }
