@@ -11,6 +11,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPrinter>
 #include <QPushButton>
@@ -212,6 +213,33 @@ private slots:
         tree->setCurrentIndex(tree->model()->index(0, 0));
         editor->findChild<QPlainTextEdit*>("txtCharacters")->setPlainText("changed");
         QVERIFY(editor->windowTitle().endsWith("*"));
+    }
+
+    void treeEditsMarkTheCaptionAndRefuseBlanksInNames() {
+        const fs::path doc = install("routeproperties.bin", "RouteProperties.bin");
+        auto editor = open();
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        editor->findChild<QTabWidget*>("SSTab1")->setCurrentIndex(1);
+        auto* tree = editor->findChild<QTreeView*>("trevwContents");
+        auto* model = tree->model();
+        const QModelIndex root = model->index(0, 0);
+        QVERIFY(!editor->windowTitle().endsWith("*"));
+        // The root's attribute: its value is shown and can be changed.
+        tree->setCurrentIndex(root);
+        auto* attributes = editor->findChild<QListWidget*>("lstAttributes");
+        QVERIFY(attributes->count() >= 1);
+        attributes->setCurrentRow(0);
+        auto* value = editor->findChild<QLineEdit*>("txtAttributeValue");
+        QVERIFY(!value->text().isEmpty());
+        QTest::keyClicks(value, "9");
+        QVERIFY(editor->windowTitle().endsWith("*"));
+        QVERIFY(editor->tree().document()->attributes[0].second.endsWith("9"));
+        // A node name with a blank is refused with the screen's words.
+        QVERIFY(!model->setData(model->index(0, 0, root), "Two words", Qt::EditRole));
+        QVERIFY(lastMessageContains("Node names cannot have spaces!"));
+        QVERIFY(model->setData(model->index(0, 0, root), "Renamed", Qt::EditRole));
+        QCOMPARE(editor->tree().document()->children[0]->name, QString("Renamed"));
     }
 
     void treeSearchesRefuseMoreThan65500Nodes() {
