@@ -2,12 +2,14 @@
 
 #include "assets/frmassets.h"
 #include "assets/frmindex.h"
+#include "velmora/core/convert.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/demo/demoinstall.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QSignalSpy>
 #include <QTableWidget>
 #include <QtTest>
@@ -154,6 +156,23 @@ private slots:
         const QString report = shown.at(0).at(0).toString();
         QVERIFY(report.contains("Class66_EWS.bin"));
         QVERIFY(screen.action("mnuWhere")->isEnabled());
+
+        // Child entries: shown for the loco, one removed into a new item beside it.
+        screen.Command9_Click();
+        auto* children = screen.findChild<QListWidget*>("List1");
+        QVERIFY(children->count() >= 1);
+        const QString removed = children->item(0)->text();
+        children->item(0)->setSelected(true);
+        m_ui->pushText("Class66_EWS_NoSound");
+        m_ui->pushText("DemoRail Class 66 quiet");
+        screen.Command12_Click();
+        const fs::path folder = rw / "Assets/DemoRail/Class66Pack/RailVehicles/Diesel/Class66/Engine";
+        QVERIFY(fs::exists(folder / "Class66_EWS_NoSound.bin"));
+        QVERIFY2(fs::exists(folder / "Class66_EWS.bin"), "the source stays");
+        std::string xml;
+        QVERIFY(binToXmlText(folder / "Class66_EWS_NoSound.bin", xml));
+        QVERIFY(xml.find(">" + removed.toStdString() + "<") == std::string::npos);
+        QVERIFY(xml.find("<Name d:type=\"cDeltaString\">DemoRail Class 66 quiet</Name>") != std::string::npos);
     }
 };
 
