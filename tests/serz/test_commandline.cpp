@@ -58,3 +58,18 @@ TEST_F(SerzProgram, FailureLeavesNoOutputAndSaysWhy) {
     EXPECT_NE(m_output.find("cannot be read"), std::string::npos);
     EXPECT_EQ(run(path("bad.bin") + " /pdf:" + path("x.pdf")), 2);
 }
+
+TEST_F(SerzProgram, WithoutASwitchTheOutputGoesBesideByTheExtension) {
+    SKIP_WITHOUT_TESTDATA();
+    fs::copy_file(testdata("Bogie01.bin"), path("Shape.GeoPcDx"));
+    ASSERT_EQ(run(path("Shape.GeoPcDx") + " --lf"), 0);
+    ASSERT_TRUE(fs::exists(path("Shape.xml"))) << "other binary kinds become .xml";
+    ASSERT_EQ(run(path("Shape.xml")), 0);
+    EXPECT_EQ(slurp(path("Shape.bin")), slurp(testdata("Bogie01.bin"))) << "and come back as .bin";
+    fs::copy_file(testdata("bogie_audio_control.proxybin"), path("b.proxybin"));
+    ASSERT_EQ(run(path("b.proxybin") + " --exp2"), 0);
+    fs::rename(path("b.proxybin"), path("original.proxybin"));
+    ASSERT_EQ(run(path("b.proxyxml")), 0);
+    EXPECT_EQ(slurp(path("b.proxybin")), slurp(path("original.proxybin")));
+    EXPECT_EQ(run(""), 2) << "no input is a usage error";
+}
