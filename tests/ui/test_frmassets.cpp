@@ -135,6 +135,9 @@ private slots:
         screen.findChild<QCheckBox*>("Check1")->setChecked(true);
         screen.Command1_Click();
         QVERIFY(screen.grid()->rowCount() > 5);
+        screen.resize(1300, 800);
+        screen.show();
+        QVERIFY(screen.grab().save(QCoreApplication::applicationDirPath() + "/asset-screen.png"));
         for (const auto& row : screen.rows())
             QVERIFY2(row.name != "No Name" && !row.name.empty(), row.relativePath().c_str());
         screen.grid()->selectRow(0);

@@ -51,6 +51,9 @@ private slots:
                 QCOMPARE(scenarios->item(r, 1)->foreground().color(), QColor(0, 255, 255));
             }
         QVERIFY(workshop);
+        screen.resize(1100, 650);
+        screen.show();
+        QVERIFY(screen.grab().save(QCoreApplication::applicationDirPath() + "/route-screen.png"));
     }
 
     void theCheckShowsWhatIsMissingAndSavesItsReports() {

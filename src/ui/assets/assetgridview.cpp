@@ -20,6 +20,9 @@ QTableWidget* makeAssetGrid() {
     grid->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
     grid->setSortingEnabled(true);
     grid->horizontalHeader()->setSortIndicatorShown(true);
+    grid->horizontalHeader()->setStretchLastSection(true);
+    grid->setWordWrap(false);
+    grid->verticalHeader()->setDefaultSectionSize(grid->fontMetrics().height() + 6);
     return grid;
 }
 
@@ -35,6 +38,9 @@ void appendAssetRows(QTableWidget* grid, const std::vector<assets::AssetRow>& ro
         ++r;
     }
     grid->setSortingEnabled(true);
+    // Fitting the columns reads every cell: worth it for lists a person reads, not for a whole index.
+    if (grid->rowCount() <= 5000)
+        grid->resizeColumnsToContents();
 }
 
 } // namespace velmora::ui
