@@ -3,8 +3,10 @@
 #include "session.h"
 
 #include "velmora/core/paths.h"
+#include "velmora/core/services.h"
 
 #include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <iomanip>
 #include <sstream>
@@ -83,6 +85,47 @@ std::optional<long long> parseNumber(const std::string& s) {
     if (ec != std::errc() || ptr != s.data() + s.size())
         return std::nullopt;
     return v;
+}
+
+namespace {
+bool validUtf8(const std::string& s) {
+    for (std::size_t i = 0; i < s.size();) {
+        const auto c = static_cast<unsigned char>(s[i]);
+        const std::size_t n = c < 0x80 ? 1 : (c >> 5) == 6 ? 2 : (c >> 4) == 14 ? 3 : (c >> 3) == 30 ? 4 : 0;
+        if (n == 0 || i + n > s.size())
+            return false;
+        for (std::size_t k = 1; k < n; ++k)
+            if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80)
+                return false;
+        i += n;
+    }
+    return true;
+}
+} // namespace
+
+// Paths from the file system are UTF-8 already; repaired names are Windows-1252.
+std::string shown(const std::string& text) { return validUtf8(text) ? text : latin1ToUtf8(text); }
+
+std::string jsonString(const std::string& cp1252) {
+    std::string out = "\"";
+    for (char c : shown(cp1252)) {
+        switch (c) {
+        case '"': out += "\\\""; break;
+        case '\\': out += "\\\\"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\t': out += "\\t"; break;
+        default:
+            if (static_cast<unsigned char>(c) < 0x20) {
+                char buf[8];
+                std::snprintf(buf, sizeof buf, "\\u%04x", c);
+                out += buf;
+            } else {
+                out += c;
+            }
+        }
+    }
+    return out + "\"";
 }
 
 std::optional<std::string> Arguments::value(const std::string& option) const {

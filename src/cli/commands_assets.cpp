@@ -14,28 +14,6 @@ namespace velmora::cli {
 
 namespace {
 
-std::string jsonString(const std::string& cp1252) {
-    std::string out = "\"";
-    for (char c : latin1ToUtf8(cp1252)) {
-        switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
-        default:
-            if (static_cast<unsigned char>(c) < 0x20) {
-                char buf[8];
-                std::snprintf(buf, sizeof buf, "\\u%04x", c);
-                out += buf;
-            } else {
-                out += c;
-            }
-        }
-    }
-    return out + "\"";
-}
-
 std::string rowsAsJson(const std::vector<assets::AssetRow>& rows) {
     const auto& columns = assets::assetColumns();
     std::string out = "[\n";
@@ -53,7 +31,7 @@ std::string rowsAsText(const std::vector<assets::AssetRow>& rows, char separator
     std::string out;
     auto line = [&](const std::vector<std::string>& cells) {
         for (std::size_t i = 0; i < cells.size(); ++i)
-            out += (i ? std::string(1, separator) : std::string()) + latin1ToUtf8(cells[i]);
+            out += (i ? std::string(1, separator) : std::string()) + shown(cells[i]);
         out += '\n';
     };
     line(assets::assetColumns());

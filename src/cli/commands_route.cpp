@@ -9,27 +9,10 @@ namespace velmora::cli {
 
 namespace {
 
-// Names are held in Windows-1252, as the documents are read; the terminal wants UTF-8.
-std::string shown(const std::string& cp1252) { return latin1ToUtf8(cp1252); }
-
-std::string json(const std::string& cp1252) {
-    std::string out = "\"";
-    for (char c : shown(cp1252)) {
-        if (c == '"' || c == '\\')
-            out += '\\';
-        if (c == '\n' || c == '\r' || c == '\t') {
-            out += c == '\n' ? "\\n" : c == '\r' ? "\\r" : "\\t";
-            continue;
-        }
-        out += c;
-    }
-    return out + "\"";
-}
-
 std::string jsonList(const std::vector<std::string>& items) {
     std::string out = "[";
     for (std::size_t i = 0; i < items.size(); ++i)
-        out += (i ? ", " : "") + json(items[i]);
+        out += (i ? ", " : "") + jsonString(items[i]);
     return out + "]";
 }
 
@@ -47,12 +30,12 @@ int cmdRouteList(Session& s) {
     if (a.has("--json")) {
         s.out << "[\n";
         for (std::size_t i = 0; i < routes.size(); ++i) {
-            s.out << "  {\"folder\": " << json(routes[i].folder) << ", \"name\": " << json(routes[i].name)
+            s.out << "  {\"folder\": " << jsonString(routes[i].folder) << ", \"name\": " << jsonString(routes[i].name)
                   << ", \"scenarios\": [";
             const auto scenarios = routes::listScenarios(s.ctx, routes[i]);
             for (std::size_t j = 0; j < scenarios.size(); ++j)
-                s.out << (j ? ", " : "") << "{\"folder\": " << json(scenarios[j].folder) << ", \"name\": "
-                      << json(scenarios[j].name) << ", \"class\": " << json(scenarios[j].legend()) << "}";
+                s.out << (j ? ", " : "") << "{\"folder\": " << jsonString(scenarios[j].folder) << ", \"name\": "
+                      << jsonString(scenarios[j].name) << ", \"class\": " << jsonString(scenarios[j].legend()) << "}";
             s.out << "]}" << (i + 1 < routes.size() ? "," : "") << '\n';
         }
         s.out << "]\n";
@@ -121,7 +104,7 @@ int cmdRouteCheck(Session& s) {
         std::vector<std::string> missing;
         for (const auto& m : r.missing)
             missing.push_back(m.row());
-        s.out << "{\n  \"route\": " << json(r.routeName) << ",\n  \"folder\": " << json(route->folder)
+        s.out << "{\n  \"route\": " << jsonString(r.routeName) << ",\n  \"folder\": " << jsonString(route->folder)
               << ",\n  \"tiles\": " << r.tiles << ",\n  \"missing\": " << jsonList(missing)
               << ",\n  \"warnings\": " << jsonList(r.warnings) << ",\n  \"assetsUsed\": " << r.assetsUnique.size();
         if (r.deepDone)

@@ -63,6 +63,11 @@ std::vector<Command> routeCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 
+// A text for the terminal (UTF-8) and for JSON: names repaired to Windows-1252 are converted,
+// text that is UTF-8 already (paths, most names) is left as it is.
+std::string shown(const std::string& cp1252);
+std::string jsonString(const std::string& cp1252);
+
 // Splits a command's words into options with values, flags and plain arguments.
 // `withValue` lists the options that take the next word as their value.
 struct Arguments {

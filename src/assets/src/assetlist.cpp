@@ -2,6 +2,7 @@
 
 #include "serz/serz.h"
 #include "velmora/assets/scanpath.h"
+#include "velmora/core/parallel.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/core/xmltext.h"
@@ -292,39 +293,11 @@ AssetListResult buildAssetList(const fs::path& startFolder, const AssetListOptio
     }
 
     // The conversions, on all cores; each outcome lands in its candidate's slot.
-    std::vector<Outcome> outcomes(candidates.size());
-    std::atomic<std::size_t> next{0};
-    std::atomic<std::size_t> done{0};
-    std::atomic<bool> stop{false};
-    const unsigned threads = options.threads > 0 ? static_cast<unsigned>(options.threads)
-                                                 : std::max(1u, std::thread::hardware_concurrency());
-    auto worker = [&] {
-        for (std::size_t i = next++; i < candidates.size() && !stop; i = next++) {
-            outcomes[i] = candidates[i].convert ? buildBlueprint(candidates[i], options) : buildPlain(candidates[i]);
-            ++done;
-        }
-    };
-    if (ui)
-        ui->beginProgress("Reading blueprints", static_cast<std::int64_t>(candidates.size()));
-    // With a front end this thread only keeps the progress and the Stop button alive.
-    std::vector<std::thread> pool;
-    for (unsigned t = ui ? 0 : 1; t < threads; ++t)
-        pool.emplace_back(worker);
-    if (ui) {
-        while (done < candidates.size() && !stop) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            ui->progress(static_cast<std::int64_t>(done.load()));
-            ui->pumpEvents();
-            if (ui->cancelled())
-                stop = true;
-        }
-    } else {
-        worker();
-    }
-    for (auto& t : pool)
-        t.join();
-    if (ui)
-        ui->endProgress();
+    bool stop = false;
+    std::vector<Outcome> outcomes = parallelMap<Outcome>(
+        candidates.size(), options.threads, ui, "Reading blueprints", stop, [&](std::size_t i) {
+            return candidates[i].convert ? buildBlueprint(candidates[i], options) : buildPlain(candidates[i]);
+        });
     if (stop) {
         result.stopped = true;
         return result;

@@ -2,6 +2,7 @@
 
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
+#include "velmora/core/parallel.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/core/xmltext.h"
@@ -19,45 +20,6 @@ const ScanSettings kBinary{Match::Binary};
 
 std::size_t find(std::string_view text, std::string_view what, std::size_t from = 1) {
     return InStr(from, text, what, Match::Text);
-}
-
-// Runs `work(i)` for i in [0, n) on all cores and returns the results in index order. The
-// calling thread reports progress and watches the Abort button.
-template <typename Result, typename Work>
-std::vector<Result> parallel(std::size_t n, int threads, UserInterface* ui, const std::string& label, bool& aborted,
-                             Work work) {
-    std::vector<Result> results(n);
-    std::atomic<std::size_t> next{0}, done{0};
-    std::atomic<bool> stop{false};
-    auto worker = [&] {
-        for (std::size_t i = next++; i < n && !stop; i = next++) {
-            results[i] = work(i);
-            ++done;
-        }
-    };
-    const unsigned count = threads > 0 ? static_cast<unsigned>(threads) : std::max(1u, std::thread::hardware_concurrency());
-    std::vector<std::thread> pool;
-    for (unsigned t = ui ? 0 : 1; t < count; ++t)
-        pool.emplace_back(worker);
-    if (ui) {
-        ui->beginProgress(label, static_cast<std::int64_t>(n));
-        while (done < n && !stop) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            ui->progress(static_cast<std::int64_t>(done.load()));
-            ui->pumpEvents();
-            if (ui->cancelled())
-                stop = true;
-        }
-    } else {
-        worker();
-    }
-    for (auto& t : pool)
-        t.join();
-    if (ui)
-        ui->endProgress();
-    if (stop)
-        aborted = true;
-    return results;
 }
 
 std::vector<fs::path> binFiles(const fs::path& folder) {
@@ -82,7 +44,27 @@ bool lineValue(const std::string& line, std::string& value) {
     return true;
 }
 
+struct Triple {
+    std::string provider, product, id;
+    std::string bin() const;
+};
+
+// Provider, Product and BlueprintID read one after the other from `pos`.
+Triple readTriple(const std::string& xml, std::size_t pos) {
+    Triple t;
+    GetDetail(xml, pos, "Provider", t.provider, kBinary);
+    if (pos)
+        GetDetail(xml, pos, "Product", t.product, kBinary);
+    if (pos)
+        GetDetail(xml, pos, "BlueprintID", t.id, kBinary);
+    if (!pos)
+        t.id.clear();
+    return t;
+}
+
 std::string binOf(const std::string& id) { return id.size() >= 3 ? id.substr(0, id.size() - 3) + "bin" : id; }
+
+std::string Triple::bin() const { return provider + "\\" + product + "\\" + binOf(id); }
 
 std::string withoutCode(std::string value) {
     if (const auto b = value.find('['); b != std::string::npos)
@@ -233,18 +215,13 @@ struct Checker {
             if (!value.empty())
                 keep(withoutCode(value) + ".XSec");
             for (const char* part : {"<StartGeometry", "<MiddleGeometry", "<EndGeometry"}) {
-                std::size_t at = find(xml, part);
+                const std::size_t at = find(xml, part);
                 if (!at)
                     continue;
-                std::string provider, product, id;
-                GetDetail(xml, at, "Provider", provider, kBinary);
-                if (at)
-                    GetDetail(xml, at, "Product", product, kBinary);
-                if (at)
-                    GetDetail(xml, at, "BlueprintID", id, kBinary);
-                if (id.empty())
+                const Triple t = readTriple(xml, at);
+                if (t.id.empty())
                     continue;
-                const std::string base = provider + "\\" + product + "\\" + withoutCode(id);
+                const std::string base = t.provider + "\\" + t.product + "\\" + withoutCode(t.id);
                 const std::string stem = base.size() > 4 ? base.substr(0, base.rfind('.')) : base;
                 keep(stem + ".GeoPcDx");
                 keep(stem + ".XSec");
@@ -462,15 +439,10 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
     // The route's template.
     const auto propertiesFile = m_ctx.resolver.resolve(m_route.path, "RouteProperties.xml");
     const std::string properties = propertiesFile ? ReadTextFile(*propertiesFile) : std::string();
-    if (std::size_t at = find(properties, "<InfrastructureModified"); at > 0) {
-        std::string provider, product, id;
-        GetDetail(properties, at, "Provider", provider, kBinary);
-        if (at)
-            GetDetail(properties, at, "Product", product, kBinary);
-        if (at)
-            GetDetail(properties, at, "BlueprintID", id, kBinary);
-        const std::string path = provider + "\\" + product + "\\" + binOf(id);
-        if (!id.empty() && !c.exists(path))
+    if (const std::size_t at = find(properties, "<InfrastructureModified"); at > 0) {
+        const Triple t = readTriple(properties, at);
+        const std::string path = t.bin();
+        if (!t.id.empty() && !c.exists(path))
             result.warnings.push_back(c.display(path) + "\nThe Route Template listed in RouteProperties.xml\nCould not be found");
     }
 
@@ -493,7 +465,7 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
         folder(m_route.path, ("Scenarios\\" + s.folder + "\\Scenery").c_str(), "(Scenery Item)");
     result.tiles = jobs.size();
 
-    const auto scans = parallel<TileScan>(jobs.size(), options.threads, ui, "Tiles of " + m_route.name, result.aborted,
+    const auto scans = parallelMap<TileScan>(jobs.size(), options.threads, ui, "Tiles of " + m_route.name, result.aborted,
                                           [&](std::size_t i) { return c.tile(jobs[i].file, jobs[i].label); });
     if (result.aborted)
         return result;
@@ -528,7 +500,7 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
         std::vector<std::string> geo;
         Checker::Found audio;
     };
-    const auto blueprints = parallel<BlueprintScan>(
+    const auto blueprints = parallelMap<BlueprintScan>(
         result.assetsUnique.size(), options.threads, ui, "Blueprints", result.aborted, [&](std::size_t i) {
             BlueprintScan b;
             const std::string rel = relativeOf(result.assetsUnique[i]);
@@ -551,7 +523,7 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
     }
     for (const auto& g : geo)
         result.geoFiles.push_back(c.display(g));
-    const auto found = parallel<Checker::Found>(geo.size(), options.threads, ui, "Textures", result.aborted,
+    const auto found = parallelMap<Checker::Found>(geo.size(), options.threads, ui, "Textures", result.aborted,
                                                 [&](std::size_t i) { return c.textures(geo[i]); });
     if (result.aborted)
         return result;
@@ -561,15 +533,10 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
     }
 
     // The terrain's textures: plain, or _A to _H when the _A form exists.
-    if (std::size_t at = find(properties, "<TerrainBlueprint>"); at > 0) {
-        std::string provider, product, id;
-        GetDetail(properties, at, "Provider", provider, kBinary);
-        if (at)
-            GetDetail(properties, at, "Product", product, kBinary);
-        if (at)
-            GetDetail(properties, at, "BlueprintID", id, kBinary);
+    if (const std::size_t at = find(properties, "<TerrainBlueprint>"); at > 0) {
+        const Triple t = readTriple(properties, at);
         fs::path terrain;
-        if (!id.empty() && c.exists(provider + "\\" + product + "\\" + binOf(id), &terrain)) {
+        if (!t.id.empty() && c.exists(t.bin(), &terrain)) {
             const std::string xml = c.convert(terrain);
             Checker::Found f;
             for (std::size_t d = find(xml, "<cMixTexDescriptor"); d > 0; d = find(xml, "<cMixTexDescriptor", d + 1)) {
