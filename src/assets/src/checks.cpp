@@ -54,18 +54,9 @@ struct Triple {
     std::string provider, product, id;
 };
 
-// Provider, Product and BlueprintID read one after the other, each search going on from where
-// the last one ended: a reference's BlueprintID follows its Product.
 Triple tripleFrom(const std::string& xml, std::size_t pos) {
-    Triple t;
-    GetDetail(xml, pos, "Provider", t.provider, kText);
-    if (pos)
-        GetDetail(xml, pos, "Product", t.product, kText);
-    if (pos)
-        GetDetail(xml, pos, "BlueprintID", t.id, kText);
-    if (!pos)
-        t.id.clear();
-    return t;
+    const BlueprintRef r = GetBlueprintRef(xml, pos, kText);
+    return {r.provider, r.product, r.blueprintId};
 }
 
 // The file a value names: the value and the suffix. Some tools write the value with its

@@ -305,6 +305,18 @@ void GetProvider(std::size_t pos, std::string& provider, std::string& product, s
         between(q, product);
 }
 
+BlueprintRef GetBlueprintRef(std::string_view text, std::size_t pos, const ScanSettings& settings) {
+    BlueprintRef r;
+    GetDetail(text, pos, "Provider", r.provider, settings);
+    if (pos)
+        GetDetail(text, pos, "Product", r.product, settings);
+    if (pos)
+        GetDetail(text, pos, "BlueprintID", r.blueprintId, settings);
+    if (!pos)
+        r.blueprintId.clear();
+    return r;
+}
+
 void GetDetail2(std::string_view text, std::size_t& pos, std::string_view name, std::string& value,
                 const ScanSettings& settings) {
     const std::string open = std::string(name) + "=\"";

@@ -49,17 +49,9 @@ struct Triple {
     std::string bin() const;
 };
 
-// Provider, Product and BlueprintID read one after the other from `pos`.
 Triple readTriple(const std::string& xml, std::size_t pos) {
-    Triple t;
-    GetDetail(xml, pos, "Provider", t.provider, kBinary);
-    if (pos)
-        GetDetail(xml, pos, "Product", t.product, kBinary);
-    if (pos)
-        GetDetail(xml, pos, "BlueprintID", t.id, kBinary);
-    if (!pos)
-        t.id.clear();
-    return t;
+    const BlueprintRef r = GetBlueprintRef(xml, pos, kBinary);
+    return {r.provider, r.product, r.blueprintId};
 }
 
 std::string binOf(const std::string& id) { return id.size() >= 3 ? id.substr(0, id.size() - 3) + "bin" : id; }

@@ -47,6 +47,14 @@ void PutDetail(std::string& text, std::size_t& pos, std::string_view tag, std::s
 void GetProvider(std::size_t pos, std::string& provider, std::string& product, std::string_view text,
                  const ScanSettings& settings = {});
 
+// A blueprint reference: Provider, Product and BlueprintID read one after the other from `pos`,
+// each search going on from where the last ended, as a reference's BlueprintID follows its
+// Product. The id is empty when the reference is cut short.
+struct BlueprintRef {
+    std::string provider, product, blueprintId;
+};
+BlueprintRef GetBlueprintRef(std::string_view text, std::size_t pos, const ScanSettings& settings = {});
+
 // The attribute form: the value of the first `name="...">...</e` at or after `pos`.
 void GetDetail2(std::string_view text, std::size_t& pos, std::string_view name, std::string& value,
                 const ScanSettings& settings = {});
