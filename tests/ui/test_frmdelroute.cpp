@@ -83,6 +83,22 @@ private slots:
         QVERIFY(!missing->saveTo(m_dir / "m.doc"));
     }
 
+    void theScreensAbortStopsTheCheck() {
+        ui::frmDelRoute screen(*m_ctx);
+        screen.routeList()->setCurrentRow(0);
+        // Abort is pressed while the check asks whether to go on to textures.
+        m_ui->onPrompt = [&](const ScriptedUi::Prompt& p) {
+            if (p.text.find("Texture/Audio") != std::string::npos)
+                screen.Command10_Click();
+        };
+        m_ui->pushAnswer(Answer::No);
+        m_ui->pushAnswer(Answer::Yes);
+        screen.Command4_Click();
+        QVERIFY(screen.lastCheck().aborted);
+        QVERIFY(!screen.lastCheck().deepDone);
+        m_ui->onPrompt = nullptr;
+    }
+
     void findLocoFindsTheScenariosThatUseAWagon() {
         ui::frmFindLoco find(*m_ctx, "DemoRail\\Class66Pack\\RailVehicles\\Freight\\HTA\\HTA_Sludge.bin", "HTA");
         QVERIFY(find.results()->count() >= 1);

@@ -17,7 +17,7 @@
 namespace velmora::ui {
 
 frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
-    : QDialog(parent), m_ctx(ctx), m_packageMode(packageMode) {
+    : QDialog(parent), m_ctx(ctx), m_packageMode(packageMode), m_work(ctx.ui()) {
     setObjectName("frmDelRoute");
     setWindowTitle(packageMode && ctx.lang.has(617) ? toQt(ctx.lang.text(617)) : tr("Select Route"));
     resize(1000, 650);
@@ -52,6 +52,7 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
         {"Command15", "List Stock used by all scenarios", &frmDelRoute::Command15_Click},
         {"Command19", "List Stock used with wagon numbers", &frmDelRoute::Command19_Click},
         {"Command21", "List ALL rolling stock used by all routes.", &frmDelRoute::Command21_Click},
+        {"Command10", "&Abort", &frmDelRoute::Command10_Click},
     };
     auto* grid = new QGridLayout;
     int i = 0;
@@ -152,7 +153,8 @@ void frmDelRoute::Command4_Click() {
     if (m_scenarioEntries.empty())
         Command1_Click();
     routes::RouteCheck check(m_ctx, *route, m_scenarioEntries);
-    m_check = check.run({false, 0}, &m_ctx.ui());
+    m_work.reset();
+    m_check = check.run({false, 0}, &m_work);
     if (m_check.aborted)
         return;
     for (const auto& w : m_check.warnings)
@@ -171,7 +173,7 @@ void frmDelRoute::Command4_Click() {
         routes::saveRouteReports(m_ctx, m_check);
         return;
     }
-    m_check = check.run({true, 0}, &m_ctx.ui());
+    m_check = check.run({true, 0}, &m_work);
     if (m_check.aborted)
         return;
     routes::saveRouteReports(m_ctx, m_check);
@@ -185,6 +187,8 @@ void frmDelRoute::Command4_Click() {
         m_ctx.ui().ask("Do you wish to view a list of Audio files used by this route?", Buttons::YesNo) == Answer::Yes)
         showList(ReportKind::Used, tr("Following Audio files were used by this route:-"), m_check.audioUsed, "_Sounds.csv");
 }
+
+void frmDelRoute::Command10_Click() { m_work.abort(); }
 
 void frmDelRoute::Command12_Click() { showText(tr("Routes and Scenarios"), routes::routesOverview(m_ctx, m_routeEntries)); }
 

@@ -3,6 +3,7 @@
 // frmFindLoco: where an asset is used in the scenarios of all routes.
 
 #include "frmlistrs.h"
+#include "velmora/core/userinterface.h"
 #include "velmora/routes/routecheck.h"
 
 #include <QDialog>
@@ -38,6 +39,7 @@ public slots:
     void Command15_Click(); // stock used by all scenarios of the route
     void Command19_Click(); // stock of the selected scenario with wagon numbers
     void Command21_Click(); // all rolling stock used by all routes
+    void Command10_Click(); // &Abort: stops the check at its next file
 
 private:
     const routes::RouteEntry* selectedRoute();
@@ -55,6 +57,7 @@ private:
     QLabel* m_routeCount;
     QLabel* m_scenarioCount;
     std::vector<QPointer<QWidget>> m_reports;
+    AbortableUi m_work; // the check's channel: the screen's Abort as well as the progress bar's
 };
 
 class frmFindLoco : public QDialog {

@@ -54,6 +54,42 @@ public:
     virtual void pumpEvents() {}
 };
 
+// Passes everything on to another interface, and counts as cancelled also when a screen's own
+// Abort button has been pressed (`abort()`), so that long work stops by either.
+class AbortableUi : public UserInterface {
+public:
+    explicit AbortableUi(UserInterface& inner) : m_inner(inner) {}
+    void abort() { m_aborted = true; }
+    void reset() { m_aborted = false; }
+
+    void message(const std::string& text, Icon icon, const std::string& title) override {
+        m_inner.message(text, icon, title);
+    }
+    Answer ask(const std::string& text, Buttons buttons, Icon icon, const std::string& title) override {
+        return m_inner.ask(text, buttons, icon, title);
+    }
+    std::optional<std::string> inputText(const std::string& prompt, const std::string& title,
+                                         const std::string& initial) override {
+        return m_inner.inputText(prompt, title, initial);
+    }
+    std::optional<std::filesystem::path> chooseFile(const FileRequest& request) override {
+        return m_inner.chooseFile(request);
+    }
+    std::optional<std::filesystem::path> chooseFolder(const std::string& title,
+                                                      const std::filesystem::path& start) override {
+        return m_inner.chooseFolder(title, start);
+    }
+    void beginProgress(const std::string& label, std::int64_t total) override { m_inner.beginProgress(label, total); }
+    void progress(std::int64_t done, const std::string& label) override { m_inner.progress(done, label); }
+    void endProgress() override { m_inner.endProgress(); }
+    bool cancelled() const override { return m_aborted || m_inner.cancelled(); }
+    void pumpEvents() override { m_inner.pumpEvents(); }
+
+private:
+    UserInterface& m_inner;
+    bool m_aborted = false;
+};
+
 // Records every prompt and answers from a script; the test double for the interface.
 class ScriptedUi : public UserInterface {
 public:
