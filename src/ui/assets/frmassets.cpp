@@ -20,6 +20,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QImage>
+#include <QPainter>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -541,7 +542,14 @@ void frmAssets::showRowPicture(int row) {
     MakePath(m_ctx.tempFiles());
     hideChildControls();
     const assets::AssetRow r = rows()[static_cast<std::size_t>(row)];
-    const QImage image = pictureOf(assets::rowPicture(m_ctx, r));
+    QImage image = pictureOf(assets::rowPicture(m_ctx, r));
+    if (image.isNull()) {
+        // No picture anywhere, and no NoPicture.jpg beside the program: say so in the frame.
+        image = QImage(256, 192, QImage::Format_RGB32);
+        image.fill(Qt::lightGray);
+        QPainter painter(&image);
+        painter.drawText(image.rect(), Qt::AlignCenter, tr("No picture"));
+    }
     m_picture->setPixmap(image.isNull() ? QPixmap() : QPixmap::fromImage(image.scaled(256, 256, Qt::KeepAspectRatio)));
     setWindowTitle(QStringLiteral("Assets Listing %1 (%2x%3)")
                        .arg(toQt(r.name))
