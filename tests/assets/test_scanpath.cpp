@@ -113,3 +113,38 @@ TEST(ScanPathLike, Wildcards) {
     EXPECT_TRUE(cScanPath::like("", "*"));
     EXPECT_TRUE(cScanPath::like(std::string(5000, 'a'), std::string(50, '*') + "b*") == false);
 }
+
+TEST_F(ScanTree, DatesNarrowTheMatches) {
+    const auto now = std::chrono::system_clock::now();
+    fs::last_write_time(m_root / "b.bin", fs::file_time_type::clock::now() - std::chrono::hours(48));
+    cScanPath recent;
+    recent.setFilter("*.bin");
+    recent.FromDate = now - std::chrono::hours(1);
+    auto seen = walk(recent, false);
+    EXPECT_EQ(std::find(seen.begin(), seen.end(), "b.bin"), seen.end()) << "written two days ago";
+    EXPECT_NE(std::find(seen.begin(), seen.end(), "A.BIN"), seen.end());
+
+    cScanPath old;
+    old.setFilter("*.bin");
+    old.ToDate = now - std::chrono::hours(24);
+    seen = walk(old, false);
+    EXPECT_NE(std::find(seen.begin(), seen.end(), "b.bin"), seen.end());
+    EXPECT_EQ(std::find(seen.begin(), seen.end(), "A.BIN"), seen.end());
+}
+
+TEST_F(ScanTree, WithoutRecursionOnlyTheFolderItself) {
+    cScanPath scan;
+    scan.setFilter("*.bin");
+    std::vector<std::string> seen;
+    scan.FileMatch = [&](const std::string&, const std::string& name) { seen.push_back(name); };
+    scan.DirMatch = [&](const std::string&, const std::string& name) { seen.push_back("[" + name + "]"); };
+    scan.StartScan(m_root, false, false, true);
+    EXPECT_EQ(std::find(seen.begin(), seen.end(), "d.bin"), seen.end());
+    EXPECT_EQ(std::find(seen.begin(), seen.end(), "[sub]"), seen.end()) << "folders are not reported without recursion";
+    EXPECT_EQ(scan.DirCount(), 0);
+    // A folder that cannot be read gives nothing, not an error.
+    cScanPath none;
+    none.setFilter("*.*");
+    none.StartScan(m_root / "no-such-folder", true, true, true);
+    EXPECT_EQ(none.FileCount(), 0);
+}
