@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 using namespace velmora;
 using velmora::test::TempDir;
 
@@ -73,7 +77,9 @@ TEST(Language, NoEnglishFileLeavesAnEmptyTableAndLogs) {
 }
 
 TEST(Language, ShippedEnglishTableIsComplete) {
-    // The table the program ships must hold every entry that the screens ask for.
+    // The table the program ships must hold every entry that the screens ask for, in the
+    // write-list layout that translators copy: "n,\"text\"" a line, 1 to 634 in order, CR LF line
+    // ends, closed by 0,"End".
     std::filesystem::path file = std::filesystem::path(VELMORA_SOURCE_DIR) / "data/Language/Lang_English.txt";
     if (!std::filesystem::exists(file))
         GTEST_SKIP() << "no shipped English table yet";
@@ -83,6 +89,36 @@ TEST(Language, ShippedEnglishTableIsComplete) {
     ASSERT_EQ(t.size(), LanguageTable::kHighestEntry);
     for (int n = 1; n <= t.size(); ++n)
         EXPECT_FALSE(t.text(n).empty()) << "entry " << n;
+
+    const std::string raw = test::slurp(file);
+    ASSERT_GE(raw.size(), 2u);
+    EXPECT_EQ(raw.substr(raw.size() - 2), "\r\n");
+    std::vector<std::string> lines;
+    for (std::size_t pos = 0; pos < raw.size();) {
+        std::size_t end = raw.find('\n', pos);
+        ASSERT_NE(end, std::string::npos) << "last line without a line break";
+        ASSERT_GT(end, pos) << "empty line at byte " << pos;
+        EXPECT_EQ(raw[end - 1], '\r') << "line " << lines.size() + 1 << " not ended by CR LF";
+        lines.push_back(raw.substr(pos, end - 1 - pos));
+        pos = end + 1;
+    }
+    ASSERT_EQ(lines.size(), static_cast<std::size_t>(LanguageTable::kHighestEntry) + 1);
+    for (int n = 1; n <= LanguageTable::kHighestEntry; ++n) {
+        const std::string& line = lines[static_cast<std::size_t>(n - 1)];
+        const std::string expected = std::to_string(n) + ",\"" + t.text(n) + "\"";
+        EXPECT_EQ(line, expected) << "line " << n;
+        EXPECT_EQ(std::count(line.begin(), line.end(), '"'), 2) << "line " << n;
+        for (unsigned char c : line)
+            EXPECT_TRUE(c >= 0x20 && c != 0x7F) << "control character in line " << n;
+    }
+    EXPECT_EQ(lines.back(), "0,\"End\"");
+
+    // Captions that the main screen and the shared buttons rely on.
     EXPECT_EQ(t.text(1), "Files");
+    EXPECT_EQ(t.text(3), "SaveTS 2019 File");
+    EXPECT_EQ(t.text(8), "Print");
     EXPECT_EQ(t.text(9), "Exit");
+    EXPECT_EQ(t.text(31), "Convert  Marker files");
+    EXPECT_EQ(t.text(386), "Clear Railworks\\Temp");
+    EXPECT_EQ(t.text(389), "View Rolling-stock list");
 }
