@@ -101,7 +101,7 @@ const routes::RouteEntry* frmDelRoute::selectedRoute() {
     const auto selected = m_routes->selectedItems();
     const int row = selected.isEmpty() ? m_routes->currentRow() : m_routes->row(selected.front());
     if (row < 0 || row >= static_cast<int>(m_routeEntries.size())) {
-        m_ctx.ui().message(m_ctx.lang.has(559) ? m_ctx.lang.text(559) : "No route is selected.");
+        m_ctx.ui().message("Select a route in the list first.");
         return nullptr;
     }
     return &m_routeEntries[static_cast<std::size_t>(row)];
