@@ -16,6 +16,21 @@ std::string jsonList(const std::vector<std::string>& items) {
     return out + "]";
 }
 
+std::string jsonMarks(const std::vector<routes::ItemMark>& marks, const char* where) {
+    std::string out = "[";
+    for (std::size_t i = 0; i < marks.size(); ++i)
+        out += std::string(i ? ", " : "") + "{\"path\": " + jsonString(marks[i].path) + ", \"" + where +
+               "\": " + jsonString(marks[i].where) + "}";
+    return out + "]";
+}
+
+std::string csvField(const std::string& text) {
+    std::string out = "\"";
+    for (char ch : text)
+        out += ch == '"' ? std::string("\"\"") : std::string(1, ch);
+    return out + "\"";
+}
+
 int cmdRouteList(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {}, {"--json"});
     if (!a.problem.empty())
@@ -55,13 +70,15 @@ int cmdRouteList(Session& s) {
 }
 
 int cmdRouteCheck(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {"--out", "--threads"}, {"--deep", "--json", "--csv"});
+    const Arguments a = parseArguments(s.g.rest, {"--out", "--threads"}, {"--deep", "--json", "--csv", "--mark-archives", "--mark-case"});
     if (!a.problem.empty())
         return s.fail(a.problem);
     if (a.plain.size() != 1)
         return s.fail(a.plain.empty() ? "needs the route: its folder or its name" : "unexpected argument '" + a.plain[1] + "'");
     routes::RouteCheckOptions options;
     options.deep = a.has("--deep");
+    options.markArchives = a.has("--mark-archives");
+    options.markCase = a.has("--mark-case");
     if (auto t = a.value("--threads")) {
         auto n = parseNumber(*t);
         if (!n || *n < 1 || *n > 256)
@@ -95,6 +112,8 @@ int cmdRouteCheck(Session& s) {
         std::string summary = r.missingReport();
         if (r.deepDone)
             summary += "\r\n" + r.texturesReport();
+        if (const std::string marks = r.marksReport(); !marks.empty())
+            summary += "\r\n" + marks;
         WriteTextFile(fs::path(*out) / (route->name + "_Report.txt"), summary);
     } else {
         routes::saveRouteReports(s.ctx, r);
@@ -110,21 +129,32 @@ int cmdRouteCheck(Session& s) {
         if (r.deepDone)
             s.out << ",\n  \"missingFiles\": " << jsonList(r.missingFiles) << ",\n  \"shapes\": " << r.geoFiles.size()
                   << ",\n  \"textures\": " << r.texturesUsed.size() << ",\n  \"sounds\": " << r.audioUsed.size();
+        if (options.markArchives)
+            s.out << ",\n  \"inArchive\": " << jsonMarks(r.inArchive, "archive");
+        if (options.markCase)
+            s.out << ",\n  \"otherCase\": " << jsonMarks(r.otherCase, "found");
         s.out << "\n}\n";
     } else if (a.has("--csv")) {
         s.out << "Kind,File,Where\n";
         for (const auto& m : r.missing)
-            s.out << "blueprint,\"" << m.path << "\",\"" << m.label << " on tile " << m.tile << "\"\n";
+            s.out << "blueprint," << csvField(m.path) << ',' << csvField(m.label + " on tile " + m.tile) << '\n';
         for (const auto& m : r.missingFiles) {
             const auto by = m.find(" Called by ");
-            s.out << "file,\"" << m.substr(0, by) << "\",\"" << (by == std::string::npos ? "" : m.substr(by + 11)) << "\"\n";
+            s.out << "file," << csvField(m.substr(0, by)) << ','
+                  << csvField(by == std::string::npos ? "" : m.substr(by + 11)) << '\n';
         }
+        for (const auto& m : r.inArchive)
+            s.out << "in-archive," << csvField(m.path) << ',' << csvField(m.where) << '\n';
+        for (const auto& m : r.otherCase)
+            s.out << "other-case," << csvField(m.path) << ',' << csvField(m.where) << '\n';
     } else if (!a.value("--out")) {
         s.out << "Route: " << shown(r.routeName) << " (" << route->folder << "), " << r.tiles << " tiles, "
               << r.assetsUnique.size() << " blueprints used\n\n"
               << r.missingReport() << '\n';
         if (r.deepDone)
             s.out << '\n' << r.texturesReport() << '\n';
+        if (const std::string marks = r.marksReport(); !marks.empty())
+            s.out << '\n' << marks;
     }
     return r.anyMissing() ? ProblemsFound : Success;
 }
@@ -134,8 +164,9 @@ int cmdRouteCheck(Session& s) {
 std::vector<Command> routeCommands() {
     return {
         {"route list", "[--json]", "the routes and their scenarios", cmdRouteList},
-        {"route check", "ROUTE [--deep] [--json|--csv] [--out DIR] [--threads N]",
-         "what a route uses that is missing; --deep down to textures and sounds (exit 1 if anything)", cmdRouteCheck},
+        {"route check", "ROUTE [--deep] [--json|--csv] [--out DIR] [--threads N] [--mark-archives] [--mark-case]",
+         "what a route uses that is missing; --deep down to textures and sounds (exit 1 if anything); "
+         "the marks note missing items packed in an .ap and names found under other letter case", cmdRouteCheck},
     };
 }
 

@@ -1,6 +1,7 @@
 // The route list and the route check on the demo install, against its manifest of faults.
 
 #include "velmora/core/appcontext.h"
+#include "velmora/core/archive.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/demo/demoinstall.h"
@@ -58,13 +59,16 @@ protected:
         return out;
     }
     RouteCheckResult check(const std::string& folder, bool deep, int threads = 0) {
+        RouteCheckOptions o;
+        o.deep = deep;
+        o.threads = threads;
+        return check(folder, o);
+    }
+    RouteCheckResult check(const std::string& folder, const RouteCheckOptions& o) {
         const auto routes = listRoutes(*m_ctx);
         const RouteEntry* r = findRoute(routes, folder);
         EXPECT_TRUE(r);
         const auto scenarios = listScenarios(*m_ctx, *r);
-        RouteCheckOptions o;
-        o.deep = deep;
-        o.threads = threads;
         return RouteCheck(*m_ctx, *r, scenarios).run(o);
     }
     static inline fs::path s_dir;
@@ -259,4 +263,93 @@ TEST_F(DemoRoutes, OverviewProvidersAndDuplicateNames) {
     RouteEntry bare{"x", "Bare", s_dir / "rw/Content", false};
     EXPECT_TRUE(listScenarios(*m_ctx, bare, &noFolder).empty());
     EXPECT_TRUE(noFolder);
+}
+
+TEST_F(DemoRoutes, MarksNoteArchivedAndOtherCaseItemsAndLeaveTheReportsAlone) {
+    std::set<std::pair<std::string, std::string>> archived, otherCase;
+    for (const auto& r : listRoutes(*m_ctx)) {
+        RouteCheckOptions o;
+        o.deep = true;
+        const RouteCheckResult plain = check(r.folder, o);
+        EXPECT_TRUE(plain.inArchive.empty() && plain.otherCase.empty()) << "notes only when asked for";
+        o.markArchives = o.markCase = true;
+        o.threads = 1;
+        const RouteCheckResult marked = check(r.folder, o);
+        EXPECT_EQ(marked.missingReport(), plain.missingReport());
+        EXPECT_EQ(marked.texturesReport(), plain.texturesReport());
+        EXPECT_EQ(marked.assetsUnique, plain.assetsUnique);
+        EXPECT_EQ(marked.texturesUsed, plain.texturesUsed);
+        for (const auto& m : marked.inArchive)
+            archived.insert({m.path.substr(m.path.find("/Assets/") + 1), m.where.substr(m.where.find("/Assets/") + 1)});
+        for (const auto& m : marked.otherCase) {
+            EXPECT_NE(m.path, m.where);
+            otherCase.insert({m.path.substr(m.path.find("/Assets/") + 1), m.where.substr(m.where.find("/Assets/") + 1)});
+        }
+        EXPECT_EQ(marked.marksReport().empty(), marked.inArchive.empty() && marked.otherCase.empty());
+    }
+    std::set<std::pair<std::string, std::string>> expectedArchived;
+    for (const auto& f : faults("blueprint-in-archive"))
+        expectedArchived.insert({f["path"].toString().toStdString(),
+                                 f["details"].toObject()["archive"].toString().toStdString()});
+    EXPECT_EQ(archived, expectedArchived);
+    std::set<std::string> expectedFound, found;
+    for (const auto& f : faults("case-mismatch"))
+        expectedFound.insert(f["path"].toString().toStdString());
+    for (const auto& [named, real] : otherCase)
+        found.insert(real);
+    EXPECT_EQ(found, expectedFound);
+}
+
+TEST_F(DemoRoutes, ProductArchivesAnswerWhateverTheCaseAndSeparator) {
+    const fs::path assets = s_dir / "rw/Assets";
+    const ProductArchives archives(assets, m_ctx->resolver);
+    const auto ap = archives.find("Heritage\\SteamDays\\Scenery\\Station\\Platform_Canopy.bin");
+    ASSERT_TRUE(ap);
+    EXPECT_EQ(ap->filename(), "SteamDaysAssets.ap");
+    EXPECT_EQ(archives.find("heritage/STEAMDAYS/scenery/station/platform_canopy.BIN"), ap);
+    EXPECT_FALSE(archives.find("Heritage\\SteamDays\\Scenery\\Station\\Nothing.bin"));
+    EXPECT_FALSE(archives.find("DemoRail\\Class66Pack\\Scenery\\Station\\Platform_Canopy.bin")) << "other product";
+    EXPECT_FALSE(archives.find("NoSuch\\Product\\x.bin"));
+    EXPECT_FALSE(archives.find("Heritage\\SteamDays")) << "a product folder is no entry";
+
+    std::vector<std::string> names;
+    std::string error;
+    EXPECT_TRUE(listArchive(*ap, names, &error));
+    EXPECT_FALSE(names.empty());
+    const fs::path notZip = s_dir / "broken.ap";
+    std::ofstream(notZip) << "not a zip";
+    EXPECT_FALSE(listArchive(notZip, names, &error));
+    EXPECT_TRUE(names.empty());
+    EXPECT_NE(error.find("broken.ap"), std::string::npos) << error;
+}
+
+TEST(RouteCheckBadInput, AnUnreadableTileIsLoggedByNameAndTheCheckGoesOn) {
+    const fs::path dir = fs::temp_directory_path() / ("velmora-routes-bad-" + std::to_string(::getpid()));
+    fs::remove_all(dir);
+    ASSERT_TRUE(demo::generateDemoInstall(dir / "rw", {}).ok);
+    ScriptedUi ui;
+    AppContext ctx(dir / "home", dir / "data", ui);
+    StartupOptions o;
+    o.railWorks = dir / "rw";
+    o.askForRoot = false;
+    runStartup(ctx, o);
+    const auto routes = listRoutes(ctx);
+    const RouteEntry* valley = findRoute(routes, "Demo Valley Line");
+    ASSERT_TRUE(valley);
+    const auto scenarios = listScenarios(ctx, *valley);
+    const RouteCheckResult before = RouteCheck(ctx, *valley, scenarios).run({});
+
+    std::ofstream(valley->path / "Scenery" / "+000099+000099.bin", std::ios::binary) << "SERZ\x01\x02garbage";
+    const int logged = ctx.log().count();
+    const RouteCheckResult after = RouteCheck(ctx, *valley, scenarios).run({});
+    EXPECT_EQ(after.tiles, before.tiles + 1);
+    EXPECT_EQ(after.missingReport(), before.missingReport()) << "the bad tile adds nothing and stops nothing";
+    EXPECT_EQ(ctx.log().count(), logged + 1);
+    EXPECT_NE(ReadTextFile(ctx.log().file()).find("+000099+000099.bin"), std::string::npos);
+
+    // A route folder without RouteProperties.xml is not a route.
+    fs::remove(valley->path / "RouteProperties.xml");
+    for (const auto& r : listRoutes(ctx))
+        EXPECT_NE(r.folder, valley->folder);
+    fs::remove_all(dir);
 }

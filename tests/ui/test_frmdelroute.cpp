@@ -1,10 +1,13 @@
 // The route screen on a demo install, offscreen: the lists, the check and its reports.
 
+#include "common/frmreport.h"
 #include "routes/frmdelroute.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/demo/demoinstall.h"
 
+#include <QCheckBox>
 #include <QListWidget>
+#include <QPlainTextEdit>
 #include <QTableWidget>
 #include <QtTest>
 
@@ -81,6 +84,30 @@ private slots:
         for (const char* name : {"m.csv", "m.txt", "m.xls"})
             QVERIFY(missing->saveTo(m_dir / name));
         QVERIFY(!missing->saveTo(m_dir / "m.doc"));
+    }
+
+    void notesOnArchivesAndLetterCaseWhenAskedFor() {
+        ui::frmDelRoute screen(*m_ctx);
+        screen.routeList()->setCurrentRow(0);
+        screen.findChild<QCheckBox*>("chkMarkArchives")->setChecked(true);
+        screen.findChild<QCheckBox*>("chkMarkCase")->setChecked(true);
+        m_ui->pushAnswer(Answer::No); // no list of shapes
+        m_ui->pushAnswer(Answer::No); // no textures and sounds
+        screen.Command4_Click();
+        QVERIFY(!screen.reports().empty());
+        auto* notes = qobject_cast<ui::frmReport*>(screen.reports().back().data());
+        QVERIFY(notes);
+        const QString text = notes->textBox()->toPlainText();
+        QVERIFY(text.contains("SteamDaysAssets.ap"));
+        QVERIFY(text.contains("SIGNALBOX.bin"));
+        // Without the boxes there are no notes.
+        ui::frmDelRoute plain(*m_ctx);
+        plain.routeList()->setCurrentRow(0);
+        m_ui->pushAnswer(Answer::No);
+        m_ui->pushAnswer(Answer::No);
+        plain.Command4_Click();
+        for (const auto& r : plain.reports())
+            QVERIFY(!qobject_cast<ui::frmReport*>(r.data()));
     }
 
     void theScreensAbortStopsTheCheck() {

@@ -1,7 +1,9 @@
 #include "velmora/routes/routecheck.h"
 
 #include "velmora/core/appcontext.h"
+#include "velmora/core/archive.h"
 #include "velmora/core/convert.h"
+#include "velmora/core/errorlog.h"
 #include "velmora/core/parallel.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
@@ -79,11 +81,13 @@ struct Ref {
     std::string path; // below Assets, backslashes
     bool found = false;
     bool inTransfer = false; // held by a transfer point: used only when found
+    std::string real;        // the file that answered, when found
 };
 
 struct TileScan {
     std::vector<Ref> refs; // in the order the tile names them
     std::string warning;
+    std::string error; // the codec's refusal of the tile, naming it
 };
 
 struct Checker {
@@ -113,6 +117,20 @@ struct Checker {
         return (assets / p).string();
     }
 
+    // Notes `real` when it answered to `relative` only because letter case was ignored.
+    void noteCase(const std::string& relative, const fs::path& real, std::vector<ItemMark>& marks) const {
+        const std::string named = display(relative);
+        const std::string actual = real.string();
+        if (named != actual && foldName(named) == foldName(actual))
+            marks.push_back({named, actual});
+    }
+
+    Ref ref(const std::string& path, bool inTransfer) const {
+        fs::path real;
+        const bool found = exists(path, &real);
+        return {path, found, inTransfer, found ? real.string() : std::string()};
+    }
+
     std::string convert(const fs::path& file) const {
         std::string xml;
         if (!binToXmlText(file, xml))
@@ -140,14 +158,18 @@ struct Checker {
             if (!pos)
                 break;
             const std::string path = provider + "\\" + product + "\\" + binOf(id);
-            scan.refs.push_back({path, exists(path), true});
+            scan.refs.push_back(ref(path, true));
         }
     }
 
     // One tile, line by line: each Provider line, its Product, and the BlueprintID three lines on.
     TileScan tile(const fs::path& file, const std::string& label) const {
         TileScan scan;
-        const std::string xml = convert(file);
+        std::string xml;
+        if (const ConvertResult r = binToXmlText(file, xml); !r) {
+            scan.error = r.message;
+            return scan;
+        }
         const std::vector<std::string> lines = SplitLines(xml);
         for (std::size_t i = 0; i < lines.size(); ++i) {
             if (!find(lines[i], "<Provider"))
@@ -176,7 +198,7 @@ struct Checker {
             // A transfer point's contents are looked at before the point itself.
             if (find(path, "TransferPoints"))
                 transfer(path, scan);
-            scan.refs.push_back({path, exists(path), false});
+            scan.refs.push_back(ref(path, false));
         }
         return scan;
     }
@@ -239,14 +261,16 @@ struct Checker {
     struct Found {
         std::vector<std::string> used;    // files that exist
         std::vector<std::string> missing; // report lines
+        std::vector<ItemMark> otherCase;  // files found only under other letter case
     };
 
     void require(const std::string& relative, const std::string& caller, Found& f, bool& present) const {
         fs::path real;
         present = exists(relative, &real);
-        if (present)
+        if (present) {
             f.used.push_back(real.string());
-        else
+            noteCase(relative, real, f.otherCase);
+        } else
             f.missing.push_back(display(relative) + " Called by " + caller);
     }
 
@@ -361,6 +385,7 @@ struct Checker {
                 return;
             }
             f.used.push_back(proxyFile.string());
+            noteCase(name + ".proxyxml", proxyFile, f.otherCase);
             const std::string text = ReadTextFile(proxyFile);
             for (std::size_t at = find(text, "<Pathname"); at > 0; at = find(text, "<Pathname", at + 1)) {
                 std::size_t pos = at;
@@ -369,9 +394,10 @@ struct Checker {
                 if (!pos || sound.empty())
                     continue;
                 fs::path soundFile;
-                if (exists(sound, &soundFile))
+                if (exists(sound, &soundFile)) {
                     f.used.push_back(soundFile.string());
-                else
+                    noteCase(sound, soundFile, f.otherCase);
+                } else
                     f.missing.push_back(display(sound) + " Called by " + proxyFile.string());
             }
         };
@@ -419,6 +445,20 @@ std::string RouteCheckResult::texturesReport() const {
     return out.size() < 25 ? std::string("No missing textures detected") : out;
 }
 
+std::string RouteCheckResult::marksReport() const {
+    std::string out;
+    auto section = [&](const char* title, const std::vector<ItemMark>& marks) {
+        if (marks.empty())
+            return;
+        out += std::string(out.empty() ? "" : "\r\n") + title + "\r\n\r\n";
+        for (const auto& m : marks)
+            out += m.path + "\t" + m.where + "\r\n";
+    };
+    section("Missing, but packed in an .ap archive of the product (the simulator reads these):", inArchive);
+    section("Found only under a different letter case (the name as written, the file found):", otherCase);
+    return out;
+}
+
 RouteCheck::RouteCheck(AppContext& ctx, const RouteEntry& route, const std::vector<ScenarioEntry>& scenarios)
     : m_ctx(ctx), m_route(route), m_scenarios(scenarios) {}
 
@@ -461,6 +501,37 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
                                           [&](std::size_t i) { return c.tile(jobs[i].file, jobs[i].label); });
     if (result.aborted)
         return result;
+    const std::string assetsPrefix = c.assets.string() + "/";
+    auto relativeOf = [&](const std::string& full) {
+        std::string r = full.rfind(assetsPrefix, 0) == 0 ? full.substr(assetsPrefix.size()) : full;
+        std::replace(r.begin(), r.end(), '/', '\\');
+        return r;
+    };
+    // The notes of the options come last, over what the check found, so they cannot change it.
+    std::vector<ItemMark> otherCase;
+    auto finish = [&]() {
+        if (options.markArchives) {
+            const ProductArchives archives(c.assets, m_ctx.resolver);
+            auto mark = [&](const std::string& shown) {
+                if (auto ap = archives.find(relativeOf(shown)))
+                    result.inArchive.push_back({shown, ap->string()});
+            };
+            for (const auto& m : result.missing)
+                mark(m.path);
+            for (const auto& line : result.missingFiles)
+                mark(line.substr(0, line.find(" Called by ")));
+        }
+        if (options.markCase)
+            result.otherCase = std::move(otherCase);
+        for (auto* marks : {&result.inArchive, &result.otherCase}) {
+            std::vector<ItemMark> once;
+            for (auto& m : *marks)
+                if (std::none_of(once.begin(), once.end(), [&](const ItemMark& o) { return o.path == m.path; }))
+                    once.push_back(std::move(m));
+            *marks = std::move(once);
+        }
+        return std::move(result);
+    };
     std::vector<std::string> used;
     for (std::size_t i = 0; i < scans.size(); ++i) {
         const TileScan& s = scans[i];
@@ -468,26 +539,24 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
         for (const Ref& ref : s.refs) {
             if (!ref.found)
                 result.missing.push_back({c.display(ref.path), jobs[i].label, tileName});
+            else
+                c.noteCase(ref.path, ref.real, otherCase);
             if (ref.found || !ref.inTransfer)
                 used.push_back(c.display(ref.path));
         }
         if (!s.warning.empty())
             result.warnings.push_back(s.warning);
+        if (!s.error.empty())
+            m_ctx.log().log("frmDelRoute", "CheckForFiles", err::Conversion, s.error);
     }
     SortStrings(used, 0, static_cast<std::ptrdiff_t>(used.size()) - 1);
     for (const auto& u : used)
         if (result.assetsUnique.empty() || result.assetsUnique.back() != u)
             result.assetsUnique.push_back(u);
     if (!options.deep)
-        return result;
+        return finish();
 
     // Down from the blueprints: audio ones to their sounds, the others to their shapes.
-    const std::string assetsPrefix = c.assets.string() + "/";
-    auto relativeOf = [&](const std::string& full) {
-        std::string r = full.rfind(assetsPrefix, 0) == 0 ? full.substr(assetsPrefix.size()) : full;
-        std::replace(r.begin(), r.end(), '/', '\\');
-        return r;
-    };
     struct BlueprintScan {
         std::vector<std::string> geo;
         Checker::Found audio;
@@ -512,9 +581,13 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
                 geo.push_back(g);
         result.audioUsed.insert(result.audioUsed.end(), b.audio.used.begin(), b.audio.used.end());
         result.missingFiles.insert(result.missingFiles.end(), b.audio.missing.begin(), b.audio.missing.end());
+        otherCase.insert(otherCase.end(), b.audio.otherCase.begin(), b.audio.otherCase.end());
     }
-    for (const auto& g : geo)
+    for (const auto& g : geo) {
         result.geoFiles.push_back(c.display(g));
+        if (fs::path real; options.markCase && c.exists(g, &real))
+            c.noteCase(g, real, otherCase);
+    }
     const auto found = parallelMap<Checker::Found>(geo.size(), options.threads, ui, "Textures", result.aborted,
                                                 [&](std::size_t i) { return c.textures(geo[i]); });
     if (result.aborted)
@@ -522,6 +595,7 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
     for (const auto& f : found) {
         result.texturesUsed.insert(result.texturesUsed.end(), f.used.begin(), f.used.end());
         result.missingFiles.insert(result.missingFiles.end(), f.missing.begin(), f.missing.end());
+        otherCase.insert(otherCase.end(), f.otherCase.begin(), f.otherCase.end());
     }
 
     // The terrain's textures: plain, or _A to _H when the _A form exists.
@@ -543,6 +617,7 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
                     fs::path real;
                     if (c.exists(name + ".TgPcDx", &real)) {
                         f.used.push_back(real.string());
+                        c.noteCase(name + ".TgPcDx", real, f.otherCase);
                     } else if (c.exists(name + "_A.TgPcDx")) {
                         for (char letter = 'A'; letter <= 'H'; ++letter)
                             c.require(name + "_" + letter + ".TgPcDx", "Texturing.bin", f, present);
@@ -553,12 +628,13 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
             }
             result.texturesUsed.insert(result.texturesUsed.end(), f.used.begin(), f.used.end());
             result.missingFiles.insert(result.missingFiles.end(), f.missing.begin(), f.missing.end());
+            otherCase.insert(otherCase.end(), f.otherCase.begin(), f.otherCase.end());
         }
     }
     SortStrings(result.texturesUsed, 0, static_cast<std::ptrdiff_t>(result.texturesUsed.size()) - 1);
     result.texturesUsed.erase(std::unique(result.texturesUsed.begin(), result.texturesUsed.end()), result.texturesUsed.end());
     result.deepDone = true;
-    return result;
+    return finish();
 }
 
 std::vector<fs::path> saveRouteReports(AppContext& ctx, const RouteCheckResult& r) {

@@ -5,6 +5,7 @@
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
 
+#include <QCheckBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -74,6 +75,13 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
     package->setEnabled(false);
     grid->addWidget(ok, i / 3, i % 3);
     grid->addWidget(package, i / 3, i % 3 + 1);
+    // Notes the check can add without changing its reports.
+    m_markArchives = new QCheckBox(tr("Note missing items packed in an .ap of their product"));
+    m_markArchives->setObjectName("chkMarkArchives");
+    m_markCase = new QCheckBox(tr("Note names found only under other letter case"));
+    m_markCase->setObjectName("chkMarkCase");
+    grid->addWidget(m_markArchives, i / 3 + 1, 0);
+    grid->addWidget(m_markCase, i / 3 + 1, 1);
 
     auto* lists = new QHBoxLayout;
     auto* left = new QVBoxLayout;
@@ -154,7 +162,10 @@ void frmDelRoute::Command4_Click() {
         Command1_Click();
     routes::RouteCheck check(m_ctx, *route, m_scenarioEntries);
     m_work.reset();
-    m_check = check.run({false, 0}, &m_work);
+    routes::RouteCheckOptions options;
+    options.markArchives = m_markArchives->isChecked();
+    options.markCase = m_markCase->isChecked();
+    m_check = check.run(options, &m_work);
     if (m_check.aborted)
         return;
     for (const auto& w : m_check.warnings)
@@ -171,9 +182,11 @@ void frmDelRoute::Command4_Click() {
     if (m_ctx.ui().ask("Would you like to check for missing Texture/Audio/Animation & Script files?", Buttons::YesNo) !=
         Answer::Yes) {
         routes::saveRouteReports(m_ctx, m_check);
+        showMarks();
         return;
     }
-    m_check = check.run({true, 0}, &m_work);
+    options.deep = true;
+    m_check = check.run(options, &m_work);
     if (m_check.aborted)
         return;
     routes::saveRouteReports(m_ctx, m_check);
@@ -186,6 +199,12 @@ void frmDelRoute::Command4_Click() {
     if (!m_check.audioUsed.empty() &&
         m_ctx.ui().ask("Do you wish to view a list of Audio files used by this route?", Buttons::YesNo) == Answer::Yes)
         showList(ReportKind::Used, tr("Following Audio files were used by this route:-"), m_check.audioUsed, "_Sounds.csv");
+    showMarks();
+}
+
+void frmDelRoute::showMarks() {
+    if (const std::string notes = m_check.marksReport(); !notes.empty())
+        showText(tr("Notes on the check"), notes);
 }
 
 void frmDelRoute::Command10_Click() { m_work.abort(); }

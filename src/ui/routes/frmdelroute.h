@@ -9,6 +9,7 @@
 #include <QDialog>
 #include <QPointer>
 
+class QCheckBox;
 class QLabel;
 class QListWidget;
 class QPushButton;
@@ -46,6 +47,7 @@ private:
     void showList(ReportKind kind, const QString& title, const std::vector<std::string>& rows,
                   const std::string& suffix = {});
     void showText(const QString& title, const std::string& text);
+    void showMarks();
 
     AppContext& m_ctx;
     bool m_packageMode;
@@ -56,6 +58,8 @@ private:
     QTableWidget* m_scenarios;
     QLabel* m_routeCount;
     QLabel* m_scenarioCount;
+    QCheckBox* m_markArchives;
+    QCheckBox* m_markCase;
     std::vector<QPointer<QWidget>> m_reports;
     AbortableUi m_work; // the check's channel: the screen's Abort as well as the progress bar's
 };

@@ -27,6 +27,15 @@ struct MissingItem {
 struct RouteCheckOptions {
     bool deep = false; // go on to shapes, textures and sounds
     int threads = 0;   // 0: one per core
+    // Extra notes that never change the check's own reports:
+    bool markArchives = false; // which missing items stand inside an .ap of their product
+    bool markCase = false;     // which items were found only under other letter case
+};
+
+// A note on one item: the path as the check names it, and where it really is.
+struct ItemMark {
+    std::string path;
+    std::string where;
 };
 
 struct RouteCheckResult {
@@ -44,11 +53,17 @@ struct RouteCheckResult {
     std::vector<std::string> audioUsed;
     std::size_t blueprintsRead = 0;
 
+    // The notes the options ask for, in the order the items were met.
+    std::vector<ItemMark> inArchive; // missing item, the .ap that holds it
+    std::vector<ItemMark> otherCase; // name as written, the file that answered to it
+
     bool aborted = false;
     bool anyMissing() const { return !missing.empty() || !missingFiles.empty(); }
     // The text report of the missing items, in the route screen's words.
     std::string missingReport() const;
     std::string texturesReport() const;
+    // The notes, or empty when none were asked for or found.
+    std::string marksReport() const;
 };
 
 class RouteCheck {
