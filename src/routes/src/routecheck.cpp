@@ -1,5 +1,7 @@
 #include "velmora/routes/routecheck.h"
 
+#include "tiles.h"
+
 #include "velmora/core/appcontext.h"
 #include "velmora/core/archive.h"
 #include "velmora/core/convert.h"
@@ -18,47 +20,7 @@ namespace velmora::routes {
 
 namespace {
 
-const ScanSettings kBinary{Match::Binary};
-
-std::size_t find(std::string_view text, std::string_view what, std::size_t from = 1) {
-    return InStr(from, text, what, Match::Text);
-}
-
-std::vector<fs::path> binFiles(const fs::path& folder) {
-    std::vector<fs::path> out;
-    std::error_code ec;
-    for (fs::directory_iterator it(folder, ec); !ec && it != fs::directory_iterator(); it.increment(ec))
-        if (it->is_regular_file(ec) && iendsWith(it->path().filename().string(), ".bin"))
-            out.push_back(it->path());
-    std::sort(out.begin(), out.end(), [](const fs::path& a, const fs::path& b) {
-        return toLowerAscii(a.filename().string()) < toLowerAscii(b.filename().string());
-    });
-    return out;
-}
-
-// The value of a line between its first ">" and the next "<"; false when there is none.
-bool lineValue(const std::string& line, std::string& value) {
-    const std::size_t gt = line.find('>');
-    const std::size_t lt = gt == std::string::npos ? gt : line.find('<', gt + 1);
-    if (lt == std::string::npos)
-        return false;
-    value = line.substr(gt + 1, lt - gt - 1);
-    return true;
-}
-
-struct Triple {
-    std::string provider, product, id;
-    std::string bin() const;
-};
-
-Triple readTriple(const std::string& xml, std::size_t pos) {
-    const BlueprintRef r = GetBlueprintRef(xml, pos, kBinary);
-    return {r.provider, r.product, r.blueprintId};
-}
-
-std::string binOf(const std::string& id) { return id.size() >= 3 ? id.substr(0, id.size() - 3) + "bin" : id; }
-
-std::string Triple::bin() const { return provider + "\\" + product + "\\" + binOf(id); }
+using namespace detail;
 
 std::string withoutCode(std::string value) {
     if (const auto b = value.find('['); b != std::string::npos)
@@ -76,7 +38,6 @@ std::string nameOf(const std::string& path) {
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
-
 struct Ref {
     std::string path; // below Assets, backslashes
     bool found = false;
@@ -91,31 +52,10 @@ struct TileScan {
 };
 
 struct Checker {
-    AppContext& ctx;
-    fs::path assets;
+    AssetFiles files;
 
-    // A file below Assets, as named or as repaired; the real path when found.
-    bool exists(const std::string& relative, fs::path* real = nullptr) const {
-        if (auto f = ctx.resolver.resolve(assets, relative); f && fs::is_regular_file(*f)) {
-            if (real)
-                *real = *f;
-            return true;
-        }
-        const std::string repaired = latin1ToUtf8(DecodedChars(relative));
-        if (repaired != relative)
-            if (auto f = ctx.resolver.resolve(assets, repaired); f && fs::is_regular_file(*f)) {
-                if (real)
-                    *real = *f;
-                return true;
-            }
-        return false;
-    }
-
-    std::string display(const std::string& relative) const {
-        std::string p = relative;
-        std::replace(p.begin(), p.end(), '\\', '/');
-        return (assets / p).string();
-    }
+    bool exists(const std::string& relative, fs::path* real = nullptr) const { return files.exists(relative, real); }
+    std::string display(const std::string& relative) const { return files.display(relative); }
 
     // Notes `real` when it answered to `relative` only because letter case was ignored.
     void noteCase(const std::string& relative, const fs::path& real, std::vector<ItemMark>& marks) const {
@@ -170,31 +110,8 @@ struct Checker {
             scan.error = r.message;
             return scan;
         }
-        const std::vector<std::string> lines = SplitLines(xml);
-        for (std::size_t i = 0; i < lines.size(); ++i) {
-            if (!find(lines[i], "<Provider"))
-                continue;
-            std::string provider, product, id;
-            lineValue(lines[i], provider);
-            const bool productOk = i + 1 < lines.size() && lineValue(lines[i + 1], product);
-            if (i + 4 < lines.size())
-                lineValue(lines[i + 4], id);
-            const bool emptyProvider = provider.empty() || provider == " ";
-            // An all-empty reference (a reskin slot left unused) is no reference.
-            if (emptyProvider && product.empty() && id.empty()) {
-                i += 4;
-                continue;
-            }
-            if (emptyProvider || !productOk) {
-                scan.warning = std::string(emptyProvider ? "There is an error in a Provider description in tile"
-                                                         : "There is an error in a Product description in tile") +
-                               "\n" + label + " - " + file.filename().string() + "\nThis may/may not cause TS2019 to fail.";
-                break;
-            }
-            i += 4;
-            if (id.empty())
-                continue;
-            const std::string path = provider + "\\" + product + "\\" + binOf(id);
+        for (const Triple& t : tileReferences(xml, label, file, scan.warning)) {
+            const std::string path = t.bin();
             // A transfer point's contents are looked at before the point itself.
             if (find(path, "TransferPoints"))
                 transfer(path, scan);
@@ -465,7 +382,7 @@ RouteCheck::RouteCheck(AppContext& ctx, const RouteEntry& route, const std::vect
 RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface* ui) {
     RouteCheckResult result;
     result.routeName = m_route.name;
-    const Checker c{m_ctx, m_ctx.resolver.resolveForWrite(m_ctx.railWorks(), "Assets")};
+    const Checker c{AssetFiles(m_ctx)};
     m_ctx.resolver.invalidate();
 
     // The route's template.
@@ -479,39 +396,19 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
     }
 
     // The tiles, folder by folder in the check's order, then the scenarios' own scenery.
-    struct TileJob {
-        fs::path file;
-        std::string label;
-    };
-    std::vector<TileJob> jobs;
-    auto folder = [&](const fs::path& base, const char* relative, const char* label) {
-        if (auto f = m_ctx.resolver.resolve(base, relative))
-            for (const auto& file : binFiles(*f))
-                jobs.push_back({file, label});
-    };
-    folder(m_route.path, "Scenery", "(Scenery Item)");
-    folder(m_route.path, "Networks\\Loft Tiles", "(Loft Item)");
-    folder(m_route.path, "Networks\\Road Tiles", "(Road Item)");
-    folder(m_route.path, "Networks", "(Track Item)");
-    for (const auto& s : m_scenarios)
-        folder(m_route.path, ("Scenarios\\" + s.folder + "\\Scenery").c_str(), "(Scenery Item)");
+    const std::vector<TileJob> jobs = routeTiles(m_ctx, m_route, m_scenarios);
     result.tiles = jobs.size();
 
     const auto scans = parallelMap<TileScan>(jobs.size(), options.threads, ui, "Tiles of " + m_route.name, result.aborted,
                                           [&](std::size_t i) { return c.tile(jobs[i].file, jobs[i].label); });
     if (result.aborted)
         return result;
-    const std::string assetsPrefix = c.assets.string() + "/";
-    auto relativeOf = [&](const std::string& full) {
-        std::string r = full.rfind(assetsPrefix, 0) == 0 ? full.substr(assetsPrefix.size()) : full;
-        std::replace(r.begin(), r.end(), '/', '\\');
-        return r;
-    };
+    auto relativeOf = [&](const std::string& full) { return c.files.relative(full); };
     // The notes of the options come last, over what the check found, so they cannot change it.
     std::vector<ItemMark> otherCase;
     auto finish = [&]() {
         if (options.markArchives) {
-            const ProductArchives archives(c.assets, m_ctx.resolver);
+            const ProductArchives archives(c.files.root(), m_ctx.resolver);
             auto mark = [&](const std::string& shown) {
                 if (auto ap = archives.find(relativeOf(shown)))
                     result.inArchive.push_back({shown, ap->string()});
