@@ -4,6 +4,7 @@
 
 #include "velmora/core/services.h"
 #include "velmora/routes/routecheck.h"
+#include "velmora/routes/routeitems.h"
 
 namespace velmora::cli {
 
@@ -29,6 +30,45 @@ std::string csvField(const std::string& text) {
     for (char ch : text)
         out += ch == '"' ? std::string("\"\"") : std::string(1, ch);
     return out + "\"";
+}
+
+// The route named by the first of `plainCount` plain arguments; null after saying why.
+const routes::RouteEntry* routeArgument(Session& s, const Arguments& a, std::size_t plainCount,
+                                        std::vector<routes::RouteEntry>& found) {
+    if (a.plain.size() != plainCount) {
+        s.fail(a.plain.empty() ? "needs the route: its folder or its name"
+               : a.plain.size() < plainCount ? "needs " + std::to_string(plainCount) + " arguments, the route first"
+                                             : "unexpected argument '" + a.plain[plainCount] + "'");
+        return nullptr;
+    }
+    s.start();
+    if (!s.requireRoot())
+        return nullptr;
+    found = routes::listRoutes(s.ctx);
+    const routes::RouteEntry* route = routes::findRoute(found, a.plain.front());
+    if (!route)
+        s.fail("no route with the folder or name '" + a.plain.front() + "'");
+    return route;
+}
+
+std::optional<int> threadsOption(Session& s, const Arguments& a) {
+    if (auto t = a.value("--threads")) {
+        auto n = parseNumber(*t);
+        if (!n || *n < 1 || *n > 256) {
+            s.fail("--threads needs a number from 1 to 256, not '" + *t + "'");
+            return std::nullopt;
+        }
+        return static_cast<int>(*n);
+    }
+    return 0;
+}
+
+void printMissing(Session& s, const std::vector<routes::MissingItem>& missing) {
+    if (missing.empty())
+        return;
+    s.out << "\nFollowing Asset(s) were missing from this route:-\n";
+    for (const auto& m : missing)
+        s.out << m.row() << '\n';
 }
 
 int cmdRouteList(Session& s) {
@@ -73,25 +113,18 @@ int cmdRouteCheck(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {"--out", "--threads"}, {"--deep", "--json", "--csv", "--mark-archives", "--mark-case"});
     if (!a.problem.empty())
         return s.fail(a.problem);
-    if (a.plain.size() != 1)
-        return s.fail(a.plain.empty() ? "needs the route: its folder or its name" : "unexpected argument '" + a.plain[1] + "'");
     routes::RouteCheckOptions options;
     options.deep = a.has("--deep");
     options.markArchives = a.has("--mark-archives");
     options.markCase = a.has("--mark-case");
-    if (auto t = a.value("--threads")) {
-        auto n = parseNumber(*t);
-        if (!n || *n < 1 || *n > 256)
-            return s.fail("--threads needs a number from 1 to 256, not '" + *t + "'");
-        options.threads = static_cast<int>(*n);
-    }
-    s.start();
-    if (!s.requireRoot())
+    const auto threads = threadsOption(s, a);
+    if (!threads)
         return Error;
-    const auto routesFound = routes::listRoutes(s.ctx);
-    const routes::RouteEntry* route = routes::findRoute(routesFound, a.plain.front());
+    options.threads = *threads;
+    std::vector<routes::RouteEntry> routesFound;
+    const routes::RouteEntry* route = routeArgument(s, a, 1, routesFound);
     if (!route)
-        return s.fail("no route with the folder or name '" + a.plain.front() + "'");
+        return Error;
     const auto scenarios = routes::listScenarios(s.ctx, *route);
     routes::RouteCheck check(s.ctx, *route, scenarios);
     const auto r = check.run(options, &s.ui);
@@ -159,6 +192,82 @@ int cmdRouteCheck(Session& s) {
     return r.anyMissing() ? ProblemsFound : Success;
 }
 
+int cmdRouteProviders(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    std::vector<routes::RouteEntry> found;
+    const routes::RouteEntry* route = routeArgument(s, a, 1, found);
+    if (!route)
+        return Error;
+    s.out << "Provider\tProduct\n";
+    for (const auto& [provider, product] : routes::routeProviders(s.ctx, *route))
+        s.out << provider << '\t' << product << '\n';
+    return Success;
+}
+
+int cmdRouteItems(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {"--threads"}, {"--csv"});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    const auto threads = threadsOption(s, a);
+    if (!threads)
+        return Error;
+    std::vector<routes::RouteEntry> found;
+    const routes::RouteEntry* route = routeArgument(s, a, 1, found);
+    if (!route)
+        return Error;
+    const auto r = routes::listPlacedItems(s.ctx, *route, *threads, &s.ui);
+    if (r.aborted)
+        return s.fail("stopped");
+    for (const auto& w : r.warnings)
+        s.err << "velmora-cli: " << w << '\n';
+    if (a.has("--csv")) {
+        s.out << "Asset,Type,Tile,X,Z,Found\n";
+        for (const auto& i : r.items)
+            s.out << csvField(i.path) << ',' << csvField(i.label) << ',' << i.tile << ',' << i.x << ',' << i.z << ','
+                  << (i.found ? "yes" : "no") << '\n';
+    } else {
+        s.out << "Following item(s) were used by this route:-\n";
+        for (const auto& i : r.items)
+            s.out << i.row() << '\n';
+        printMissing(s, r.missing);
+    }
+    return r.missing.empty() ? Success : ProblemsFound;
+}
+
+int cmdRouteProduct(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {"--threads"}, {"--unused", "--del"});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    if (a.has("--del") && !a.has("--unused"))
+        return s.fail("--del goes with --unused");
+    const auto threads = threadsOption(s, a);
+    if (!threads)
+        return Error;
+    std::vector<routes::RouteEntry> found;
+    const routes::RouteEntry* route = routeArgument(s, a, 3, found);
+    if (!route)
+        return Error;
+    const auto scenarios = routes::listScenarios(s.ctx, *route);
+    const auto r = routes::productItemsUsed(s.ctx, *route, scenarios, a.plain[1], a.plain[2], *threads, &s.ui);
+    if (r.aborted)
+        return s.fail("stopped");
+    if (a.has("--unused")) {
+        for (const auto& row : routes::productItemsNotUsed(s.ctx, r, a.has("--del")))
+            s.out << row << '\n';
+        return Success;
+    }
+    if (r.used.empty()) {
+        s.out << "No shapes used by this provider/product\n";
+        return Success;
+    }
+    for (const auto& u : r.used)
+        s.out << u << '\n';
+    printMissing(s, r.missing);
+    return r.missing.empty() ? Success : ProblemsFound;
+}
+
 } // namespace
 
 std::vector<Command> routeCommands() {
@@ -167,6 +276,13 @@ std::vector<Command> routeCommands() {
         {"route check", "ROUTE [--deep] [--json|--csv] [--out DIR] [--threads N] [--mark-archives] [--mark-case]",
          "what a route uses that is missing; --deep down to textures and sounds (exit 1 if anything); "
          "the marks note missing items packed in an .ap and names found under other letter case", cmdRouteCheck},
+        {"route providers", "ROUTE", "the providers and products a route preloads", cmdRouteProviders},
+        {"route items", "ROUTE [--csv] [--threads N]",
+         "every scenery, loft, road and track item with its tile and offset (exit 1 if any is missing)", cmdRouteItems},
+        {"route product", "ROUTE PROVIDER PRODUCT [--unused [--del]] [--threads N]",
+         "the blueprints of one provider and product the route uses; --unused those it does not use, "
+         "--del as lines of a batch file",
+         cmdRouteProduct},
     };
 }
 

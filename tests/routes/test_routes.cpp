@@ -2,10 +2,12 @@
 
 #include "velmora/core/appcontext.h"
 #include "velmora/core/archive.h"
+#include "velmora/core/paths.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/demo/demoinstall.h"
 #include "velmora/routes/routecheck.h"
+#include "velmora/routes/routeitems.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +15,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -352,4 +355,93 @@ TEST(RouteCheckBadInput, AnUnreadableTileIsLoggedByNameAndTheCheckGoesOn) {
     for (const auto& r : listRoutes(ctx))
         EXPECT_NE(r.folder, valley->folder);
     fs::remove_all(dir);
+}
+
+TEST(TileNumbers, SignAndSixDigits) {
+    EXPECT_EQ(tileNumber("0"), "+000000");
+    EXPECT_EQ(tileNumber("12"), "+000012");
+    EXPECT_EQ(tileNumber("-1"), "-000001");
+    EXPECT_EQ(tileNumber("-0"), "-000000") << "the sign comes from the text";
+    EXPECT_EQ(tileNumber("1234567"), "+1234567");
+    EXPECT_EQ(tileNumber("3.75"), "+000003");
+}
+
+TEST_F(DemoRoutes, PlacedItemsAreTheTilesItemsWithTheirPlaces) {
+    for (const auto& r : listRoutes(*m_ctx)) {
+        const RouteCheckResult check = this->check(r.folder, false);
+        const std::set<std::string> used(check.assetsUnique.begin(), check.assetsUnique.end());
+        std::set<std::string> checkMissing, networkMissing;
+        for (const auto& m : check.missing) {
+            checkMissing.insert(m.row());
+            if (m.label != "(Scenery Item)")
+                networkMissing.insert(m.row());
+        }
+        const PlacedItemsResult placed = listPlacedItems(*m_ctx, r, 1);
+        ASSERT_FALSE(placed.items.empty()) << r.name;
+        std::set<std::string> labels, placedMissing;
+        for (const auto& item : placed.items) {
+            EXPECT_TRUE(used.count(item.path)) << item.path;
+            EXPECT_EQ(item.tile.size(), 14u) << item.tile;
+            EXPECT_TRUE(item.tile[0] == '+' || item.tile[0] == '-');
+            EXPECT_FALSE(item.x.empty() || item.z.empty()) << item.row();
+            labels.insert(item.label);
+        }
+        for (const auto& m : placed.missing) {
+            EXPECT_TRUE(checkMissing.count(m.row())) << m.row();
+            placedMissing.insert(m.row());
+        }
+        // Loft, road and track references come only from the tiles both read.
+        for (const auto& m : networkMissing)
+            EXPECT_TRUE(placedMissing.count(m)) << m;
+        EXPECT_TRUE(labels.count("(Scenery Item)") && labels.count("(Track Item)")) << r.name;
+
+        const PlacedItemsResult parallel = listPlacedItems(*m_ctx, r, 4);
+        ASSERT_EQ(parallel.items.size(), placed.items.size());
+        for (std::size_t i = 0; i < placed.items.size(); ++i)
+            EXPECT_EQ(parallel.items[i].row(), placed.items[i].row());
+    }
+}
+
+TEST_F(DemoRoutes, AProductsItemsUsedAndNotUsed) {
+    const auto routes = listRoutes(*m_ctx);
+    const RouteEntry* valley = findRoute(routes, "Demo Valley Line");
+    ASSERT_TRUE(valley);
+    const auto scenarios = listScenarios(*m_ctx, *valley);
+    const ProductItemsResult used = productItemsUsed(*m_ctx, *valley, scenarios, "DemoRail", "Class66Pack");
+    ASSERT_FALSE(used.used.empty());
+    const std::string product = (s_dir / "rw/Assets/").string();
+    bool signalBox = false;
+    for (const auto& u : used.used) {
+        EXPECT_EQ(foldName(u.substr(product.size(), 20)), foldName("DemoRail/Class66Pack")) << u;
+        signalBox = signalBox || u.find("SIGNALBOX.bin") != std::string::npos;
+    }
+    EXPECT_TRUE(signalBox) << "references in other letter case belong to the product too";
+    EXPECT_TRUE(std::is_sorted(used.used.begin(), used.used.end(), [](const std::string& a, const std::string& b) {
+        return foldName(a) < foldName(b);
+    }));
+    const ProductItemsResult folded = productItemsUsed(*m_ctx, *valley, scenarios, "demorail", "CLASS66PACK");
+    EXPECT_EQ(folded.used, used.used);
+    EXPECT_TRUE(productItemsUsed(*m_ctx, *valley, scenarios, "Nobody", "Nothing").used.empty());
+
+    const RouteCheckResult check = this->check(valley->folder, false);
+    for (const auto& m : used.missing)
+        EXPECT_TRUE(std::any_of(check.missing.begin(), check.missing.end(),
+                                [&](const MissingItem& c) { return c.row() == m.row(); }))
+            << m.row();
+
+    const auto unused = productItemsNotUsed(*m_ctx, used);
+    const auto del = productItemsNotUsed(*m_ctx, used, true);
+    ASSERT_EQ(unused.size(), del.size());
+    std::set<std::string> usedFolded;
+    for (const auto& u : used.used)
+        usedFolded.insert(foldName(u));
+    bool loco = false;
+    for (std::size_t i = 0; i < unused.size(); ++i) {
+        EXPECT_EQ(del[i], "DEL " + unused[i]);
+        EXPECT_TRUE(fs::exists(unused[i])) << unused[i];
+        EXPECT_FALSE(usedFolded.count(foldName(unused[i]))) << unused[i];
+        EXPECT_NE(foldName(unused[i]).find("class66pack"), std::string::npos);
+        loco = loco || unused[i].ends_with("Engine/Class66_EWS.bin");
+    }
+    EXPECT_TRUE(loco) << "rolling stock is placed by scenarios, not by tiles";
 }

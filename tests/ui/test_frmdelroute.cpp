@@ -2,11 +2,13 @@
 
 #include "common/frmreport.h"
 #include "routes/frmdelroute.h"
+#include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/demo/demoinstall.h"
 
 #include <QCheckBox>
 #include <QListWidget>
+#include <QPushButton>
 #include <QPlainTextEdit>
 #include <QTableWidget>
 #include <QtTest>
@@ -108,6 +110,48 @@ private slots:
         plain.Command4_Click();
         for (const auto& r : plain.reports())
             QVERIFY(!qobject_cast<ui::frmReport*>(r.data()));
+    }
+
+    void itemsWithLocationsAndAProductsUnusedItems() {
+        ui::frmDelRoute screen(*m_ctx);
+        screen.routeList()->setCurrentRow(1); // the Gotthard route: nothing missing on its network
+        screen.Command17_Click();
+        QVERIFY(!screen.reports().empty());
+        auto* placed = qobject_cast<ui::frmListRS*>(screen.reports().back().data());
+        QVERIFY(placed);
+        QVERIFY(placed->grid()->rowCount() > 10);
+        QCOMPARE(placed->grid()->columnCount(), 5);
+
+        // Command22 waits for the providers of the route.
+        auto* command22 = screen.findChild<QPushButton*>("Command22");
+        QVERIFY(!command22->isEnabled());
+        screen.routeList()->setCurrentRow(0);
+        screen.Command14_Click();
+        QVERIFY(command22->isEnabled());
+        QTableWidget* providers = screen.scenarioList();
+        int row = -1;
+        for (int r = 0; r < providers->rowCount(); ++r)
+            if (providers->item(r, 0)->text() == "DemoRail")
+                row = r;
+        QVERIFY(row >= 0);
+        providers->setCurrentCell(row, 0);
+        const std::size_t before = screen.reports().size();
+        screen.Command22_Click();
+        QVERIFY(screen.reports().size() > before);
+        auto* used = qobject_cast<ui::frmListRS*>(screen.reports().back().data());
+        QVERIFY(used);
+        QVERIFY(used->rows().front().find("DemoRail") != std::string::npos);
+        m_ui->pushAnswer(Answer::Yes); // DEL in front of each row
+        ui::frmListRS* unused = used->Command23_Click();
+        QVERIFY(unused && !unused->rows().empty());
+        for (const auto& r : unused->rows())
+            QVERIFY(r.rfind("DEL ", 0) == 0);
+        QVERIFY(unused->saveBatch(m_dir / "unused.bat"));
+        QVERIFY(ReadTextFile(m_dir / "unused.bat").rfind("DEL ", 0) == 0);
+
+        // Back to the scenarios: Command22 is off again.
+        screen.Command1_Click();
+        QVERIFY(!command22->isEnabled());
     }
 
     void theScreensAbortStopsTheCheck() {

@@ -4,6 +4,7 @@
 #include "../common/frmreport.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
+#include "velmora/routes/routeitems.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -53,6 +54,8 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
         {"Command15", "List Stock used by all scenarios", &frmDelRoute::Command15_Click},
         {"Command19", "List Stock used with wagon numbers", &frmDelRoute::Command19_Click},
         {"Command21", "List ALL rolling stock used by all routes.", &frmDelRoute::Command21_Click},
+        {"Command17", "Display items used with their locations", &frmDelRoute::Command17_Click},
+        {"Command22", "Display items used from selected P/P", &frmDelRoute::Command22_Click},
         {"Command10", "&Abort", &frmDelRoute::Command10_Click},
     };
     auto* grid = new QGridLayout;
@@ -63,6 +66,10 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
         connect(button, &QPushButton::clicked, this, b.slot);
         grid->addWidget(button, i / 3, i % 3);
         ++i;
+        if (button->objectName() == "Command22") {
+            m_command22 = button;
+            button->setEnabled(false); // until the providers are listed
+        }
     }
     // The delete and package actions come with their own tools; their buttons are here already.
     auto* ok = new QPushButton(ctx.lang.has(packageMode ? 314 : 121) ? toQt(ctx.lang.text(packageMode ? 314 : 121))
@@ -130,6 +137,9 @@ void frmDelRoute::showText(const QString& title, const std::string& text) {
 
 void frmDelRoute::Command1_Click() {
     m_scenarios->setRowCount(0);
+    m_scenarios->setHorizontalHeaderLabels({tr("Scenario folder"), tr("Scenario"), tr("Type")});
+    m_listsProviders = false;
+    m_command22->setEnabled(false);
     m_scenarioEntries.clear();
     const routes::RouteEntry* route = selectedRoute();
     if (!route)
@@ -220,6 +230,7 @@ void frmDelRoute::Command14_Click() {
     if (!route)
         return;
     m_scenarios->setRowCount(0);
+    m_scenarioEntries.clear();
     m_scenarios->setHorizontalHeaderLabels({tr("Provider"), tr("Product"), QString()});
     for (const auto& [provider, product] : routes::routeProviders(m_ctx, *route)) {
         const int r = m_scenarios->rowCount();
@@ -227,6 +238,65 @@ void frmDelRoute::Command14_Click() {
         m_scenarios->setItem(r, 0, new QTableWidgetItem(toQt(provider)));
         m_scenarios->setItem(r, 1, new QTableWidgetItem(toQt(product)));
     }
+    m_listsProviders = true;
+    m_command22->setEnabled(true);
+}
+
+std::optional<std::pair<std::string, std::string>> frmDelRoute::selectedProvider() {
+    const int row = m_scenarios->currentRow();
+    if (!m_listsProviders || row < 0 || !m_scenarios->item(row, 0) || !m_scenarios->item(row, 1)) {
+        m_ctx.ui().message("Select a provider and product in the list first.");
+        return std::nullopt;
+    }
+    return std::make_pair(fromQt(m_scenarios->item(row, 0)->text()), fromQt(m_scenarios->item(row, 1)->text()));
+}
+
+void frmDelRoute::Command17_Click() {
+    const routes::RouteEntry* route = selectedRoute();
+    if (!route)
+        return;
+    m_work.reset();
+    const auto r = routes::listPlacedItems(m_ctx, *route, 0, &m_work);
+    if (r.aborted)
+        return;
+    for (const auto& w : r.warnings)
+        m_ctx.ui().message(w, Icon::Warning);
+    std::vector<std::string> rows;
+    for (const auto& m : r.missing)
+        rows.push_back(m.row());
+    if (!rows.empty())
+        showList(ReportKind::MissingItems, tr("Following Asset(s) were missing from this route:-"), rows);
+    rows.clear();
+    for (const auto& item : r.items)
+        rows.push_back(item.row());
+    showList(ReportKind::ItemsWithLocations, tr("Following item(s) were used by this route:-"), rows, "_Locations.csv");
+}
+
+void frmDelRoute::Command22_Click() {
+    const routes::RouteEntry* route = selectedRoute();
+    if (!route)
+        return;
+    const auto chosen = selectedProvider();
+    if (!chosen)
+        return;
+    const auto scenarios = routes::listScenarios(m_ctx, *route);
+    m_work.reset();
+    const auto r = routes::productItemsUsed(m_ctx, *route, scenarios, chosen->first, chosen->second, 0, &m_work);
+    if (r.aborted)
+        return;
+    std::vector<std::string> rows;
+    for (const auto& m : r.missing)
+        rows.push_back(m.row());
+    if (!rows.empty())
+        showList(ReportKind::MissingItems, tr("Following Asset(s) were missing from this route:-"), rows);
+    if (r.used.empty()) {
+        m_ctx.ui().message("No shapes used by this provider/product");
+        return;
+    }
+    showList(ReportKind::ProviderItems,
+             tr("Items of %1\\%2 used by this route:-").arg(toQt(r.provider), toQt(r.product)), r.used, "_" + r.product + ".csv");
+    if (auto* list = qobject_cast<frmListRS*>(m_reports.back().data()))
+        list->offerUnused(r);
 }
 
 void frmDelRoute::Command18_Click() {

@@ -9,6 +9,8 @@
 #include <QDialog>
 #include <QPointer>
 
+#include <optional>
+
 class QCheckBox;
 class QLabel;
 class QListWidget;
@@ -41,6 +43,8 @@ public slots:
     void Command19_Click(); // stock of the selected scenario with wagon numbers
     void Command21_Click(); // all rolling stock used by all routes
     void Command10_Click(); // &Abort: stops the check at its next file
+    void Command17_Click(); // items used by the route with their tiles and offsets
+    void Command22_Click(); // items used from the selected provider and product
 
 private:
     const routes::RouteEntry* selectedRoute();
@@ -48,6 +52,8 @@ private:
                   const std::string& suffix = {});
     void showText(const QString& title, const std::string& text);
     void showMarks();
+    // The provider and product of the selected row while List3 shows providers.
+    std::optional<std::pair<std::string, std::string>> selectedProvider();
 
     AppContext& m_ctx;
     bool m_packageMode;
@@ -58,6 +64,8 @@ private:
     QTableWidget* m_scenarios;
     QLabel* m_routeCount;
     QLabel* m_scenarioCount;
+    QPushButton* m_command22;
+    bool m_listsProviders = false; // List3 holds providers (Command14), not scenarios
     QCheckBox* m_markArchives;
     QCheckBox* m_markCase;
     std::vector<QPointer<QWidget>> m_reports;

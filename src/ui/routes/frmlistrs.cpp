@@ -53,6 +53,9 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     QPushButton* save = button("Command6", tr("Save Grid as File"));
     QPushButton* batch = button("Command7", tr("Save Grid as Batch File"));
     QPushButton* close = button("Command2", m_ctx.lang.has(9) ? toQt(m_ctx.lang.text(9)) : tr("Exit"));
+    m_unused = button("Command23", tr("Display items NOT used"));
+    m_unused->setVisible(false);
+    connect(m_unused, &QPushButton::clicked, this, [this] { Command23_Click(); });
     connect(dupes, &QPushButton::clicked, this, &frmListRS::Command1_Click);
     connect(save, &QPushButton::clicked, this, &frmListRS::Command6_Click);
     connect(batch, &QPushButton::clicked, this, &frmListRS::Command7_Click);
@@ -63,7 +66,7 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     dupes->setEnabled(offersDupes);
     batch->setVisible(kind == ReportKind::ProviderItems);
     auto* buttons = new QHBoxLayout;
-    for (QPushButton* b : {dupes, save, batch})
+    for (QPushButton* b : {dupes, save, batch, m_unused})
         buttons->addWidget(b);
     buttons->addStretch(1);
     buttons->addWidget(close);
@@ -184,6 +187,26 @@ void frmListRS::Command7_Click() {
     FileRequest request{"Save Grid as Batch File", m_ctx.reports(), "Batch file (*.bat)|*.bat", true};
     if (auto chosen = m_ctx.ui().chooseFile(request); chosen && !chosen->empty())
         saveBatch(*chosen);
+}
+
+void frmListRS::offerUnused(const routes::ProductItemsResult& used) {
+    m_used = used;
+    m_unused->setVisible(true);
+}
+
+frmListRS* frmListRS::Command23_Click() {
+    const Answer del = m_ctx.ui().ask("Do you wish to add 'DEL ' to each item so that the\n"
+                                      "list can be saved as a batch file to enable you to\n"
+                                      "delete unused items (Can be very dangerous in \n"
+                                      "inexperienced hands.....)",
+                                      Buttons::YesNo, Icon::Warning);
+    const auto rows = routes::productItemsNotUsed(m_ctx, m_used, del == Answer::Yes);
+    auto* list = new frmListRS(m_ctx, ReportKind::ProviderItems,
+                               tr("Items of %1\\%2 NOT used by this route:-").arg(toQt(m_used.provider), toQt(m_used.product)),
+                               rows, m_used.provider + "_" + m_used.product, "_NotUsed.csv", this);
+    list->setAttribute(Qt::WA_DeleteOnClose);
+    list->show();
+    return list;
 }
 
 } // namespace velmora::ui

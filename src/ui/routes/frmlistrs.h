@@ -3,6 +3,7 @@
 // which commands it offers: Remove dupes, saving in three forms or as a batch file.
 
 #include "velmora/core/appcontext.h"
+#include "velmora/routes/routeitems.h"
 
 #include <QDialog>
 
@@ -42,6 +43,12 @@ public slots:
     void Command6_Click(); // Save Grid as File
     bool saveBatch(const std::filesystem::path& file); // Command7: the rows as a batch file
     void Command7_Click();
+    // Display items NOT used: the product's blueprints the route leaves unused, in a new grid
+    // (returned, for the tests). Offered once offerUnused() has given the items used.
+    frmListRS* Command23_Click();
+
+public:
+    void offerUnused(const routes::ProductItemsResult& used);
 
 private:
     void setRows(const std::vector<std::string>& rows);
@@ -49,6 +56,8 @@ private:
     ReportKind m_kind;
     std::string m_proposed;
     QTableWidget* m_grid;
+    QPushButton* m_unused;
+    routes::ProductItemsResult m_used;
 };
 
 } // namespace velmora::ui
