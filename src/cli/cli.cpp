@@ -106,6 +106,13 @@ bool validUtf8(const std::string& s) {
 // Paths from the file system are UTF-8 already; repaired names are Windows-1252.
 std::string shown(const std::string& text) { return validUtf8(text) ? text : latin1ToUtf8(text); }
 
+std::string csvField(const std::string& text) {
+    std::string out = "\"";
+    for (char ch : shown(text))
+        out += ch == '"' ? std::string("\"\"") : std::string(1, ch);
+    return out + "\"";
+}
+
 std::string jsonString(const std::string& cp1252) {
     std::string out = "\"";
     for (char c : shown(cp1252)) {

@@ -5,6 +5,7 @@
 #include "velmora/assets/assetlist.h"
 #include "velmora/assets/checks.h"
 #include "velmora/core/services.h"
+#include "velmora/routes/routes.h"
 
 #include <algorithm>
 #include <fstream>
@@ -174,7 +175,7 @@ std::string reportAsCsv(const assets::Report& r) {
     std::string out = "File,Missing\n";
     for (const auto& l : r.lines)
         if (!l.path.empty())
-            out += "\"" + l.path + "\"," + (l.missing ? "yes" : "no") + "\n";
+            out += csvField(l.path) + "," + (l.missing ? "yes" : "no") + "\n";
     return out;
 }
 
@@ -235,6 +236,45 @@ int cmdFilesUsed(Session& s) {
     return printReport(s, a, checks.getAssetBits(rows));
 }
 
+// Where is it used? The scenarios whose stock names each blueprint.
+int cmdWhereUsed(Session& s) {
+    Arguments a;
+    std::vector<assets::AssetRow> rows;
+    if (!checkedRows(s, a, rows))
+        return Error;
+    const auto routesFound = routes::listRoutes(s.ctx);
+    if (a.has("--csv"))
+        s.out << "Asset,Route,Scenario,Route folder,Scenario folder\n";
+    if (a.has("--json"))
+        s.out << "[\n";
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const auto& row = rows[i];
+        const auto uses = routes::whereUsed(s.ctx, routesFound, row.relativePath());
+        if (a.has("--json")) {
+            s.out << "  {\"asset\": " << jsonString(row.relativePath()) << ", \"usedIn\": [";
+            for (std::size_t j = 0; j < uses.size(); ++j)
+                s.out << (j ? ", " : "") << "{\"route\": " << jsonString(uses[j].route)
+                      << ", \"scenario\": " << jsonString(uses[j].scenario) << "}";
+            s.out << "]}" << (i + 1 < rows.size() ? "," : "") << '\n';
+            continue;
+        }
+        if (a.has("--csv")) {
+            for (const auto& u : uses)
+                s.out << csvField(row.relativePath()) << ',' << csvField(u.route) << ',' << csvField(u.scenario) << ','
+                      << u.routeFolder << ',' << u.scenarioFolder << '\n';
+            continue;
+        }
+        s.out << shown(row.relativePath()) << '\n';
+        if (uses.empty())
+            s.out << "\tNot used in any scenario\n";
+        for (const auto& u : uses)
+            s.out << '\t' << shown(u.route) << '\t' << shown(u.scenario) << '\n';
+    }
+    if (a.has("--json"))
+        s.out << "]\n";
+    return Success;
+}
+
 } // namespace
 
 std::vector<Command> assetCommands() {
@@ -248,6 +288,8 @@ std::vector<Command> assetCommands() {
         {"assets check-loco", "PATH... [--json|--csv]", "what a vehicle needs that is missing (exit 1 if anything)",
          cmdCheckLoco},
         {"assets files-used", "PATH... [--json|--csv]", "every file blueprints use, missing ones marked", cmdFilesUsed},
+        {"assets where-used", "PATH... [--json|--csv]", "the routes and scenarios whose stock names each blueprint",
+         cmdWhereUsed},
     };
 }
 

@@ -25,12 +25,7 @@ std::string jsonMarks(const std::vector<routes::ItemMark>& marks, const char* wh
     return out + "]";
 }
 
-std::string csvField(const std::string& text) {
-    std::string out = "\"";
-    for (char ch : text)
-        out += ch == '"' ? std::string("\"\"") : std::string(1, ch);
-    return out + "\"";
-}
+
 
 // The route named by the first of `plainCount` plain arguments; null after saying why.
 const routes::RouteEntry* routeArgument(Session& s, const Arguments& a, std::size_t plainCount,

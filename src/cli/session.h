@@ -67,6 +67,8 @@ std::optional<long long> parseNumber(const std::string& s);
 // text that is UTF-8 already (paths, most names) is left as it is.
 std::string shown(const std::string& cp1252);
 std::string jsonString(const std::string& cp1252);
+// A CSV field in quotes, quotes inside doubled.
+std::string csvField(const std::string& text);
 
 // Splits a command's words into options with values, flags and plain arguments.
 // `withValue` lists the options that take the next word as their value.
