@@ -187,6 +187,126 @@ int cmdRouteCheck(Session& s) {
     return r.anyMissing() ? ProblemsFound : Success;
 }
 
+// The scenarios named after the route (folder or name), or all of them; empty after saying why.
+std::optional<std::vector<routes::ScenarioEntry>> chosenScenarios(Session& s, const routes::RouteEntry& route,
+                                                                   const std::vector<std::string>& names) {
+    const auto all = routes::listScenarios(s.ctx, route);
+    if (names.empty())
+        return all;
+    std::vector<routes::ScenarioEntry> chosen;
+    for (const auto& n : names) {
+        const auto it = std::find_if(all.begin(), all.end(), [&](const routes::ScenarioEntry& e) {
+            return iequals(e.folder, n) || e.name == n || shown(e.name) == n;
+        });
+        if (it == all.end()) {
+            s.fail("no scenario with the folder or name '" + n + "' in " + shown(route.name));
+            return std::nullopt;
+        }
+        chosen.push_back(*it);
+    }
+    return chosen;
+}
+
+// The route first, then any number of scenarios; false after saying why.
+bool routeAndScenarios(Session& s, const Arguments& a, std::vector<routes::RouteEntry>& found,
+                       const routes::RouteEntry*& route, std::vector<routes::ScenarioEntry>& scenarios) {
+    if (a.plain.empty()) {
+        s.fail("needs the route: its folder or its name");
+        return false;
+    }
+    Arguments first = a;
+    first.plain.resize(1);
+    route = routeArgument(s, first, 1, found);
+    if (!route)
+        return false;
+    auto chosen = chosenScenarios(s, *route, {a.plain.begin() + 1, a.plain.end()});
+    if (!chosen)
+        return false;
+    scenarios = std::move(*chosen);
+    return true;
+}
+
+int cmdRouteStock(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {"--numbers"});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    std::vector<routes::RouteEntry> found;
+    const routes::RouteEntry* route = nullptr;
+    std::vector<routes::ScenarioEntry> scenarios;
+    if (!routeAndScenarios(s, a, found, route, scenarios))
+        return Error;
+    for (const auto& sc : scenarios) {
+        s.out << shown(sc.name) << " (" << sc.folder << ")\n";
+        std::string message;
+        if (a.has("--numbers")) {
+            for (const auto& row : routes::scenarioNumbers(s.ctx, *route, sc, &message))
+                s.out << '\t' << shown(row) << '\n';
+        } else {
+            for (const auto& item : routes::scenarioStock(s.ctx, *route, sc, &message))
+                s.out << '\t' << shown(item.path) << '\t' << shown(item.name) << '\n';
+        }
+        if (!message.empty())
+            s.out << '\t' << message << '\n';
+    }
+    return Success;
+}
+
+int cmdRouteAllStock(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    if (!a.plain.empty())
+        return s.fail("unexpected argument '" + a.plain.front() + "'");
+    s.start();
+    if (!s.requireRoot())
+        return Error;
+    std::vector<std::string> warnings;
+    for (const auto& row : routes::allRoutesStock(s.ctx, routes::listRoutes(s.ctx), &warnings))
+        s.out << shown(row) << '\n';
+    for (const auto& w : warnings)
+        s.err << "velmora-cli: " << w << '\n';
+    return Success;
+}
+
+// The overview of all routes and scenarios, or the table of scenario types.
+int routesText(Session& s, bool types) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    if (!a.plain.empty())
+        return s.fail("unexpected argument '" + a.plain.front() + "'");
+    s.start();
+    if (!s.requireRoot())
+        return Error;
+    const auto all = routes::listRoutes(s.ctx);
+    s.out << shown(types ? routes::scenarioTypesTable(s.ctx, all) : routes::routesOverview(s.ctx, all)) << '\n';
+    return Success;
+}
+
+int cmdRouteOverview(Session& s) { return routesText(s, false); }
+int cmdRouteTypes(Session& s) { return routesText(s, true); }
+
+int cmdRouteCheckProperties(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    std::vector<routes::RouteEntry> found;
+    const routes::RouteEntry* route = nullptr;
+    std::vector<routes::ScenarioEntry> scenarios;
+    if (!routeAndScenarios(s, a, found, route, scenarios))
+        return Error;
+    bool anyError = false;
+    for (const auto& sc : scenarios)
+        if (const std::string problem = routes::scenarioPropertiesProblem(s.ctx, *route, sc); !problem.empty()) {
+            anyError = true;
+            s.out << problem << '\n';
+        }
+    s.out << (anyError ? "All selected ScenarioProperties.xml checked - at least one had a format error."
+                       : "All selected ScenarioProperties.xml checked - all formats OK.")
+          << '\n';
+    return anyError ? ProblemsFound : Success;
+}
+
 int cmdRouteProviders(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {}, {});
     if (!a.problem.empty())
@@ -272,6 +392,13 @@ std::vector<Command> routeCommands() {
          "what a route uses that is missing; --deep down to textures and sounds (exit 1 if anything); "
          "the marks note missing items packed in an .ap and names found under other letter case", cmdRouteCheck},
         {"route providers", "ROUTE", "the providers and products a route preloads", cmdRouteProviders},
+        {"route overview", "", "every route's scenarios with their types, sorted", cmdRouteOverview},
+        {"route types", "", "the table of scenario types, a row a route", cmdRouteTypes},
+        {"route stock", "ROUTE [SCENARIO...] [--numbers]",
+         "the rolling stock of the scenarios (all when none is named); --numbers with running numbers", cmdRouteStock},
+        {"route all-stock", "", "the rolling stock of every scenario of every route, once each", cmdRouteAllStock},
+        {"route check-properties", "ROUTE [SCENARIO...]",
+         "the format test of the scenarios' ScenarioProperties.xml (exit 1 if one fails)", cmdRouteCheckProperties},
         {"route items", "ROUTE [--csv] [--threads N]",
          "every scenery, loft, road and track item with its tile and offset (exit 1 if any is missing)", cmdRouteItems},
         {"route product", "ROUTE PROVIDER PRODUCT [--unused [--del]] [--threads N]",

@@ -326,7 +326,7 @@ TEST_F(DemoRoutes, ProductArchivesAnswerWhateverTheCaseAndSeparator) {
     EXPECT_NE(error.find("broken.ap"), std::string::npos) << error;
 }
 
-TEST(RouteCheckBadInput, AnUnreadableTileIsLoggedByNameAndTheCheckGoesOn) {
+TEST(RouteBadInput, UnreadableTilesDamagedPropertiesAndRoutesWithoutScenarios) {
     const fs::path dir = fs::temp_directory_path() / ("velmora-routes-bad-" + std::to_string(::getpid()));
     fs::remove_all(dir);
     ASSERT_TRUE(demo::generateDemoInstall(dir / "rw", {}).ok);
@@ -349,6 +349,29 @@ TEST(RouteCheckBadInput, AnUnreadableTileIsLoggedByNameAndTheCheckGoesOn) {
     EXPECT_EQ(after.missingReport(), before.missingReport()) << "the bad tile adds nothing and stops nothing";
     EXPECT_EQ(ctx.log().count(), logged + 1);
     EXPECT_NE(ReadTextFile(ctx.log().file()).find("+000099+000099.bin"), std::string::npos);
+
+    // A damaged ScenarioProperties.xml fails the format test by name; the others pass.
+    ASSERT_FALSE(scenarios.empty());
+    for (const auto& sc : scenarios)
+        EXPECT_EQ(scenarioPropertiesProblem(ctx, *valley, sc), "") << sc.name;
+    const fs::path props = valley->path / "Scenarios" / scenarios.front().folder / "ScenarioProperties.xml";
+    std::ofstream(props, std::ios::binary | std::ios::trunc) << "<cScenarioProperties><unclosed></cScenarioProperties>";
+    const std::string problem = scenarioPropertiesProblem(ctx, *valley, scenarios.front());
+    EXPECT_EQ(problem.rfind("If you saw a message regarding Line 113, there is a format\nerror in ", 0), 0u) << problem;
+    EXPECT_NE(problem.find(scenarios.front().folder), std::string::npos);
+
+    // All stock of all routes: once each whatever the letter case, sorted; a route without
+    // scenarios is named.
+    std::vector<std::string> warnings;
+    const auto stock = allRoutesStock(ctx, routes, &warnings);
+    ASSERT_FALSE(stock.empty());
+    for (std::size_t i = 1; i < stock.size(); ++i)
+        EXPECT_LT(toLowerAscii(stock[i - 1]), toLowerAscii(stock[i]));
+    EXPECT_TRUE(warnings.empty());
+    fs::remove_all(valley->path / "Scenarios");
+    allRoutesStock(ctx, routes, &warnings);
+    ASSERT_EQ(warnings.size(), 1u);
+    EXPECT_EQ(warnings.front(), "There are no scenarios in:-\nDemo Valley Line");
 
     // A route folder without RouteProperties.xml is not a route.
     fs::remove(valley->path / "RouteProperties.xml");

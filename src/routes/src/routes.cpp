@@ -296,6 +296,34 @@ std::vector<StockItem> scenarioStock(AppContext& ctx, const RouteEntry& route, c
     return out;
 }
 
+std::string scenarioPropertiesProblem(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario) {
+    const auto file = ctx.resolver.resolve(route.path, "Scenarios\\" + scenario.folder + "\\ScenarioProperties.xml");
+    std::string bin;
+    if (file && xmlTextToBin(ReadTextFile(*file), bin) && bin.size() >= 1000)
+        return {};
+    return "If you saw a message regarding Line 113, there is a format\nerror in " +
+           (file ? file->string() : (route.path / "Scenarios" / scenario.folder / "ScenarioProperties.xml").string());
+}
+
+std::vector<std::string> allRoutesStock(AppContext& ctx, const std::vector<RouteEntry>& routes,
+                                        std::vector<std::string>* warnings) {
+    std::vector<std::string> rows;
+    for (const auto& r : routes) {
+        const auto scenarios = listScenarios(ctx, r);
+        if (scenarios.empty() && warnings)
+            warnings->push_back("There are no scenarios in:-\n" + r.name);
+        for (const auto& s : scenarios)
+            for (const auto& item : scenarioStock(ctx, r, s))
+                rows.push_back(item.path);
+    }
+    // One entry per value, compared in upper case.
+    std::stable_sort(rows.begin(), rows.end(),
+                     [](const std::string& a, const std::string& b) { return toLowerAscii(a) < toLowerAscii(b); });
+    rows.erase(std::unique(rows.begin(), rows.end(), [](const std::string& a, const std::string& b) { return iequals(a, b); }),
+               rows.end());
+    return rows;
+}
+
 std::vector<std::string> scenarioNumbers(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario,
                                          std::string* message) {
     std::vector<std::string> rows;

@@ -308,13 +308,9 @@ void frmDelRoute::Command18_Click() {
         if (index.row() >= static_cast<int>(m_scenarioEntries.size()))
             continue;
         const auto& s = m_scenarioEntries[static_cast<std::size_t>(index.row())];
-        const auto file = m_ctx.resolver.resolve(route->path, "Scenarios\\" + s.folder + "\\ScenarioProperties.xml");
-        std::string bin;
-        if (!file || !xmlTextToBin(ReadTextFile(*file), bin) || bin.size() < 1000) {
+        if (const std::string problem = routes::scenarioPropertiesProblem(m_ctx, *route, s); !problem.empty()) {
             anyError = true;
-            m_ctx.ui().message("If you saw a message regarding Line 113, there is a format\nerror in " +
-                                   (file ? file->string() : s.folder),
-                               Icon::Warning);
+            m_ctx.ui().message(problem, Icon::Warning);
         }
     }
     m_ctx.ui().message(anyError ? "All selected ScenarioProperties.xml checked - at least one had a format error."
@@ -363,19 +359,10 @@ void frmDelRoute::Command19_Click() {
 }
 
 void frmDelRoute::Command21_Click() {
-    std::vector<std::string> rows;
-    for (const auto& r : m_routeEntries) {
-        const auto scenarios = routes::listScenarios(m_ctx, r);
-        if (scenarios.empty())
-            m_ctx.ui().message("There are no scenarios in:-\n" + r.name);
-        for (const auto& s : scenarios)
-            for (const auto& item : routes::scenarioStock(m_ctx, r, s))
-                rows.push_back(item.path);
-    }
-    // One entry per value, compared in upper case.
-    std::sort(rows.begin(), rows.end(), [](const std::string& a, const std::string& b) { return toLowerAscii(a) < toLowerAscii(b); });
-    rows.erase(std::unique(rows.begin(), rows.end(), [](const std::string& a, const std::string& b) { return iequals(a, b); }),
-               rows.end());
+    std::vector<std::string> warnings;
+    const auto rows = routes::allRoutesStock(m_ctx, m_routeEntries, &warnings);
+    for (const auto& w : warnings)
+        m_ctx.ui().message(w);
     showList(ReportKind::AllStock, tr("All rolling stock used by all routes"), rows);
 }
 

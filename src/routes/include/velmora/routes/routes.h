@@ -62,6 +62,15 @@ std::vector<StockItem> scenarioStock(AppContext& ctx, const RouteEntry& route, c
 std::vector<std::string> scenarioNumbers(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario,
                                          std::string* message = nullptr);
 
+// The format test of a scenario's ScenarioProperties.xml: empty when it converts to a document
+// of at least 1000 bytes, else the warning naming the file.
+std::string scenarioPropertiesProblem(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario);
+
+// The rolling stock of every scenario of the routes, one entry per path compared without regard
+// to case, sorted. `warnings` gets "There are no scenarios in:-" for routes without any.
+std::vector<std::string> allRoutesStock(AppContext& ctx, const std::vector<RouteEntry>& routes,
+                                        std::vector<std::string>* warnings = nullptr);
+
 struct Use {
     std::string route, routeFolder, scenario, scenarioFolder;
 };
