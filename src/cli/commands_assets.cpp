@@ -4,6 +4,8 @@
 
 #include "velmora/assets/assetlist.h"
 #include "velmora/assets/checks.h"
+#include "velmora/assets/listcommands.h"
+#include "velmora/core/convert.h"
 #include "velmora/core/services.h"
 #include "velmora/routes/routes.h"
 
@@ -203,8 +205,9 @@ int printReport(Session& s, const Arguments& a, const assets::Report& r) {
 }
 
 // The blueprints a check command names, after the root is known; false after saying why.
-bool checkedRows(Session& s, Arguments& a, std::vector<assets::AssetRow>& rows) {
-    a = parseArguments(s.g.rest, {}, {"--json", "--csv"});
+bool checkedRows(Session& s, Arguments& a, std::vector<assets::AssetRow>& rows,
+                 const std::vector<std::string>& valueOptions = {}) {
+    a = parseArguments(s.g.rest, valueOptions, {"--json", "--csv"});
     if (!a.problem.empty() || a.plain.empty()) {
         s.fail(a.problem.empty() ? "needs the blueprint (.bin) to look at" : a.problem);
         return false;
@@ -226,14 +229,150 @@ int cmdCheckLoco(Session& s) {
     return printReport(s, a, report);
 }
 
-// The file list of blueprints: every file each one uses, missing ones marked.
+// The file list of blueprints: every file each one uses, missing ones marked; or one of the
+// asset screen's Show Files Used reports.
 int cmdFilesUsed(Session& s) {
+    Arguments a;
+    std::vector<assets::AssetRow> rows;
+    if (!checkedRows(s, a, rows, {"--by"}))
+        return Error;
+    assets::AssetChecks checks(s.ctx);
+    const std::string by = a.value("--by").value_or("");
+    if (by.empty())
+        return printReport(s, a, checks.getAssetBits(rows));
+    if (by == "locos")
+        return printReport(s, a, checks.filesUsedByLocos(rows));
+    if (by == "wagons")
+        return printReport(s, a, checks.filesUsedByWagons(rows));
+    if (by == "asset")
+        return printReport(s, a, checks.filesUsedByAsset(rows));
+    if (by == "lofts")
+        return printReport(s, a, checks.filesUsedByLofts(rows));
+    return s.fail("--by takes locos, wagons, asset or lofts, not '" + by + "'");
+}
+
+// Use in Scenarios: the blueprints become placeable in scenarios, each stored with a backup.
+int cmdUseInScenarios(Session& s) {
     Arguments a;
     std::vector<assets::AssetRow> rows;
     if (!checkedRows(s, a, rows))
         return Error;
     assets::AssetChecks checks(s.ctx);
+    const auto problems = checks.useInScenarios(rows);
+    for (const auto& row : rows)
+        s.out << shown(row.relativePath()) << '\t' << (row.inScene == "Yes" ? "stored" : "unchanged") << '\n';
+    for (const auto& p : problems)
+        s.err << "velmora-cli: " << p << '\n';
+    return problems.empty() ? Success : Error;
+}
+
+// One blueprint's document, converted; false after saying why.
+bool blueprintText(Session& s, const std::string& path, fs::path& file, std::string& xml) {
+    std::vector<assets::AssetRow> rows;
+    if (!rowsFromPaths(s, {path}, rows))
+        return false;
+    file = assets::rowFile(s.ctx, rows.front());
+    s.ctx.currentFile = file.string();
+    if (const ConvertResult r = binToXmlText(file, xml); !r) {
+        s.fail(r.message);
+        return false;
+    }
+    return true;
+}
+
+int cmdChildren(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    if (!a.problem.empty() || a.plain.size() != 1)
+        return s.fail(a.problem.empty() ? "needs one blueprint (.bin)" : a.problem);
+    s.start();
+    fs::path file;
+    std::string xml;
+    if (!s.requireRoot() || !blueprintText(s, a.plain.front(), file, xml))
+        return Error;
+    for (const auto& name : assets::childEntries(xml))
+        s.out << shown(name) << '\n';
+    return Success;
+}
+
+// Remove Selected Child Entries: the vehicle without them, stored as a new item beside it.
+int cmdRemoveChildren(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {"--as", "--name"}, {});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    if (a.plain.size() < 2 || !a.value("--as"))
+        return s.fail("needs the blueprint, --as NEWNAME and the child entries to remove");
+    s.start();
+    fs::path file;
+    std::string xml;
+    if (!s.requireRoot() || !blueprintText(s, a.plain.front(), file, xml))
+        return Error;
+    const auto children = assets::childEntries(xml);
+    const std::vector<std::string> names(a.plain.begin() + 1, a.plain.end());
+    for (const auto& n : names)
+        if (std::find(children.begin(), children.end(), n) == children.end())
+            return s.fail(file.string() + ": has no child entry '" + n + "'");
+    xml = assets::removeChildEntries(xml, names);
+    if (auto display = a.value("--name"))
+        assets::renameBlueprint(xml, *display);
+    const auto stored = assets::storeBlueprint(s.ctx, file, xml, *a.value("--as"));
+    if (!stored.ok)
+        return s.fail(stored.message);
+    s.out << "Wrote " << stored.written.string() << '\n';
+    return Success;
+}
+
+// Correct Selected Smoke Stack: up to three child entries become the main smoke stack.
+int cmdFixSmoke(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    if (a.plain.size() < 2 || a.plain.size() > 4)
+        return s.fail("needs the blueprint and one to three child entries");
+    s.start();
+    fs::path file;
+    std::string xml;
+    if (!s.requireRoot() || !blueprintText(s, a.plain.front(), file, xml))
+        return Error;
+    const std::vector<std::string> names(a.plain.rbegin(), a.plain.rend() - 1); // the last one first
+    const auto stored = assets::storeBlueprint(s.ctx, file, assets::correctSmokeStack(xml, names), file.stem().string());
+    if (!stored.ok)
+        return s.fail(stored.message);
+    s.out << "Wrote " << stored.written.string() << '\n';
+    return Success;
+}
+
+// Process Missing Assets File: the blueprints Reports/MissingAssets.csv names, and what they use.
+int cmdProcessMissing(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {"--mask", "--category"}, {"--json", "--csv"});
+    if (!a.problem.empty())
+        return s.fail(a.problem);
+    s.start();
+    if (!s.requireRoot())
+        return Error;
+    assets::AssetChecks checks(s.ctx);
+    std::vector<assets::AssetRow> rows;
+    const std::string problem = checks.missingAssetRows(rows, a.value("--mask").value_or("*.bin"),
+                                                        a.value("--category").value_or(""));
+    if (!problem.empty())
+        return s.fail(problem);
     return printReport(s, a, checks.getAssetBits(rows));
+}
+
+// Package Missing Assets: the files of Reports/MissingFiles.txt copied into NewPackage.
+int cmdPackageMissing(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    if (!a.problem.empty() || !a.plain.empty())
+        return s.fail(a.problem.empty() ? "unexpected argument '" + a.plain.front() + "'" : a.problem);
+    s.start();
+    if (!s.requireRoot())
+        return Error;
+    assets::AssetChecks checks(s.ctx);
+    int copied = 0;
+    const std::string problem = checks.packageMissingAssets(&copied);
+    if (!problem.empty())
+        return s.fail(problem);
+    s.out << copied << " files have been copied to " << (s.ctx.appPath() / "NewPackage").string() << '\n';
+    return Success;
 }
 
 // Where is it used? The scenarios whose stock names each blueprint.
@@ -287,7 +426,18 @@ std::vector<Command> assetCommands() {
          cmdAssetsIndex},
         {"assets check-loco", "PATH... [--json|--csv]", "what a vehicle needs that is missing (exit 1 if anything)",
          cmdCheckLoco},
-        {"assets files-used", "PATH... [--json|--csv]", "every file blueprints use, missing ones marked", cmdFilesUsed},
+        {"assets files-used", "PATH... [--by locos|wagons|asset|lofts] [--json|--csv]",
+         "every file blueprints use, missing ones marked", cmdFilesUsed},
+        {"assets use-in-scenarios", "PATH...", "makes blueprints placeable in scenarios (stored with a backup)",
+         cmdUseInScenarios},
+        {"assets children", "PATH", "the child entries of a vehicle", cmdChildren},
+        {"assets remove-children", "PATH CHILD... --as NEWNAME [--name DISPLAYNAME]",
+         "the vehicle without those child entries, stored as a new item beside it", cmdRemoveChildren},
+        {"assets fix-smoke", "PATH CHILD...", "one to three child entries become the main smoke stack", cmdFixSmoke},
+        {"assets process-missing", "[--mask M] [--category C] [--json|--csv]",
+         "the blueprints Reports/MissingAssets.csv names and the files they use", cmdProcessMissing},
+        {"assets package-missing", "", "copies the files of Reports/MissingFiles.txt into NewPackage",
+         cmdPackageMissing},
         {"assets where-used", "PATH... [--json|--csv]", "the routes and scenarios whose stock names each blueprint",
          cmdWhereUsed},
     };
