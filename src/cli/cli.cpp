@@ -200,6 +200,15 @@ bool Session::requireRoot() {
     return false;
 }
 
+bool Session::startWithout(const Arguments& a) {
+    if (!a.problem.empty() || !a.plain.empty()) {
+        fail(a.problem.empty() ? "unexpected argument '" + a.plain.front() + "'" : a.problem);
+        return false;
+    }
+    start();
+    return requireRoot();
+}
+
 int Session::fail(const std::string& text) {
     err << "velmora-cli: " << g.command << ": " << text << '\n';
     return Error;

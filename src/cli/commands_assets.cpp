@@ -344,10 +344,7 @@ int cmdFixSmoke(Session& s) {
 // Process Missing Assets File: the blueprints Reports/MissingAssets.csv names, and what they use.
 int cmdProcessMissing(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {"--mask", "--category"}, {"--json", "--csv"});
-    if (!a.problem.empty())
-        return s.fail(a.problem);
-    s.start();
-    if (!s.requireRoot())
+    if (!s.startWithout(a))
         return Error;
     assets::AssetChecks checks(s.ctx);
     std::vector<assets::AssetRow> rows;
@@ -360,11 +357,7 @@ int cmdProcessMissing(Session& s) {
 
 // Package Missing Assets: the files of Reports/MissingFiles.txt copied into NewPackage.
 int cmdPackageMissing(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {}, {});
-    if (!a.problem.empty() || !a.plain.empty())
-        return s.fail(a.problem.empty() ? "unexpected argument '" + a.plain.front() + "'" : a.problem);
-    s.start();
-    if (!s.requireRoot())
+    if (!s.startWithout(parseArguments(s.g.rest, {}, {})))
         return Error;
     assets::AssetChecks checks(s.ctx);
     int copied = 0;

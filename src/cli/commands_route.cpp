@@ -207,35 +207,41 @@ std::optional<std::vector<routes::ScenarioEntry>> chosenScenarios(Session& s, co
     return chosen;
 }
 
-// The route first, then any number of scenarios; false after saying why.
-bool routeAndScenarios(Session& s, const Arguments& a, std::vector<routes::RouteEntry>& found,
-                       const routes::RouteEntry*& route, std::vector<routes::ScenarioEntry>& scenarios) {
-    if (a.plain.empty()) {
-        s.fail("needs the route: its folder or its name");
-        return false;
+// A route and the scenarios named after it (all of them when none is).
+struct RouteSelection {
+    std::vector<routes::RouteEntry> routes;
+    std::size_t index = 0;
+    std::vector<routes::ScenarioEntry> scenarios;
+    const routes::RouteEntry& route() const { return routes[index]; }
+};
+
+// The route first, then any number of scenarios; nothing after saying why.
+std::optional<RouteSelection> routeAndScenarios(Session& s, const Arguments& a) {
+    if (!a.problem.empty() || a.plain.empty()) {
+        s.fail(a.problem.empty() ? "needs the route: its folder or its name" : a.problem);
+        return std::nullopt;
     }
     Arguments first = a;
     first.plain.resize(1);
-    route = routeArgument(s, first, 1, found);
+    RouteSelection chosen;
+    const routes::RouteEntry* route = routeArgument(s, first, 1, chosen.routes);
     if (!route)
-        return false;
-    auto chosen = chosenScenarios(s, *route, {a.plain.begin() + 1, a.plain.end()});
-    if (!chosen)
-        return false;
-    scenarios = std::move(*chosen);
-    return true;
+        return std::nullopt;
+    chosen.index = static_cast<std::size_t>(route - chosen.routes.data());
+    auto scenarios = chosenScenarios(s, *route, {a.plain.begin() + 1, a.plain.end()});
+    if (!scenarios)
+        return std::nullopt;
+    chosen.scenarios = std::move(*scenarios);
+    return chosen;
 }
 
 int cmdRouteStock(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {}, {"--numbers"});
-    if (!a.problem.empty())
-        return s.fail(a.problem);
-    std::vector<routes::RouteEntry> found;
-    const routes::RouteEntry* route = nullptr;
-    std::vector<routes::ScenarioEntry> scenarios;
-    if (!routeAndScenarios(s, a, found, route, scenarios))
+    const auto chosen = routeAndScenarios(s, a);
+    if (!chosen)
         return Error;
-    for (const auto& sc : scenarios) {
+    const routes::RouteEntry* route = &chosen->route();
+    for (const auto& sc : chosen->scenarios) {
         s.out << shown(sc.name) << " (" << sc.folder << ")\n";
         std::string message;
         if (a.has("--numbers")) {
@@ -252,13 +258,7 @@ int cmdRouteStock(Session& s) {
 }
 
 int cmdRouteAllStock(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {}, {});
-    if (!a.problem.empty())
-        return s.fail(a.problem);
-    if (!a.plain.empty())
-        return s.fail("unexpected argument '" + a.plain.front() + "'");
-    s.start();
-    if (!s.requireRoot())
+    if (!s.startWithout(parseArguments(s.g.rest, {}, {})))
         return Error;
     std::vector<std::string> warnings;
     for (const auto& row : routes::allRoutesStock(s.ctx, routes::listRoutes(s.ctx), &warnings))
@@ -270,13 +270,7 @@ int cmdRouteAllStock(Session& s) {
 
 // The overview of all routes and scenarios, or the table of scenario types.
 int routesText(Session& s, bool types) {
-    const Arguments a = parseArguments(s.g.rest, {}, {});
-    if (!a.problem.empty())
-        return s.fail(a.problem);
-    if (!a.plain.empty())
-        return s.fail("unexpected argument '" + a.plain.front() + "'");
-    s.start();
-    if (!s.requireRoot())
+    if (!s.startWithout(parseArguments(s.g.rest, {}, {})))
         return Error;
     const auto all = routes::listRoutes(s.ctx);
     s.out << shown(types ? routes::scenarioTypesTable(s.ctx, all) : routes::routesOverview(s.ctx, all)) << '\n';
@@ -287,17 +281,12 @@ int cmdRouteOverview(Session& s) { return routesText(s, false); }
 int cmdRouteTypes(Session& s) { return routesText(s, true); }
 
 int cmdRouteCheckProperties(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {}, {});
-    if (!a.problem.empty())
-        return s.fail(a.problem);
-    std::vector<routes::RouteEntry> found;
-    const routes::RouteEntry* route = nullptr;
-    std::vector<routes::ScenarioEntry> scenarios;
-    if (!routeAndScenarios(s, a, found, route, scenarios))
+    const auto chosen = routeAndScenarios(s, parseArguments(s.g.rest, {}, {}));
+    if (!chosen)
         return Error;
     bool anyError = false;
-    for (const auto& sc : scenarios)
-        if (const std::string problem = routes::scenarioPropertiesProblem(s.ctx, *route, sc); !problem.empty()) {
+    for (const auto& sc : chosen->scenarios)
+        if (const std::string problem = routes::scenarioPropertiesProblem(s.ctx, chosen->route(), sc); !problem.empty()) {
             anyError = true;
             s.out << problem << '\n';
         }

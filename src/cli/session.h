@@ -28,6 +28,8 @@ struct Global {
     std::vector<std::string> rest; // the command's own words, in order
 };
 
+struct Arguments;
+
 struct Session {
     Global& g;
     std::ostream& out;
@@ -44,6 +46,9 @@ struct Session {
     bool requireRoot();
     // "velmora-cli: <command>: <text>" on standard error; returns Error.
     int fail(const std::string& text);
+    // For commands that take no words of their own (bar options): says what is wrong with `a`,
+    // else starts up and requires the root. False after saying why.
+    bool startWithout(const Arguments& a);
 };
 
 using Handler = int (*)(Session&);
