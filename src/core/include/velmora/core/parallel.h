@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <exception>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,17 +17,27 @@
 namespace velmora {
 
 // Runs work(i) for i in [0, n) and returns the results by index. `threads` 0 means one per
-// core. `stopped` is set when Abort was pressed; the results are then incomplete.
+// core. `stopped` is set when Abort was pressed; the results are then incomplete. Work that
+// throws stops the others; the first exception is rethrown here once every thread has ended.
 template <typename Result, typename Work>
 std::vector<Result> parallelMap(std::size_t n, int threads, UserInterface* ui, const std::string& label, bool& stopped,
                                 Work work) {
     std::vector<Result> results(n);
     std::atomic<std::size_t> next{0}, done{0};
     std::atomic<bool> stop{false};
+    std::exception_ptr failure;
+    std::mutex failureMutex;
     auto worker = [&] {
-        for (std::size_t i = next++; i < n && !stop; i = next++) {
-            results[i] = work(i);
-            ++done;
+        try {
+            for (std::size_t i = next++; i < n && !stop; i = next++) {
+                results[i] = work(i);
+                ++done;
+            }
+        } catch (...) {
+            std::lock_guard lock(failureMutex);
+            if (!failure)
+                failure = std::current_exception();
+            stop = true;
         }
     };
     const unsigned count =
@@ -49,6 +61,8 @@ std::vector<Result> parallelMap(std::size_t n, int threads, UserInterface* ui, c
         t.join();
     if (ui)
         ui->endProgress();
+    if (failure)
+        std::rethrow_exception(failure);
     stopped = stop;
     return results;
 }
