@@ -23,7 +23,8 @@ fi
 status=0
 "$CLI" --home "$HOME_DIR" --railworks "$DEMO" route check "Demo Valley Line" --deep \
   --out "$BUILD/demo-reports" || status=$?
-"$CLI" --quiet --home "$HOME_DIR" --railworks "$DEMO" route check "Demo Valley Line" --deep || true
+"$CLI" --quiet --home "$HOME_DIR" --railworks "$DEMO" route check "Demo Valley Line" --deep \
+  --mark-archives --mark-case || true
 case "$status" in
   0) echo "The route check found nothing missing." ;;
   1) echo "The route check found missing items (the demo install has them on purpose); reports in $BUILD/demo-reports." ;;
