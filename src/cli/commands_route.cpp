@@ -257,6 +257,29 @@ int cmdRouteStock(Session& s) {
     return Success;
 }
 
+int cmdRouteScenery(Session& s) {
+    const auto chosen = routeAndScenarios(s, parseArguments(s.g.rest, {}, {}));
+    if (!chosen)
+        return Error;
+    bool anyMissing = false;
+    for (const auto& sc : chosen->scenarios) {
+        const auto r = routes::scenarioScenery(s.ctx, chosen->route(), sc);
+        s.out << shown(sc.name) << " (" << sc.folder << ")\n";
+        if (!r.hasScenery) {
+            s.out << "\tThere was no Scenery file with this scenario\n";
+            continue;
+        }
+        for (const auto& item : r.items)
+            s.out << '\t' << shown(item) << '\n';
+        for (const auto& m : r.missing)
+            s.out << "\tmissing: " << shown(m.row()) << '\n';
+        for (const auto& w : r.warnings)
+            s.err << "velmora-cli: " << w << '\n';
+        anyMissing = anyMissing || !r.missing.empty();
+    }
+    return anyMissing ? ProblemsFound : Success;
+}
+
 int cmdRouteAllStock(Session& s) {
     if (!s.startWithout(parseArguments(s.g.rest, {}, {})))
         return Error;
@@ -385,6 +408,8 @@ std::vector<Command> routeCommands() {
         {"route types", "", "the table of scenario types, a row a route", cmdRouteTypes},
         {"route stock", "ROUTE [SCENARIO...] [--numbers]",
          "the rolling stock of the scenarios (all when none is named); --numbers with running numbers", cmdRouteStock},
+        {"route scenery", "ROUTE [SCENARIO...]",
+         "the scenery the scenarios place themselves (exit 1 if any of it is missing)", cmdRouteScenery},
         {"route all-stock", "", "the rolling stock of every scenario of every route, once each", cmdRouteAllStock},
         {"route check-properties", "ROUTE [SCENARIO...]",
          "the format test of the scenarios' ScenarioProperties.xml (exit 1 if one fails)", cmdRouteCheckProperties},

@@ -468,3 +468,28 @@ TEST_F(DemoRoutes, AProductsItemsUsedAndNotUsed) {
     }
     EXPECT_TRUE(loco) << "rolling stock is placed by scenarios, not by tiles";
 }
+
+TEST_F(DemoRoutes, AScenariosOwnSceneryIsPartOfWhatTheRouteUses) {
+    const auto routes = listRoutes(*m_ctx);
+    const RouteEntry* valley = findRoute(routes, "Demo Valley Line");
+    ASSERT_TRUE(valley);
+    const RouteCheckResult check = this->check(valley->folder, false);
+    const std::set<std::string> used(check.assetsUnique.begin(), check.assetsUnique.end());
+    int withScenery = 0;
+    for (const auto& sc : listScenarios(*m_ctx, *valley)) {
+        const ScenarioSceneryResult r = scenarioScenery(*m_ctx, *valley, sc);
+        EXPECT_EQ(r.hasScenery, fs::exists(valley->path / "Scenarios" / sc.folder / "Scenery")) << sc.name;
+        if (!r.hasScenery) {
+            EXPECT_TRUE(r.items.empty());
+            continue;
+        }
+        ++withScenery;
+        EXPECT_FALSE(r.items.empty());
+        for (const auto& item : r.items)
+            EXPECT_TRUE(used.count(item)) << item;
+        for (const auto& m : r.missing)
+            EXPECT_TRUE(std::any_of(check.missing.begin(), check.missing.end(),
+                                    [&](const MissingItem& c) { return c.row() == m.row(); }));
+    }
+    EXPECT_EQ(withScenery, 1);
+}

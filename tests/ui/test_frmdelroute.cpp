@@ -154,6 +154,29 @@ private slots:
         QVERIFY(!command22->isEnabled());
     }
 
+    void aScenariosStockAndItsOwnScenery() {
+        ui::frmDelRoute screen(*m_ctx);
+        screen.routeList()->setCurrentRow(0);
+        screen.Command1_Click();
+        QTableWidget* scenarios = screen.scenarioList();
+        std::vector<QString> kinds;
+        for (int r = 0; r < scenarios->rowCount(); ++r) {
+            scenarios->setCurrentCell(r, 0);
+            const std::size_t before = screen.reports().size();
+            screen.Command3_Click();
+            for (std::size_t i = before; i < screen.reports().size(); ++i)
+                kinds.push_back(screen.reports()[i]->windowTitle());
+        }
+        // Each scenario with stock shows it; the one with its own scenery shows that too, and the
+        // others say they have none.
+        QVERIFY(std::count(kinds.begin(), kinds.end(), QString("Scenery items of this scenario")) == 1);
+        QVERIFY(std::count(kinds.begin(), kinds.end(), QString("Stock used by this scenario")) >= 3);
+        bool saidNone = false;
+        for (const auto& p : m_ui->prompts)
+            saidNone = saidNone || p.text == "There was no Scenery file with this scenario";
+        QVERIFY(saidNone);
+    }
+
     void theScreensAbortStopsTheCheck() {
         ui::frmDelRoute screen(*m_ctx);
         screen.routeList()->setCurrentRow(0);

@@ -38,19 +38,6 @@ std::string nameOf(const std::string& path) {
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
-struct Ref {
-    std::string path; // below Assets, backslashes
-    bool found = false;
-    bool inTransfer = false; // held by a transfer point: used only when found
-    std::string real;        // the file that answered, when found
-};
-
-struct TileScan {
-    std::vector<Ref> refs; // in the order the tile names them
-    std::string warning;
-    std::string error; // the codec's refusal of the tile, naming it
-};
-
 struct Checker {
     AssetFiles files;
 
@@ -65,12 +52,6 @@ struct Checker {
             marks.push_back({named, actual});
     }
 
-    Ref ref(const std::string& path, bool inTransfer) const {
-        fs::path real;
-        const bool found = exists(path, &real);
-        return {path, found, inTransfer, found ? real.string() : std::string()};
-    }
-
     std::string convert(const fs::path& file) const {
         std::string xml;
         if (!binToXmlText(file, xml))
@@ -78,47 +59,7 @@ struct Checker {
         return xml;
     }
 
-    // A transfer point's container: every Provider, Product, BlueprintID behind it.
-    void transfer(const std::string& relative, TileScan& scan) const {
-        fs::path real;
-        if (!exists(relative, &real))
-            return;
-        const std::string xml = convert(real);
-        const std::size_t cut = find(xml, "</ContainerBlueprintID>");
-        if (!cut)
-            return;
-        std::size_t pos = cut;
-        for (;;) {
-            std::string provider, product, id;
-            GetDetail(xml, pos, "Provider", provider, kBinary);
-            if (!pos || provider.empty())
-                break;
-            GetDetail(xml, pos, "Product", product, kBinary);
-            GetDetail(xml, pos, "BlueprintID", id, kBinary);
-            if (!pos)
-                break;
-            const std::string path = provider + "\\" + product + "\\" + binOf(id);
-            scan.refs.push_back(ref(path, true));
-        }
-    }
-
-    // One tile, line by line: each Provider line, its Product, and the BlueprintID three lines on.
-    TileScan tile(const fs::path& file, const std::string& label) const {
-        TileScan scan;
-        std::string xml;
-        if (const ConvertResult r = binToXmlText(file, xml); !r) {
-            scan.error = r.message;
-            return scan;
-        }
-        for (const Triple& t : tileReferences(xml, label, file, scan.warning)) {
-            const std::string path = t.bin();
-            // A transfer point's contents are looked at before the point itself.
-            if (find(path, "TransferPoints"))
-                transfer(path, scan);
-            scan.refs.push_back(ref(path, false));
-        }
-        return scan;
-    }
+    TileScan tile(const fs::path& file, const std::string& label) const { return scanTile(files, file, label); }
 
     // The shapes, sections, animations and scripts a blueprint names that exist.
     std::vector<std::string> geometry(const std::string& blueprint) const {

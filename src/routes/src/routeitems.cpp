@@ -215,6 +215,28 @@ ProductItemsResult productItemsUsed(AppContext& ctx, const RouteEntry& route, co
     return result;
 }
 
+ScenarioSceneryResult scenarioScenery(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario) {
+    ScenarioSceneryResult result;
+    const auto folder = ctx.resolver.resolve(route.path, "Scenarios\\" + scenario.folder + "\\Scenery");
+    if (!folder || !fs::is_directory(*folder))
+        return result;
+    result.hasScenery = true;
+    const AssetFiles files(ctx);
+    for (const auto& tile : binFiles(*folder)) {
+        const TileScan scan = scanTile(files, tile, "(Scenery Item)");
+        for (const Ref& ref : scan.refs) {
+            if (!ref.found)
+                result.missing.push_back({files.display(ref.path), "(Scenery Item)", tile.filename().string()});
+            if (ref.found || !ref.inTransfer)
+                result.items.push_back(files.display(ref.path));
+        }
+        if (!scan.warning.empty())
+            result.warnings.push_back(scan.warning);
+        logRefusal(ctx, "CheckForFiles", scan.error);
+    }
+    return result;
+}
+
 std::vector<std::string> productItemsNotUsed(AppContext& ctx, const ProductItemsResult& used, bool del) {
     std::vector<std::string> out;
     const AssetFiles files(ctx);

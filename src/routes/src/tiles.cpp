@@ -1,6 +1,7 @@
 #include "tiles.h"
 
 #include "velmora/core/appcontext.h"
+#include "velmora/core/convert.h"
 #include "velmora/core/services.h"
 
 #include <algorithm>
@@ -115,6 +116,54 @@ std::vector<Triple> tileReferences(const std::string& xml, const std::string& la
             out.push_back(std::move(t));
     }
     return out;
+}
+
+namespace {
+
+Ref makeRef(const AssetFiles& files, const std::string& path, bool inTransfer) {
+    fs::path real;
+    const bool found = files.exists(path, &real);
+    return {path, found, inTransfer, found ? real.string() : std::string()};
+}
+
+// A transfer point's container: every Provider, Product, BlueprintID behind it.
+void transferContents(const AssetFiles& files, const std::string& relative, TileScan& scan) {
+    fs::path real;
+    std::string xml;
+    if (!files.exists(relative, &real) || !binToXmlText(real, xml))
+        return;
+    std::size_t pos = find(xml, "</ContainerBlueprintID>");
+    if (!pos)
+        return;
+    for (;;) {
+        std::string provider, product, id;
+        GetDetail(xml, pos, "Provider", provider, kBinary);
+        if (!pos || provider.empty())
+            break;
+        GetDetail(xml, pos, "Product", product, kBinary);
+        GetDetail(xml, pos, "BlueprintID", id, kBinary);
+        if (!pos)
+            break;
+        scan.refs.push_back(makeRef(files, Triple{provider, product, id}.bin(), true));
+    }
+}
+
+} // namespace
+
+TileScan scanTile(const AssetFiles& files, const fs::path& file, const std::string& label) {
+    TileScan scan;
+    std::string xml;
+    if (const ConvertResult r = binToXmlText(file, xml); !r) {
+        scan.error = r.message;
+        return scan;
+    }
+    for (const Triple& t : tileReferences(xml, label, file, scan.warning)) {
+        const std::string path = t.bin();
+        if (find(path, "TransferPoints"))
+            transferContents(files, path, scan);
+        scan.refs.push_back(makeRef(files, path, false));
+    }
+    return scan;
 }
 
 } // namespace velmora::routes::detail

@@ -70,4 +70,22 @@ std::string referenceWarning(bool provider, const std::string& label, const fs::
 std::vector<Triple> tileReferences(const std::string& xml, const std::string& label, const fs::path& tile,
                                    std::string& warning);
 
+// A reference as the check records it.
+struct Ref {
+    std::string path; // below Assets, backslashes
+    bool found = false;
+    bool inTransfer = false; // held by a transfer point: used only when found
+    std::string real;        // the file that answered, when found
+};
+
+struct TileScan {
+    std::vector<Ref> refs; // in the order the tile names them
+    std::string warning;
+    std::string error; // the codec's refusal of the tile, naming it
+};
+
+// One tile as the check reads it: its references, each transfer point's contents before the
+// point itself.
+TileScan scanTile(const AssetFiles& files, const fs::path& file, const std::string& label);
+
 } // namespace velmora::routes::detail

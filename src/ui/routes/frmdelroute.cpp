@@ -322,14 +322,31 @@ void frmDelRoute::Command3_Click() {
     const int row = m_scenarios->currentRow();
     if (!route || row < 0 || row >= static_cast<int>(m_scenarioEntries.size()))
         return;
+    const routes::ScenarioEntry& scenario = m_scenarioEntries[static_cast<std::size_t>(row)];
     std::string message;
     std::vector<std::string> rows;
-    for (const auto& item : routes::scenarioStock(m_ctx, *route, m_scenarioEntries[static_cast<std::size_t>(row)], &message))
+    for (const auto& item : routes::scenarioStock(m_ctx, *route, scenario, &message))
         rows.push_back(item.path + "\t" + item.name);
-    if (!message.empty())
+    if (!message.empty()) {
         m_ctx.ui().message(message);
-    else
-        showList(ReportKind::ScenarioStock, tr("Stock used by this scenario"), rows);
+        return;
+    }
+    showList(ReportKind::ScenarioStock, tr("Stock used by this scenario"), rows);
+
+    // The scenery the scenario places itself.
+    const auto scenery = routes::scenarioScenery(m_ctx, *route, scenario);
+    if (!scenery.hasScenery) {
+        m_ctx.ui().message("There was no Scenery file with this scenario");
+        return;
+    }
+    for (const auto& w : scenery.warnings)
+        m_ctx.ui().message(w, Icon::Warning);
+    rows.clear();
+    for (const auto& m : scenery.missing)
+        rows.push_back(m.row());
+    if (!rows.empty())
+        showList(ReportKind::MissingItems, tr("Following Asset(s) were missing from this route:-"), rows);
+    showList(ReportKind::ScenarioScenery, tr("Scenery items of this scenario"), scenery.items);
 }
 
 void frmDelRoute::Command15_Click() {

@@ -56,6 +56,17 @@ ProductItemsResult productItemsUsed(AppContext& ctx, const RouteEntry& route, co
 // form a batch file takes.
 std::vector<std::string> productItemsNotUsed(AppContext& ctx, const ProductItemsResult& used, bool del = false);
 
+struct ScenarioSceneryResult {
+    bool hasScenery = false;           // the scenario has its own Scenery folder
+    std::vector<std::string> items;    // every blueprint its tiles place, full paths, in tile order
+    std::vector<MissingItem> missing;  // those that are not there
+    std::vector<std::string> warnings; // broken Provider or Product lines
+};
+
+// The scenery a scenario places itself (<scenario>\Scenery), read as the route check reads tiles.
+// Tiles the codec refuses go to the error log.
+ScenarioSceneryResult scenarioScenery(AppContext& ctx, const RouteEntry& route, const ScenarioEntry& scenario);
+
 // A tile number as the simulator names tiles: a sign ("+" unless the value begins with "-")
 // and six digits.
 std::string tileNumber(const std::string& value);
