@@ -71,6 +71,21 @@ private slots:
         QCOMPARE(ReadTextFile(m_dir / "del.bat"), std::string("a.bin\r\nb.bin\r\nc.bin\r\n"));
     }
 
+    void theGridOpensWhereTheSettingsSayAndRemembersWhereItWas() {
+        m_ctx->settings.reportGrid = {9000, 6000, 1500, 3000}; // twips: 600 x 400 at (200, 100)
+        {
+            ui::frmListRS grid(*m_ctx, ui::ReportKind::Used, "Used", {"a.bin"});
+            QCOMPARE(grid.geometry().size(), QSize(600, 400));
+            QCOMPARE(grid.geometry().topLeft(), QPoint(200, 100));
+            grid.setGeometry(150, 75, 750, 450);
+            grid.accept();
+        }
+        QCOMPARE(m_ctx->settings.reportGrid.width, std::int16_t(750 * 15));
+        QCOMPARE(m_ctx->settings.reportGrid.height, std::int16_t(450 * 15));
+        QCOMPARE(m_ctx->settings.reportGrid.top, std::int16_t(75 * 15));
+        QCOMPARE(m_ctx->settings.reportGrid.left, std::int16_t(150 * 15));
+    }
+
     void theTextReportSavesUnderReports() {
         ui::frmReport report(*m_ctx, "Report", "line one\nline \xFC two\n");
         QVERIFY(report.textBox()->toPlainText().contains("line"));

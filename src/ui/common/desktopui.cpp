@@ -1,5 +1,7 @@
 #include "desktopui.h"
 
+#include <algorithm>
+
 #include <QApplication>
 #include <QFileDialog>
 #include <QInputDialog>
@@ -135,5 +137,19 @@ void DesktopUi::endProgress() {
 bool DesktopUi::cancelled() const { return m_cancelled || (m_progress && m_progress->wasCanceled()); }
 
 void DesktopUi::pumpEvents() { QApplication::processEvents(); }
+
+namespace {
+constexpr int kTwipsPerPixel = 15;
+std::int16_t twips(int pixels) {
+    const long t = static_cast<long>(pixels) * kTwipsPerPixel;
+    return static_cast<std::int16_t>(std::clamp<long>(t, -32768, 32767));
+}
+} // namespace
+
+QRect fromTwips(const WindowGeometry& g) {
+    return {g.left / kTwipsPerPixel, g.top / kTwipsPerPixel, g.width / kTwipsPerPixel, g.height / kTwipsPerPixel};
+}
+
+WindowGeometry toTwips(const QRect& r) { return {twips(r.width()), twips(r.height()), twips(r.top()), twips(r.left())}; }
 
 } // namespace velmora::ui

@@ -2,9 +2,11 @@
 // The desktop front end of the logic's user-interface channel: message boxes, file dialogs
 // and a progress dialog with an Abort button.
 
+#include "velmora/core/settings.h"
 #include "velmora/core/userinterface.h"
 
 #include <QPointer>
+#include <QRect>
 
 class QProgressDialog;
 class QWidget;
@@ -41,5 +43,9 @@ QString toQt(const std::string& text);
 std::string fromQt(const QString& text);
 // "Label (*.a)|*.a|Other (*.b)|*.b" as Qt's ";;" filter list.
 QString qtFilter(const std::string& filter);
+
+// Window places as the settings keep them, in twips (15 to a pixel), and back.
+QRect fromTwips(const WindowGeometry& g);
+WindowGeometry toTwips(const QRect& r);
 
 } // namespace velmora::ui

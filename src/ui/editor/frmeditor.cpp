@@ -163,13 +163,6 @@ const MenuEntry kMenus[] = {
     {"mnuEmail", "mnuHelp", "Send me Email"},
 };
 
-constexpr int kTwipsPerPixel = 15;
-
-std::int16_t toTwips(int pixels) {
-    long t = static_cast<long>(pixels) * kTwipsPerPixel;
-    return static_cast<std::int16_t>(std::clamp<long>(t, -32768, 32767));
-}
-
 QPushButton* commandButton(const char* name, const QString& caption) {
     auto* b = new QPushButton(caption);
     b->setObjectName(name);
@@ -208,7 +201,7 @@ void frmEditor::buildWidgets() {
         m_panels[i]->setObjectName(QString("StatusPanel%1").arg(i + 1));
         bar->addPermanentWidget(m_panels[i], i == 0 ? 1 : 0);
     }
-    m_panels[0]->setMinimumWidth(2000 / kTwipsPerPixel);
+    m_panels[0]->setMinimumWidth(fromTwips({2000, 0, 0, 0}).width());
     m_panels[1]->setProperty("key", "Time panel");
     m_clock = new QTimer(this);
     connect(m_clock, &QTimer::timeout, this,
@@ -575,8 +568,7 @@ void frmEditor::assignCaptions() {
 }
 
 WindowGeometry frmEditor::currentGeometry() const {
-    const QRect g = normalGeometry();
-    return {toTwips(g.width()), toTwips(g.height()), toTwips(g.top()), toTwips(g.left())};
+    return toTwips(normalGeometry());
 }
 
 void frmEditor::applyStartup() {
@@ -596,8 +588,7 @@ void frmEditor::applyStartup() {
             view->setFont(f);
         }
     }
-    setGeometry(r.geometry.left / kTwipsPerPixel, r.geometry.top / kTwipsPerPixel,
-                r.geometry.width / kTwipsPerPixel, r.geometry.height / kTwipsPerPixel);
+    setGeometry(fromTwips(r.geometry));
     if (r.maximised)
         setWindowState(windowState() | Qt::WindowMaximized);
     assignCaptions();

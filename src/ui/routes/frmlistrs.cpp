@@ -31,7 +31,8 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     : QDialog(parent), m_ctx(ctx), m_kind(kind), m_proposed(routeName + suffix) {
     setObjectName("frmListRS");
     setWindowTitle(title);
-    resize(900, 600);
+    // Where the last grid report was, as the settings keep it.
+    setGeometry(fromTwips(m_ctx.settings.reportGrid));
     m_grid = new QTableWidget;
     m_grid->setObjectName("VSFG1");
     m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -76,6 +77,16 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     layout->addWidget(note);
     layout->addLayout(buttons);
     setRows(rows);
+}
+
+void frmListRS::done(int result) {
+    m_ctx.settings.reportGrid = toTwips(normalGeometry());
+    QDialog::done(result);
+}
+
+void frmListRS::closeEvent(QCloseEvent* event) {
+    m_ctx.settings.reportGrid = toTwips(normalGeometry());
+    QDialog::closeEvent(event);
 }
 
 void frmListRS::setRows(const std::vector<std::string>& rows) {

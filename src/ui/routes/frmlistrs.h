@@ -50,6 +50,11 @@ public slots:
 public:
     void offerUnused(const routes::ProductItemsResult& used);
 
+protected:
+    // The screen's place goes to the settings (fields 28 to 31) when it closes.
+    void done(int result) override;
+    void closeEvent(QCloseEvent* event) override;
+
 private:
     void setRows(const std::vector<std::string>& rows);
     AppContext& m_ctx;
