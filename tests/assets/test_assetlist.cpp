@@ -1,4 +1,5 @@
 #include "velmora/assets/assetlist.h"
+#include "velmora/core/services.h"
 #include "velmora/demo/demoinstall.h"
 
 #include <gtest/gtest.h>
@@ -114,7 +115,8 @@ TEST(AssetListFiles, SavedInThreeFormsAndReadBack) {
     fs::create_directories(dir);
     const std::vector<AssetRow> rows = {{"DTG", "Class66", "RailVehicles\\a.bin", "Class 66 & co", "Yes", "Diesel",
                                          "EngineBlueprint", "1"},
-                                        {"Kuju", "Core", "x.bin", "M\xFChle", "No", "", "", "2"}};
+                                        {"Kuju", "Core", "x.bin", "M\xFChle", "No", "", "", "2"},
+                                        {"AP", "Wagons, vol. 2", "\"Q\" stock.bin", "HTA, \"coal\"", "", "", "", "3"}};
     for (const char* name : {"list.csv", "list.TXT", "list.tab", "list.xls"}) {
         const fs::path file = dir / name;
         ASSERT_TRUE(saveAssetList(file, listFormOf(file), rows)) << name;
@@ -124,6 +126,10 @@ TEST(AssetListFiles, SavedInThreeFormsAndReadBack) {
         for (std::size_t i = 0; i < rows.size(); ++i)
             EXPECT_EQ(back[i].cells(), rows[i].cells()) << name;
     }
+    // In the comma form only the cells that need it stand in quotes.
+    EXPECT_NE(velmora::ReadTextFile(dir / "list.csv").find("AP,\"Wagons, vol. 2\",\"\"\"Q\"\" stock.bin\",\"HTA, \"\"coal\"\"\",,,,3"),
+              std::string::npos);
+    EXPECT_NE(velmora::ReadTextFile(dir / "list.csv").find("DTG,Class66,RailVehicles\\a.bin,Class 66 & co,"), std::string::npos);
     EXPECT_EQ(listFormOf("x.doc"), ListForm::Unknown);
     std::string error;
     EXPECT_FALSE(saveAssetList(dir / "x.doc", ListForm::Unknown, rows, &error));

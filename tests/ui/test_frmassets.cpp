@@ -103,6 +103,59 @@ private slots:
         QCOMPARE(index.grid()->rowCount(), 2);
     }
 
+    void listsComeBackInEachFormAndTheGridCommandsWork() {
+        const fs::path rw = m_dir / "rw";
+        writeFile(rw / "RailWorks.exe", "");
+        writeFile(rw / "Content/Routes/.keep", "");
+        writeFile(rw / "Assets/DTG/Class66/a.txt", "xx");
+        writeFile(rw / "Assets/DTG/Class66/b, with comma.txt", "xx");
+        writeFile(rw / "Assets/Kuju/Core/empty.txt", "");
+        start(rw);
+        ui::frmAssets screen(*m_ctx);
+        screen.findChild<QComboBox*>("Text1")->setCurrentText("*.txt");
+        screen.Command1_Click();
+        QCOMPARE(screen.grid()->rowCount(), 3);
+        const auto built = screen.rows();
+
+        for (const char* name : {"list.csv", "list.xls", "list.txt"}) {
+            const fs::path file = m_dir / "home/Reports" / name;
+            m_ui->pushPath(file);
+            screen.Command3_Click();
+            QVERIFY2(fs::exists(file), name);
+            m_ui->pushPath(file);
+            screen.Command3_Click();
+            QVERIFY2(fs::exists(file.string() + ".bak"), "a list saved over keeps the old one");
+            screen.Command5_Click();
+            QCOMPARE(screen.grid()->rowCount(), 0);
+            m_ui->pushPath(file);
+            screen.Command11_Click();
+            QCOMPARE(screen.rows().size(), built.size());
+            for (std::size_t i = 0; i < built.size(); ++i)
+                QVERIFY2(screen.rows()[i].relativePath() == built[i].relativePath(),
+                         (std::string(name) + ": " + screen.rows()[i].relativePath() + " | " + built[i].relativePath()).c_str());
+            // Restore reads the last list again after the grid was cleared.
+            screen.Command5_Click();
+            screen.Command18_Click();
+            QCOMPARE(screen.rows().size(), built.size());
+        }
+
+        screen.Command15_Click();
+        QCOMPARE(screen.selectedRows().size(), std::size_t(3));
+        screen.Command16_Click();
+        QCOMPARE(screen.selectedRows().size(), std::size_t(0));
+        auto* hideFirst = screen.findChild<QCheckBox*>("Check2_0");
+        hideFirst->setChecked(true);
+        QVERIFY(screen.grid()->isColumnHidden(0));
+        hideFirst->setChecked(false);
+        QVERIFY(!screen.grid()->isColumnHidden(0));
+
+        // Find Zero Length Files lists the files of no more than one byte.
+        screen.Command5_Click();
+        screen.Command10_Click();
+        QCOMPARE(screen.grid()->rowCount(), 1);
+        QVERIFY(screen.rows().front().relativePath().find("empty.txt") != std::string::npos);
+    }
+
     void deleteSelectedWarnsAndRebuilds() {
         const fs::path rw = m_dir / "rw";
         writeFile(rw / "RailWorks.exe", "");

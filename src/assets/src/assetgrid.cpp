@@ -32,12 +32,22 @@ std::string xmlUnescape(std::string s) {
     return s;
 }
 
+// A line of cells. In the comma form a cell holding a comma or a quote is put in quotes, its
+// quotes doubled, so that names with commas come back whole.
 std::string joined(const std::vector<std::string>& cells, char separator) {
     std::string line;
     for (std::size_t i = 0; i < cells.size(); ++i) {
         if (i)
             line += separator;
-        line += cells[i];
+        const std::string& cell = cells[i];
+        if (separator != ',' || cell.find_first_of(",\"") == std::string::npos) {
+            line += cell;
+            continue;
+        }
+        line += '"';
+        for (char ch : cell)
+            line += ch == '"' ? std::string("\"\"") : std::string(1, ch);
+        line += '"';
     }
     return line + "\r\n";
 }
@@ -80,16 +90,33 @@ std::vector<std::vector<std::string>> readSpreadsheet(const std::string& text) {
     return table;
 }
 
+// The cells of a line; in the comma form a cell may stand in quotes, with quotes doubled inside.
 std::vector<std::string> split(const std::string& line, char separator) {
     std::vector<std::string> cells;
-    std::size_t start = 0;
-    for (;;) {
-        const std::size_t at = line.find(separator, start);
-        cells.push_back(line.substr(start, at == std::string::npos ? std::string::npos : at - start));
-        if (at == std::string::npos)
-            return cells;
-        start = at + 1;
+    std::string cell;
+    bool quoted = false;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const char ch = line[i];
+        if (quoted) {
+            if (ch == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+                cell += '"';
+                ++i;
+            } else if (ch == '"') {
+                quoted = false;
+            } else {
+                cell += ch;
+            }
+        } else if (ch == separator) {
+            cells.push_back(std::move(cell));
+            cell.clear();
+        } else if (ch == '"' && separator == ',' && cell.empty()) {
+            quoted = true;
+        } else {
+            cell += ch;
+        }
     }
+    cells.push_back(std::move(cell));
+    return cells;
 }
 
 AssetRow fromCells(std::vector<std::string> cells) {
