@@ -141,6 +141,14 @@ TEST(Text, TimeConverterKeepsWholeHours) {
     EXPECT_EQ(TimeToHoursMinutes(36000 + 600), "1010");
 }
 
+TEST(Text, CsvCellsQuoteOnlyWhatNeedsIt) {
+    EXPECT_EQ(csvCell("Assets\\DTG\\a.bin"), "Assets\\DTG\\a.bin");
+    EXPECT_EQ(csvCell(""), "");
+    EXPECT_EQ(csvCell("Wagons, vol. 2"), "\"Wagons, vol. 2\"");
+    EXPECT_EQ(csvCell("the \"Q\" stock"), "\"the \"\"Q\"\" stock\"");
+    EXPECT_EQ(csvCell("two\r\nlines"), "\"two\r\nlines\"");
+}
+
 TEST(Text, HexToDecimal) {
     EXPECT_EQ(HexToDecimal("ff"), "255");
     EXPECT_EQ(HexToDecimal("FFFFFFFFFFFFFFFF"), "18446744073709551615");

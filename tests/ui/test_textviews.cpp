@@ -67,6 +67,9 @@ private slots:
         QVERIFY(used.saveTo(m_dir / "r.csv"));
         QVERIFY(used.saveTo(m_dir / "r.csv"));
         QVERIFY2(fs::exists(m_dir / "r.csv.bak"), "an older report is kept");
+        ui::frmListRS named(*m_ctx, ui::ReportKind::ScenarioStock, "Stock", {"AP\\Wagons, vol. 2\\a.bin\ta, \"b\""});
+        QVERIFY(named.saveTo(m_dir / "n.csv"));
+        QCOMPARE(ReadTextFile(m_dir / "n.csv"), std::string("\"AP\\Wagons, vol. 2\\a.bin\",\"a, \"\"b\"\"\"\r\n"));
         QVERIFY(used.saveBatch(m_dir / "del.bat"));
         QCOMPARE(ReadTextFile(m_dir / "del.bat"), std::string("a.bin\r\nb.bin\r\nc.bin\r\n"));
     }

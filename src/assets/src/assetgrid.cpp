@@ -39,15 +39,7 @@ std::string joined(const std::vector<std::string>& cells, char separator) {
     for (std::size_t i = 0; i < cells.size(); ++i) {
         if (i)
             line += separator;
-        const std::string& cell = cells[i];
-        if (separator != ',' || cell.find_first_of(",\"") == std::string::npos) {
-            line += cell;
-            continue;
-        }
-        line += '"';
-        for (char ch : cell)
-            line += ch == '"' ? std::string("\"\"") : std::string(1, ch);
-        line += '"';
+        line += separator == ',' ? csvCell(cells[i]) : cells[i];
     }
     return line + "\r\n";
 }

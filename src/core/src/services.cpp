@@ -53,6 +53,15 @@ bool iendsWith(std::string_view text, std::string_view suffix) {
     return text.size() >= suffix.size() && iequals(text.substr(text.size() - suffix.size()), suffix);
 }
 
+std::string csvCell(std::string_view text) {
+    if (text.find_first_of(",\"\r\n") == std::string_view::npos)
+        return std::string(text);
+    std::string out = "\"";
+    for (char ch : text)
+        out += ch == '"' ? std::string("\"\"") : std::string(1, ch);
+    return out + "\"";
+}
+
 std::string toLowerAscii(std::string_view text) {
     std::string out(text);
     for (char& c : out)

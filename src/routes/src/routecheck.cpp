@@ -482,7 +482,7 @@ std::vector<fs::path> saveRouteReports(AppContext& ctx, const RouteCheckResult& 
     auto save = [&](const std::string& name, const std::vector<std::string>& rows, bool numbered) {
         std::string text;
         for (std::size_t i = 0; i < rows.size(); ++i)
-            text += rows[i] + (numbered ? ",," + std::to_string(i + 1) : std::string()) + "\r\n";
+            text += csvCell(rows[i]) + (numbered ? ",," + std::to_string(i + 1) : std::string()) + "\r\n";
         const fs::path file = ctx.reports() / name;
         if (FileExists(file) && SerzBackup(file).outcome == BackupResult::Outcome::Failed)
             return;

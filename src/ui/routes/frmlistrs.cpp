@@ -148,10 +148,15 @@ bool frmListRS::saveTo(const std::filesystem::path& file) {
     std::string text;
     const auto all = rows();
     if (last == "csv" || last == "txt" || last == "tab") {
-        for (std::string row : all) {
-            if (last == "csv")
-                std::replace(row.begin(), row.end(), '\t', ',');
-            text += row + "\r\n";
+        for (const std::string& row : all) {
+            if (last == "csv") {
+                const auto cells = cellsOf(row);
+                for (std::size_t i = 0; i < cells.size(); ++i)
+                    text += (i ? "," : "") + csvCell(cells[i]);
+            } else {
+                text += row;
+            }
+            text += "\r\n";
         }
     } else if (last == "xls") {
         text = "<?xml version=\"1.0\"?>\r\n<?mso-application progid=\"Excel.Sheet\"?>\r\n"

@@ -95,6 +95,9 @@ bool openUrl(const std::string& url, UserInterface* ui);
 bool iequals(std::string_view a, std::string_view b);
 bool iendsWith(std::string_view text, std::string_view suffix);
 std::string toLowerAscii(std::string_view text);
+// A cell of a comma-separated file: as it stands, or in quotes with its quotes doubled when it
+// holds a comma, a quote or a line break.
+std::string csvCell(std::string_view text);
 
 // Windows-1252 bytes to UTF-8 and back (unmappable characters become '?').
 std::string latin1ToUtf8(std::string_view text);
