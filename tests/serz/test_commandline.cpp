@@ -73,3 +73,33 @@ TEST_F(SerzProgram, WithoutASwitchTheOutputGoesBesideByTheExtension) {
     EXPECT_EQ(slurp(path("b.proxybin")), slurp(path("original.proxybin")));
     EXPECT_EQ(run(""), 2) << "no input is a usage error";
 }
+
+TEST_F(SerzProgram, LineEndsExponentsAndTheConvertersOwnFloatImport) {
+    SKIP_WITHOUT_TESTDATA();
+    fs::copy_file(testdata("routeproperties.bin"), path("rp.bin"));
+    ASSERT_EQ(run(path("rp.bin") + " /xml:" + path("crlf.xml")), 0);
+    ASSERT_EQ(run(path("rp.bin") + " /xml:" + path("lf.xml") + " --lf"), 0);
+    ASSERT_EQ(run(path("rp.bin") + " /xml:" + path("both.xml") + " --lf --crlf"), 0);
+    const std::string crlf = slurp(path("crlf.xml")), lf = slurp(path("lf.xml"));
+    EXPECT_NE(crlf.find("\r\n"), std::string::npos) << "CR LF is the converter's default";
+    EXPECT_EQ(lf.find('\r'), std::string::npos);
+    EXPECT_EQ(slurp(path("both.xml")), crlf) << "the last switch wins";
+
+    // A float whose text was edited takes the new text, in the lossless import and in the
+    // converter's own.
+    std::string edited = lf;
+    const std::string::size_type alt = edited.find("d:alt_encoding=");
+    ASSERT_NE(alt, std::string::npos);
+    const std::string::size_type gt = edited.find('>', alt), lt = edited.find('<', gt);
+    edited.replace(gt + 1, lt - gt - 1, "12.5");
+    std::ofstream(path("edited.xml"), std::ios::binary) << edited;
+    ASSERT_EQ(run(path("edited.xml") + " /bin:" + path("lossless.bin")), 0);
+    ASSERT_EQ(run(path("edited.xml") + " /bin:" + path("compatible.bin") + " --compatible"), 0);
+    EXPECT_NE(slurp(path("lossless.bin")), slurp(testdata("routeproperties.bin")));
+    ASSERT_EQ(run(path("lossless.bin") + " /xml:" + path("again.xml") + " --lf"), 0);
+    EXPECT_NE(slurp(path("again.xml")).find(">12.5<"), std::string::npos);
+    ASSERT_EQ(run(path("compatible.bin") + " /xml:" + path("again2.xml") + " --lf"), 0);
+    EXPECT_NE(slurp(path("again2.xml")).find(">12.5<"), std::string::npos);
+    EXPECT_EQ(run(path("rp.bin") + " /xml:" + path("x.xml") + " --exp4"), 2) << "unknown switches are refused";
+    EXPECT_FALSE(fs::exists(path("x.xml")));
+}
