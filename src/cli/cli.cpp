@@ -113,27 +113,7 @@ std::string csvField(const std::string& text) {
     return out + "\"";
 }
 
-std::string jsonString(const std::string& cp1252) {
-    std::string out = "\"";
-    for (char c : shown(cp1252)) {
-        switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
-        default:
-            if (static_cast<unsigned char>(c) < 0x20) {
-                char buf[8];
-                std::snprintf(buf, sizeof buf, "\\u%04x", c);
-                out += buf;
-            } else {
-                out += c;
-            }
-        }
-    }
-    return out + "\"";
-}
+std::string jsonString(const std::string& cp1252) { return jsonQuoted(shown(cp1252)); }
 
 std::optional<std::string> Arguments::value(const std::string& option) const {
     for (auto it = options.rbegin(); it != options.rend(); ++it)

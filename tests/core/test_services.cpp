@@ -149,6 +149,14 @@ TEST(Text, CsvCellsQuoteOnlyWhatNeedsIt) {
     EXPECT_EQ(csvCell("two\r\nlines"), "\"two\r\nlines\"");
 }
 
+TEST(Text, JsonStringsEscapeWhatJsonForbids) {
+    EXPECT_EQ(jsonQuoted("plain"), "\"plain\"");
+    EXPECT_EQ(jsonQuoted("a\"b\\c"), "\"a\\\"b\\\\c\"");
+    EXPECT_EQ(jsonQuoted("tab\tline\r\n"), "\"tab\\tline\\r\\n\"");
+    EXPECT_EQ(jsonQuoted(std::string("\x01\x1f", 2)), "\"\\u0001\\u001f\"");
+    EXPECT_EQ(jsonQuoted("D\xC3\xA9j\xC3\xA0"), "\"D\xC3\xA9j\xC3\xA0\"") << "UTF-8 passes through";
+}
+
 TEST(Text, HexToDecimal) {
     EXPECT_EQ(HexToDecimal("ff"), "255");
     EXPECT_EQ(HexToDecimal("FFFFFFFFFFFFFFFF"), "18446744073709551615");

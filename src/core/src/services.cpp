@@ -62,6 +62,29 @@ std::string csvCell(std::string_view text) {
     return out + "\"";
 }
 
+std::string jsonQuoted(std::string_view utf8) {
+    std::string out = "\"";
+    for (char c : utf8) {
+        switch (c) {
+        case '"': out += "\\\""; break;
+        case '\\': out += "\\\\"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\t': out += "\\t"; break;
+        default:
+            if (static_cast<unsigned char>(c) < 0x20) {
+                static const char kHex[] = "0123456789abcdef";
+                out += "\\u00";
+                out += kHex[(c >> 4) & 0xF];
+                out += kHex[c & 0xF];
+            } else {
+                out += c;
+            }
+        }
+    }
+    return out + "\"";
+}
+
 std::string toLowerAscii(std::string_view text) {
     std::string out(text);
     for (char& c : out)

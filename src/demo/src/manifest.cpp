@@ -1,30 +1,11 @@
 #include "manifest.h"
 
-#include <cstdio>
+#include "velmora/core/services.h"
+
 
 namespace velmora::demo {
 
-std::string jsonString(const std::string& text) {
-    std::string out = "\"";
-    for (char c : text) {
-        switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
-        default:
-            if (static_cast<unsigned char>(c) < 0x20) {
-                char buf[8];
-                std::snprintf(buf, sizeof buf, "\\u%04x", static_cast<unsigned>(c));
-                out += buf;
-            } else {
-                out += c; // UTF-8 passes through
-            }
-        }
-    }
-    return out + "\"";
-}
+std::string jsonString(const std::string& text) { return jsonQuoted(text); }
 
 Fault makeFault(std::string kind, std::string check, std::string path, std::string referencedBy, std::string reference,
                 std::string expect, std::vector<std::string> routes) {

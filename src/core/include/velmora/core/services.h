@@ -98,6 +98,8 @@ std::string toLowerAscii(std::string_view text);
 // A cell of a comma-separated file: as it stands, or in quotes with its quotes doubled when it
 // holds a comma, a quote or a line break.
 std::string csvCell(std::string_view text);
+// A JSON string of UTF-8 text, in quotes, with quotes, backslashes and control characters escaped.
+std::string jsonQuoted(std::string_view utf8);
 
 // Windows-1252 bytes to UTF-8 and back (unmappable characters become '?').
 std::string latin1ToUtf8(std::string_view text);
