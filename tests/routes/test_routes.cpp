@@ -2,6 +2,7 @@
 
 #include "velmora/core/appcontext.h"
 #include "velmora/core/archive.h"
+#include "velmora/core/convert.h"
 #include "velmora/core/paths.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
@@ -492,4 +493,92 @@ TEST_F(DemoRoutes, AScenariosOwnSceneryIsPartOfWhatTheRouteUses) {
                                     [&](const MissingItem& c) { return c.row() == m.row(); }));
     }
     EXPECT_EQ(withScenery, 1);
+}
+
+namespace {
+
+std::string farVector(const std::string& tileX, const std::string& x, const std::string& tileZ, const std::string& z) {
+    auto axis = [](const char* name, const std::string& tile, const std::string& offset) {
+        return std::string("<") + name + "><cFarCoordinate><RouteCoordinate><cRouteCoordinate>" +
+               "<Distance d:type=\"sInt32\">" + tile + "</Distance></cRouteCoordinate></RouteCoordinate>" +
+               "<TileCoordinate><cTileCoordinate><Distance d:type=\"sFloat32\">" + offset +
+               "</Distance></cTileCoordinate></TileCoordinate></cFarCoordinate></" + name + ">\n";
+    };
+    return "<cFarVector2>\n" + axis("X", tileX, x) + axis("Z", tileZ, z) + "</cFarVector2>\n";
+}
+
+std::string reference(const std::string& provider, const std::string& product, const std::string& id) {
+    return "<BlueprintID>\n<iBlueprintLibrary-cAbsoluteBlueprintID>\n<BlueprintSetID>\n"
+           "<iBlueprintLibrary-cBlueprintSetID>\n<Provider d:type=\"cDeltaString\">" + provider +
+           "</Provider>\n<Product d:type=\"cDeltaString\">" + product +
+           "</Product>\n</iBlueprintLibrary-cBlueprintSetID>\n</BlueprintSetID>\n"
+           "<BlueprintID d:type=\"cDeltaString\">" + id +
+           "</BlueprintID>\n</iBlueprintLibrary-cAbsoluteBlueprintID>\n</BlueprintID>\n";
+}
+
+void writeDocument(const fs::path& file, const std::string& body) {
+    const std::string xml = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+                            "<cRecordSet xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\" d:version=\"1.0\" d:id=\"1\">\n"
+                            "<Record>\n" + body + "</Record>\n</cRecordSet>\n";
+    std::string bin;
+    ASSERT_TRUE(xmlTextToBin(xml, bin)) << xml;
+    fs::create_directories(file.parent_path());
+    ASSERT_TRUE(WriteTextFile(file, bin));
+}
+
+} // namespace
+
+TEST(PlacedItems, EachItemKeepsItsOwnPlaceAndTracksTakeTheirTileFromTheRibbon) {
+    const fs::path dir = fs::temp_directory_path() / ("velmora-placed-" + std::to_string(::getpid()));
+    fs::remove_all(dir);
+    const fs::path rw = dir / "rw";
+    const fs::path route = rw / "Content/Routes/00000000-0000-0000-0000-000000000001";
+    for (const char* file : {"RailWorks.exe", "Assets/P/Q/Scenery/A.bin", "Assets/P/Q/Track/Rail.bin"}) {
+        ASSERT_TRUE(MakePath((rw / file).parent_path()));
+        ASSERT_TRUE(WriteTextFile(rw / file, "x"));
+    }
+    // An entity with neither place nor reference stands between two placed ones: it must not
+    // take the next one's place or blueprint.
+    writeDocument(route / "Scenery/+000000-000001.bin",
+                  "<cDynamicEntity d:id=\"2\">\n<Component>\n" + farVector("-1", "12.5", "-1", "7.25") +
+                      "</Component>\n" + reference("P", "Q", "Scenery\\A.xml") + "</cDynamicEntity>\n" +
+                      "<cDynamicEntity d:id=\"3\">\n<Name d:type=\"cDeltaString\">bare</Name>\n</cDynamicEntity>\n" +
+                      "<cDynamicEntity d:id=\"4\">\n<Component>\n" + farVector("-1", "100", "-1", "200") +
+                      "</Component>\n" + reference("P", "Q", "Scenery\\B.xml") + "</cDynamicEntity>\n");
+    writeDocument(route / "Networks/Tracks.bin",
+                  "<Network-cTrackRibbon d:id=\"5\">\n" + farVector("-1", "3.5", "2", "4.5") +
+                      reference("P", "Q", "Track\\Rail.xml") + reference("P", "Q", "Track\\Gone.xml") +
+                      "</Network-cTrackRibbon>\n");
+    // A track tile of another name in Networks is not read by this list.
+    writeDocument(route / "Networks/Other.bin", "<Network-cTrackRibbon d:id=\"6\">\n" + farVector("0", "1", "0", "1") +
+                                                    reference("P", "Q", "Track\\Other.xml") +
+                                                    "</Network-cTrackRibbon>\n");
+
+    ScriptedUi ui;
+    AppContext ctx(dir / "home", dir / "data", ui);
+    StartupOptions o;
+    o.railWorks = rw;
+    o.askForRoot = false;
+    runStartup(ctx, o);
+    const RouteEntry entry{route.filename().string(), "Test", route, false};
+    const PlacedItemsResult r = listPlacedItems(ctx, entry, 2);
+    ASSERT_EQ(r.items.size(), 4u);
+    EXPECT_TRUE(r.items[0].path.ends_with("P/Q/Scenery/A.bin") && r.items[0].found);
+    EXPECT_EQ(r.items[0].tile, "+000000-000001");
+    EXPECT_EQ(r.items[0].x, "12.5");
+    EXPECT_EQ(r.items[0].z, "7.25");
+    EXPECT_TRUE(r.items[1].path.ends_with("P/Q/Scenery/B.bin"));
+    EXPECT_EQ(r.items[1].x, "100");
+    EXPECT_EQ(r.items[1].z, "200");
+    for (std::size_t i : {2u, 3u}) {
+        EXPECT_EQ(r.items[i].label, "(Track Item)");
+        EXPECT_EQ(r.items[i].tile, "-000001+000002");
+        EXPECT_EQ(r.items[i].x, "3.5");
+        EXPECT_EQ(r.items[i].z, "4.5");
+    }
+    EXPECT_TRUE(r.items[2].found);
+    ASSERT_EQ(r.missing.size(), 2u);
+    EXPECT_EQ(r.missing[0].row(), (rw / "Assets/P/Q/Scenery/B.bin").string() + "\t(Scenery Item) on tile +000000-000001.bin");
+    EXPECT_EQ(r.missing[1].row(), (rw / "Assets/P/Q/Track/Gone.bin").string() + "\t(Track Item) on tile Tracks.bin");
+    fs::remove_all(dir);
 }
