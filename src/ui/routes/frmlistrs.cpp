@@ -218,7 +218,7 @@ frmListRS* frmListRS::Command23_Click() {
                                       Buttons::YesNo, Icon::Warning);
     const auto rows = routes::productItemsNotUsed(m_ctx, m_used, del == Answer::Yes);
     auto* list = new frmListRS(m_ctx, ReportKind::ProviderItems,
-                               tr("Items of %1\\%2 NOT used by this route:-").arg(toQt(m_used.provider), toQt(m_used.product)),
+                               tr("Items of %1\\%2 NOT placed on this route's tiles (scenario stock is not looked at):-").arg(toQt(m_used.provider), toQt(m_used.product)),
                                rows, m_used.provider + "_" + m_used.product, "_NotUsed.csv", this);
     list->setAttribute(Qt::WA_DeleteOnClose);
     list->show();
