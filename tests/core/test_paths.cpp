@@ -120,3 +120,32 @@ TEST(InstallInfo, ProductsRoutesAndNames) {
     EXPECT_EQ(s.routes[0].displayName, "Bob's Line");
     EXPECT_EQ(s.routes[1].displayName, "");
 }
+
+TEST(ProgramFolders, ShippedDataBesideTheProgramThenTheInstalledLayout) {
+    TempDir dir;
+    // Only a data folder with a Language folder counts.
+    dir.write("build/bin/data/Templates/x.txt", "x");
+    dir.write("usr/share/velmora/data/Language/Lang_English.txt", "x");
+    EXPECT_EQ(findDataFolder(dir / "build/bin/velmora"), dir / "build/bin/data") << "the fallback names it anyway";
+    dir.write("build/bin/data/Language/Lang_English.txt", "x");
+    EXPECT_EQ(findDataFolder(dir / "build/bin/velmora"), dir / "build/bin/data");
+    EXPECT_EQ(findDataFolder(dir / "usr/bin/velmora"), dir / "usr/share/velmora/data");
+}
+
+TEST(ProgramFolders, TheUsersOwnFolderFollowsTheDesktopsRules) {
+#ifndef _WIN32
+    const char* oldXdg = std::getenv("XDG_DATA_HOME");
+    const std::string keptXdg = oldXdg ? oldXdg : "";
+    ::setenv("XDG_DATA_HOME", "/tmp/xdg-data", 1);
+    EXPECT_EQ(defaultHomeFolder(), fs::path("/tmp/xdg-data/velmora"));
+    ::setenv("XDG_DATA_HOME", "", 1);
+    const char* home = std::getenv("HOME");
+    if (home && *home) {
+        EXPECT_EQ(defaultHomeFolder(), fs::path(home) / ".local/share/velmora") << "an empty XDG_DATA_HOME is unset";
+    }
+    if (oldXdg)
+        ::setenv("XDG_DATA_HOME", keptXdg.c_str(), 1);
+    else
+        ::unsetenv("XDG_DATA_HOME");
+#endif
+}
