@@ -138,3 +138,34 @@ TEST_F(AssetFiles, LocoInformationNeedsAThumbnailAndKeepsAnOldPicture) {
     EXPECT_TRUE(fs::exists(info / "image.png.bak"));
     EXPECT_FALSE(fs::exists(m_dir / "home/Thumbnails/Class 66.png"));
 }
+
+TEST_F(AssetFiles, AStoredItemStandsBesideItsSourceAndDropsTheProductsCache) {
+    const std::string xml = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+                            "<cBlueprintLoader xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\" d:version=\"1.0\">\r\n"
+                            "\t<Name d:type=\"cDeltaString\">Class 66</Name>\r\n"
+                            "</cBlueprintLoader>\r\n";
+    write("rw/Assets/DTG/Class66/RailVehicles/Loco.bin", "source");
+    write("rw/Assets/DTG/Class66/BluePrints.pak", "cache");
+    write("rw/Assets/DTG/Class66/RailVehicles/Loco_New.bin", "an older item of the new name");
+    const fs::path source = m_dir / "rw/Assets/DTG/Class66/RailVehicles/Loco.bin";
+
+    StoreResult r = storeBlueprint(*m_ctx, source, xml, "Loco_New..");
+    ASSERT_TRUE(r.ok) << r.message;
+    EXPECT_EQ(r.written, source.parent_path() / "Loco_New.bin") << "trailing dots are dropped";
+    EXPECT_TRUE(fs::exists(source.parent_path() / "Loco_New.bin.bak")) << "an older file of that name is kept";
+    EXPECT_FALSE(fs::exists(m_dir / "rw/Assets/DTG/Class66/BluePrints.pak"));
+    EXPECT_EQ(std::ifstream(source).rdbuf()->sgetc(), 's') << "the source stays as it was";
+
+    // Names that would put the item elsewhere are refused and nothing is written.
+    for (const char* bad : {"../../Escaped", "sub/Item", "C:Item", "..\\Up", ""}) {
+        r = storeBlueprint(*m_ctx, source, xml, bad);
+        EXPECT_FALSE(r.ok) << bad;
+        EXPECT_FALSE(r.message.empty());
+    }
+    EXPECT_FALSE(fs::exists(m_dir / "rw/Assets/DTG/Escaped.bin"));
+    // Text the codec refuses says so in the simulator converter's words.
+    r = storeBlueprint(*m_ctx, source, "<cBlueprintLoader>", "Broken");
+    EXPECT_FALSE(r.ok);
+    EXPECT_EQ(r.message.rfind("Serz.exe could not convert file Broken.bin\n", 0), 0u) << r.message;
+    EXPECT_FALSE(fs::exists(source.parent_path() / "Broken.bin"));
+}

@@ -211,10 +211,15 @@ StoreResult storeBlueprint(AppContext& ctx, const fs::path& source, const std::s
         r.message = "No file name was given.";
         return r;
     }
+    // A name, not a path: the new item stands beside the one it was made from.
+    if (fileName.find_first_of("/\\:") != std::string::npos || fileName == "..") {
+        r.message = "\"" + fileName + "\" is not a file name: give the name only, without folders.";
+        return r;
+    }
     std::string bin;
     const ConvertResult converted = xmlTextToBin(xml, bin, fileName + ".xml");
     if (!converted || bin.empty()) {
-        r.message = "Serz.exe could not convert file " + fileName + "bin\n"
+        r.message = "Serz.exe could not convert file " + fileName + ".bin\n"
                     "This is a limitation of Serz.exe and out of my control.";
         if (!converted.message.empty())
             r.message += "\n" + converted.message;
