@@ -146,12 +146,16 @@ TEST_F(DemoChecks, PackageMissingAssetsCopiesFilesAndTheirSeasons) {
     EXPECT_NE(checks.packageMissingAssets().find("Reports\\MissingFiles.txt"), std::string::npos);
     const Report r = checks.getAssetBits({row("DemoRail/Class66Pack/Scenery/Faulty/Coal_Stage.bin")});
     fs::create_directories(m_ctx->reports());
-    std::ofstream(m_ctx->reports() / "MissingFiles.txt", std::ios::binary) << r.text() << "/etc/passwd\r\n";
+    std::ofstream(m_ctx->reports() / "MissingFiles.txt", std::ios::binary)
+        << (s_dir / "rw/Assets/../../NewPackage2/Assets/x.bin").string() << "\r\n/etc/passwd\r\n" << r.text();
+    fs::create_directories(s_dir / "NewPackage2/Assets");
+    std::ofstream(s_dir / "NewPackage2/Assets/x.bin") << "x";
     int copied = 0;
     EXPECT_EQ(checks.packageMissingAssets(&copied), "");
     EXPECT_GT(copied, 2);
     EXPECT_TRUE(fs::exists(m_ctx->appPath() / "NewPackage/Assets/DemoRail/Class66Pack/Scenery/Faulty/Coal_Stage.bin"));
     EXPECT_FALSE(fs::exists(m_ctx->appPath() / "NewPackage/etc")) << "nothing outside the Assets tree";
+    EXPECT_FALSE(fs::exists(m_ctx->appPath() / "NewPackage2")) << "nor beside the package, by way of ..";
 }
 
 TEST_F(DemoChecks, LoftsListTheTexturesOfTheirCrossSection) {

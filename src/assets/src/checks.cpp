@@ -643,7 +643,8 @@ std::string AssetChecks::packageMissingAssets(int* copied) {
     auto copy = [&](const fs::path& from, const std::string& relative) {
         // Only paths that stay inside the package folder are written.
         const fs::path target = (package / fs::path(relative).lexically_normal()).lexically_normal();
-        if (target.string().rfind(package.string(), 0) != 0)
+        const fs::path inside = target.lexically_relative(package);
+        if (inside.empty() || *inside.begin() == "..")
             return;
         MakePath(target.parent_path());
         std::error_code ec;
