@@ -42,6 +42,22 @@ class TestFrmAssets : public QObject {
         runStartup(*m_ctx, o);
     }
 
+    // A small simulator install holding `files` (below Assets, with their bytes), started.
+    void startWith(const std::vector<std::pair<std::string, std::string>>& files) {
+        const fs::path rw = m_dir / "rw";
+        writeFile(rw / "RailWorks.exe", "");
+        writeFile(rw / "Content/Routes/.keep", "");
+        for (const auto& [name, bytes] : files)
+            writeFile(rw / "Assets" / name, bytes);
+        start(rw);
+    }
+
+    // Add to List of the text files on a new screen.
+    static void listTextFiles(ui::frmAssets& screen) {
+        screen.findChild<QComboBox*>("Text1")->setCurrentText("*.txt");
+        screen.Command1_Click();
+    }
+
     bool said(const std::string& text) const {
         for (const auto& p : m_ui->prompts)
             if (p.text.find(text) != std::string::npos)
@@ -61,16 +77,9 @@ private slots:
     }
 
     void addToListFindAndSaveTheIndex() {
-        const fs::path rw = m_dir / "rw";
-        writeFile(rw / "RailWorks.exe", "");
-        writeFile(rw / "Content/Routes/.keep", "");
-        writeFile(rw / "Assets/DTG/Class66/Docs/ReadMe.txt", "x");
-        writeFile(rw / "Assets/DTG/Class66/Docs/Notes.txt", "x");
-        writeFile(rw / "Assets/Kuju/Core/Other.txt", "x");
-        start(rw);
+        startWith({{"DTG/Class66/Docs/ReadMe.txt", "x"}, {"DTG/Class66/Docs/Notes.txt", "x"}, {"Kuju/Core/Other.txt", "x"}});
         ui::frmAssets screen(*m_ctx);
-        screen.findChild<QComboBox*>("Text1")->setCurrentText("*.txt");
-        screen.Command1_Click();
+        listTextFiles(screen);
         QCOMPARE(screen.grid()->rowCount(), 3);
         QVERIFY(said("Selected items have been added to the grid."));
         // A second Add to List appends, numbering from 1 again.
@@ -104,16 +113,9 @@ private slots:
     }
 
     void listsComeBackInEachFormAndTheGridCommandsWork() {
-        const fs::path rw = m_dir / "rw";
-        writeFile(rw / "RailWorks.exe", "");
-        writeFile(rw / "Content/Routes/.keep", "");
-        writeFile(rw / "Assets/DTG/Class66/a.txt", "xx");
-        writeFile(rw / "Assets/DTG/Class66/b, with comma.txt", "xx");
-        writeFile(rw / "Assets/Kuju/Core/empty.txt", "");
-        start(rw);
+        startWith({{"DTG/Class66/a.txt", "xx"}, {"DTG/Class66/b, with comma.txt", "xx"}, {"Kuju/Core/empty.txt", ""}});
         ui::frmAssets screen(*m_ctx);
-        screen.findChild<QComboBox*>("Text1")->setCurrentText("*.txt");
-        screen.Command1_Click();
+        listTextFiles(screen);
         QCOMPARE(screen.grid()->rowCount(), 3);
         const auto built = screen.rows();
 
@@ -157,15 +159,10 @@ private slots:
     }
 
     void deleteSelectedWarnsAndRebuilds() {
+        startWith({{"DTG/Class66/a.txt", "x"}, {"DTG/Class66/b.txt", "x"}});
         const fs::path rw = m_dir / "rw";
-        writeFile(rw / "RailWorks.exe", "");
-        writeFile(rw / "Content/Routes/.keep", "");
-        writeFile(rw / "Assets/DTG/Class66/a.txt", "x");
-        writeFile(rw / "Assets/DTG/Class66/b.txt", "x");
-        start(rw);
         ui::frmAssets screen(*m_ctx);
-        screen.findChild<QComboBox*>("Text1")->setCurrentText("*.txt");
-        screen.Command1_Click();
+        listTextFiles(screen);
         screen.grid()->selectRow(0);
         m_ui->pushAnswer(Answer::Cancel);
         screen.Command6_Click();
