@@ -3,7 +3,7 @@
 // default) and reused by later runs.
 
 #include "velmora/assets/assetlist.h"
-#include "velmora/demo/demoinstall.h"
+#include "benchinstall.h"
 
 #include <benchmark/benchmark.h>
 
@@ -15,22 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-fs::path demoInstall() {
-    const char* scaleText = std::getenv("VELMORA_BENCH_SCALE");
-    const int scale = scaleText ? std::atoi(scaleText) : 100;
-    const fs::path root = fs::path(VELMORA_BENCH_DIR) / ("scale-" + std::to_string(scale));
-    if (!fs::exists(root / "manifest.json")) {
-        std::cerr << "Generating the scale-" << scale << " demo install in " << root << " ...\n";
-        velmora::demo::DemoOptions options;
-        options.scale = scale;
-        const auto r = velmora::demo::generateDemoInstall(root, options);
-        if (!r.ok) {
-            std::cerr << "cannot generate the demo install: " << r.error << '\n';
-            std::exit(2);
-        }
-    }
-    return root;
-}
+using velmora::bench::demoInstall;
 
 void AddToList(benchmark::State& state) {
     static const fs::path root = demoInstall();

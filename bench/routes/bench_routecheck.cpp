@@ -3,7 +3,7 @@
 
 #include "velmora/core/appcontext.h"
 #include "velmora/core/userinterface.h"
-#include "velmora/demo/demoinstall.h"
+#include "benchinstall.h"
 #include "velmora/routes/routecheck.h"
 
 #include <benchmark/benchmark.h>
@@ -17,19 +17,7 @@ using namespace velmora;
 
 namespace {
 
-fs::path demoInstall() {
-    const char* scaleText = std::getenv("VELMORA_BENCH_SCALE");
-    const int scale = scaleText ? std::atoi(scaleText) : 100;
-    const fs::path root = fs::path(VELMORA_BENCH_DIR) / ("scale-" + std::to_string(scale));
-    if (!fs::exists(root / "manifest.json")) {
-        std::cerr << "Generating the scale-" << scale << " demo install in " << root << " ...\n";
-        demo::DemoOptions options;
-        options.scale = scale;
-        if (!demo::generateDemoInstall(root, options).ok)
-            std::exit(2);
-    }
-    return root;
-}
+using velmora::bench::demoInstall;
 
 void RouteCheck(benchmark::State& state) {
     const fs::path root = demoInstall();

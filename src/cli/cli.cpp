@@ -180,13 +180,30 @@ bool Session::requireRoot() {
     return false;
 }
 
+bool Session::noWords(const Arguments& a) {
+    if (a.problem.empty() && a.plain.empty())
+        return true;
+    fail(a.problem.empty() ? "unexpected argument '" + a.plain.front() + "'" : a.problem);
+    return false;
+}
+
 bool Session::startWithout(const Arguments& a) {
-    if (!a.problem.empty() || !a.plain.empty()) {
-        fail(a.problem.empty() ? "unexpected argument '" + a.plain.front() + "'" : a.problem);
+    if (!noWords(a))
         return false;
-    }
     start();
     return requireRoot();
+}
+
+std::optional<int> Session::threads(const Arguments& a) {
+    const auto t = a.value("--threads");
+    if (!t)
+        return 0;
+    const auto n = parseNumber(*t);
+    if (!n || *n < 1 || *n > 256) {
+        fail("--threads needs a number from 1 to 256, not '" + *t + "'");
+        return std::nullopt;
+    }
+    return static_cast<int>(*n);
 }
 
 int Session::fail(const std::string& text) {

@@ -55,14 +55,10 @@ bool readListOptions(Session& s, const Arguments& a, assets::AssetListOptions& o
         o.category = *v;
     if (auto v = a.value("--mask"))
         o.mask = *v;
-    if (auto v = a.value("--threads")) {
-        auto n = parseNumber(*v);
-        if (!n || *n < 1 || *n > 256) {
-            s.fail("--threads needs a number from 1 to 256, not '" + *v + "'");
-            return false;
-        }
-        o.threads = static_cast<int>(*n);
-    }
+    const auto threads = s.threads(a);
+    if (!threads)
+        return false;
+    o.threads = *threads;
     // Names are taken in the language the user chose, as the screen shows them.
     const std::string language = s.ctx.settings.language;
     if (!language.empty() && language != "English")
@@ -105,10 +101,8 @@ std::optional<assets::AssetListResult> build(Session& s, const Arguments& a, con
 
 int cmdAssetsList(Session& s) {
     const Arguments a = parseArguments(s.g.rest, kValueOptions, kFlags);
-    if (!a.problem.empty())
-        return s.fail(a.problem);
-    if (!a.plain.empty())
-        return s.fail("unexpected argument '" + a.plain.front() + "'");
+    if (!s.noWords(a))
+        return Error;
     s.start();
     assets::AssetListOptions o;
     if (!readListOptions(s, a, o))
@@ -137,10 +131,8 @@ int cmdAssetsList(Session& s) {
 
 int cmdAssetsIndex(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {"--threads", "--from"}, {"--exclude-preload"});
-    if (!a.problem.empty())
-        return s.fail(a.problem);
-    if (!a.plain.empty())
-        return s.fail("unexpected argument '" + a.plain.front() + "'");
+    if (!s.noWords(a))
+        return Error;
     s.start();
     assets::AssetListOptions o;
     if (!readListOptions(s, a, o))

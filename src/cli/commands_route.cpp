@@ -46,18 +46,6 @@ const routes::RouteEntry* routeArgument(Session& s, const Arguments& a, std::siz
     return route;
 }
 
-std::optional<int> threadsOption(Session& s, const Arguments& a) {
-    if (auto t = a.value("--threads")) {
-        auto n = parseNumber(*t);
-        if (!n || *n < 1 || *n > 256) {
-            s.fail("--threads needs a number from 1 to 256, not '" + *t + "'");
-            return std::nullopt;
-        }
-        return static_cast<int>(*n);
-    }
-    return 0;
-}
-
 void printMissing(Session& s, const std::vector<routes::MissingItem>& missing) {
     if (missing.empty())
         return;
@@ -112,7 +100,7 @@ int cmdRouteCheck(Session& s) {
     options.deep = a.has("--deep");
     options.markArchives = a.has("--mark-archives");
     options.markCase = a.has("--mark-case");
-    const auto threads = threadsOption(s, a);
+    const auto threads = s.threads(a);
     if (!threads)
         return Error;
     options.threads = *threads;
@@ -337,7 +325,7 @@ int cmdRouteItems(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {"--threads"}, {"--csv"});
     if (!a.problem.empty())
         return s.fail(a.problem);
-    const auto threads = threadsOption(s, a);
+    const auto threads = s.threads(a);
     if (!threads)
         return Error;
     std::vector<routes::RouteEntry> found;
@@ -369,7 +357,7 @@ int cmdRouteProduct(Session& s) {
         return s.fail(a.problem);
     if (a.has("--del") && !a.has("--unused"))
         return s.fail("--del goes with --unused");
-    const auto threads = threadsOption(s, a);
+    const auto threads = s.threads(a);
     if (!threads)
         return Error;
     std::vector<routes::RouteEntry> found;

@@ -46,9 +46,13 @@ struct Session {
     bool requireRoot();
     // "velmora-cli: <command>: <text>" on standard error; returns Error.
     int fail(const std::string& text);
-    // For commands that take no words of their own (bar options): says what is wrong with `a`,
-    // else starts up and requires the root. False after saying why.
+    // For commands that take no words of their own (bar options): false after saying what is
+    // wrong with `a`.
+    bool noWords(const Arguments& a);
+    // noWords, then start-up with the root required. False after saying why.
     bool startWithout(const Arguments& a);
+    // --threads N (1 to 256), 0 when absent; nothing after saying what is wrong.
+    std::optional<int> threads(const Arguments& a);
 };
 
 using Handler = int (*)(Session&);

@@ -100,6 +100,18 @@ private:
     bool m_pendingRoot = false;
 };
 
+// A stored sFloat32 or sFloat64, widened to double.
+double floatAt(ValueType vt, const char* p) {
+    if (vt == ValueType::Float32) {
+        float f;
+        std::memcpy(&f, p, 4);
+        return f;
+    }
+    double d;
+    std::memcpy(&d, p, 8);
+    return d;
+}
+
 bool Decoder::strref(std::uint32_t& index) {
     std::uint16_t ref = 0;
     if (!raw(ref))
@@ -175,14 +187,7 @@ bool Decoder::scalar(std::string_view name, std::string_view type) {
     const char* p = m_in.data() + m_pos;
     m_pos += size;
     if (vt == ValueType::Float32 || vt == ValueType::Float64) {
-        double d = 0;
-        if (vt == ValueType::Float32) {
-            float f;
-            std::memcpy(&f, p, 4);
-            d = f;
-        } else {
-            std::memcpy(&d, p, 8);
-        }
+        const double d = floatAt(vt, p);
         m_out += " d:alt_encoding=\"";
         appendAltEncoding(m_out, d);
         m_out += "\" d:precision=\"string\">";
@@ -221,15 +226,7 @@ bool Decoder::array(std::string_view name, std::string_view type) {
         const char* p = m_in.data() + m_pos;
         m_pos += size;
         if (isFloat) {
-            double d = 0;
-            if (vt == ValueType::Float32) {
-                float f;
-                std::memcpy(&f, p, 4);
-                d = f;
-            } else {
-                std::memcpy(&d, p, 8);
-            }
-            appendFloatFixed7(m_out, d);
+            appendFloatFixed7(m_out, floatAt(vt, p));
         } else {
             appendInteger(m_out, vt, p);
         }

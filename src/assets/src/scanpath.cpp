@@ -160,6 +160,22 @@ bool cScanPath::matches(const fs::directory_entry& entry, const std::string& nam
     return true;
 }
 
+bool cScanPath::matchingEntries(const std::string& path, bool matchPatterns,
+                                std::vector<std::pair<bool, std::string>>& found) const {
+    found.clear();
+    int seen = 0;
+    for (const auto& entry : listFolder(path)) {
+        if (++seen % 10 == 0 && m_stop)
+            return false;
+        std::string name = entry.path().filename().string();
+        if (!matches(entry, name, matchPatterns))
+            continue;
+        std::error_code ec;
+        found.emplace_back(entry.is_directory(ec), std::move(name));
+    }
+    return true;
+}
+
 void cScanPath::StartScan(const fs::path& folder, bool recurse, bool sorted, bool matchPatterns, bool) {
     m_stop = false;
     m_dirs = 0;
@@ -169,18 +185,16 @@ void cScanPath::StartScan(const fs::path& folder, bool recurse, bool sorted, boo
         return;
     }
     std::deque<std::string> pending{withSeparator(folder.string())};
+    std::vector<std::pair<bool, std::string>> found;
     while (!pending.empty() && !m_stop) {
         const std::string path = pending.front();
         pending.pop_front();
-        int seen = 0;
-        for (const auto& entry : listFolder(path)) {
-            if (++seen % 10 == 0 && m_stop)
+        if (!matchingEntries(path, matchPatterns, found))
+            return;
+        for (const auto& [isDir, name] : found) {
+            if (m_stop)
                 return;
-            const std::string name = entry.path().filename().string();
-            if (!matches(entry, name, matchPatterns))
-                continue;
-            std::error_code ec;
-            if (entry.is_directory(ec)) {
+            if (isDir) {
                 if (!recurse)
                     continue;
                 pending.push_back(path + name + "/");
@@ -202,16 +216,8 @@ void cScanPath::walkSorted(const fs::path& folder, bool recurse, bool matchPatte
     const std::string path = folder.string();
     // Files first, then folders, each in name order.
     std::vector<std::pair<bool, std::string>> found;
-    int seen = 0;
-    for (const auto& entry : listFolder(path)) {
-        if (++seen % 10 == 0 && m_stop)
-            return;
-        const std::string name = entry.path().filename().string();
-        if (!matches(entry, name, matchPatterns))
-            continue;
-        std::error_code ec;
-        found.emplace_back(entry.is_directory(ec), name);
-    }
+    if (!matchingEntries(path, matchPatterns, found))
+        return;
     std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) {
         if (a.first != b.first)
             return !a.first;

@@ -45,4 +45,7 @@ Status decodeFile(const std::filesystem::path& in, const std::filesystem::path& 
 Status encodeFile(const std::filesystem::path& in, const std::filesystem::path& out,
                   const ReadOptions& options = {});
 
+// Appends the UTF-8 form of a code point (at most U+10FFFF).
+void appendUtf8(std::string& out, char32_t cp);
+
 } // namespace serz

@@ -63,6 +63,10 @@ public:
 private:
     bool matches(const fs::directory_entry& entry, const std::string& name, bool matchPatterns) const;
     void walkSorted(const fs::path& folder, bool recurse, bool matchPatterns);
+    // The entries of a folder that pass the filters: (is a folder, name) in listing order;
+    // false when the scan was stopped meanwhile.
+    bool matchingEntries(const std::string& path, bool matchPatterns,
+                         std::vector<std::pair<bool, std::string>>& found) const;
 
     std::string m_filter;
     std::atomic<bool> m_stop{false};
