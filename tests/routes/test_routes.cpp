@@ -582,3 +582,26 @@ TEST(PlacedItems, EachItemKeepsItsOwnPlaceAndTracksTakeTheirTileFromTheRibbon) {
     EXPECT_EQ(r.missing[1].row(), (rw / "Assets/P/Q/Track/Gone.bin").string() + "\t(Track Item) on tile Tracks.bin");
     fs::remove_all(dir);
 }
+
+TEST_F(DemoRoutes, GoingDeepAfterTheTilesGivesWhatOneDeepRunGives) {
+    const auto routes = listRoutes(*m_ctx);
+    for (const auto& r : routes) {
+        const auto scenarios = listScenarios(*m_ctx, r);
+        RouteCheckOptions o;
+        o.markArchives = o.markCase = true;
+        RouteCheck check(*m_ctx, r, scenarios);
+        RouteCheckResult stepwise = check.run(o);
+        EXPECT_FALSE(stepwise.deepDone);
+        ASSERT_TRUE(check.deepen(stepwise, o));
+        EXPECT_TRUE(check.deepen(stepwise, o)) << "a second call does nothing more";
+        o.deep = true;
+        const RouteCheckResult once = check.run(o);
+        EXPECT_TRUE(stepwise.deepDone);
+        EXPECT_EQ(stepwise.missingReport(), once.missingReport()) << r.name;
+        EXPECT_EQ(stepwise.texturesReport(), once.texturesReport()) << r.name;
+        EXPECT_EQ(stepwise.geoFiles, once.geoFiles);
+        EXPECT_EQ(stepwise.texturesUsed, once.texturesUsed);
+        EXPECT_EQ(stepwise.audioUsed, once.audioUsed);
+        EXPECT_EQ(stepwise.marksReport(), once.marksReport());
+    }
+}

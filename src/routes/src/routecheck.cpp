@@ -12,6 +12,7 @@
 #include "velmora/core/xmltext.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -40,12 +41,15 @@ std::string nameOf(const std::string& path) {
 
 struct Checker {
     AssetFiles files;
+    bool markCase = false; // collect the names found only under other letter case
 
     bool exists(const std::string& relative, fs::path* real = nullptr) const { return files.exists(relative, real); }
     std::string display(const std::string& relative) const { return files.display(relative); }
 
     // Notes `real` when it answered to `relative` only because letter case was ignored.
     void noteCase(const std::string& relative, const fs::path& real, std::vector<ItemMark>& marks) const {
+        if (!markCase)
+            return;
         const std::string named = display(relative);
         const std::string actual = real.string();
         if (named != actual && foldName(named) == foldName(actual))
@@ -317,18 +321,46 @@ std::string RouteCheckResult::marksReport() const {
     return out;
 }
 
+namespace {
+
+// The notes the options ask for, over what the check found so far; each item once.
+void addMarks(const Checker& c, AppContext& ctx, const RouteCheckOptions& options, RouteCheckResult& result) {
+    if (options.markArchives) {
+        result.inArchive.clear();
+        const ProductArchives archives(c.files.root(), ctx.resolver);
+        auto mark = [&](const std::string& shown) {
+            if (auto ap = archives.find(c.files.relative(shown)))
+                result.inArchive.push_back({shown, ap->string()});
+        };
+        for (const auto& m : result.missing)
+            mark(m.path);
+        for (const auto& line : result.missingFiles)
+            mark(line.substr(0, line.find(" Called by ")));
+    }
+    for (auto* marks : {&result.inArchive, &result.otherCase}) {
+        std::unordered_set<std::string> seen;
+        std::erase_if(*marks, [&](const ItemMark& m) { return !seen.insert(m.path).second; });
+    }
+}
+
+std::string routeProperties(AppContext& ctx, const RouteEntry& route) {
+    const auto file = ctx.resolver.resolve(route.path, "RouteProperties.xml");
+    return file ? ReadTextFile(*file) : std::string();
+}
+
+} // namespace
+
 RouteCheck::RouteCheck(AppContext& ctx, const RouteEntry& route, const std::vector<ScenarioEntry>& scenarios)
     : m_ctx(ctx), m_route(route), m_scenarios(scenarios) {}
 
 RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface* ui) {
     RouteCheckResult result;
     result.routeName = m_route.name;
-    const Checker c{AssetFiles(m_ctx)};
     m_ctx.resolver.invalidate();
+    const Checker c{AssetFiles(m_ctx), options.markCase};
 
     // The route's template.
-    const auto propertiesFile = m_ctx.resolver.resolve(m_route.path, "RouteProperties.xml");
-    const std::string properties = propertiesFile ? ReadTextFile(*propertiesFile) : std::string();
+    const std::string properties = routeProperties(m_ctx, m_route);
     if (const std::size_t at = find(properties, "<InfrastructureModified"); at > 0) {
         const Triple t = readTriple(properties, at);
         const std::string path = t.bin();
@@ -344,32 +376,6 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
                                           [&](std::size_t i) { return c.tile(jobs[i].file, jobs[i].label); });
     if (result.aborted)
         return result;
-    auto relativeOf = [&](const std::string& full) { return c.files.relative(full); };
-    // The notes of the options come last, over what the check found, so they cannot change it.
-    std::vector<ItemMark> otherCase;
-    auto finish = [&]() {
-        if (options.markArchives) {
-            const ProductArchives archives(c.files.root(), m_ctx.resolver);
-            auto mark = [&](const std::string& shown) {
-                if (auto ap = archives.find(relativeOf(shown)))
-                    result.inArchive.push_back({shown, ap->string()});
-            };
-            for (const auto& m : result.missing)
-                mark(m.path);
-            for (const auto& line : result.missingFiles)
-                mark(line.substr(0, line.find(" Called by ")));
-        }
-        if (options.markCase)
-            result.otherCase = std::move(otherCase);
-        for (auto* marks : {&result.inArchive, &result.otherCase}) {
-            std::vector<ItemMark> once;
-            for (auto& m : *marks)
-                if (std::none_of(once.begin(), once.end(), [&](const ItemMark& o) { return o.path == m.path; }))
-                    once.push_back(std::move(m));
-            *marks = std::move(once);
-        }
-        return std::move(result);
-    };
     std::vector<std::string> used;
     for (std::size_t i = 0; i < scans.size(); ++i) {
         const TileScan& s = scans[i];
@@ -378,7 +384,7 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
             if (!ref.found)
                 result.missing.push_back({c.display(ref.path), jobs[i].label, tileName});
             else
-                c.noteCase(ref.path, ref.real, otherCase);
+                c.noteCase(ref.path, ref.real, result.otherCase);
             if (ref.found || !ref.inTransfer)
                 used.push_back(c.display(ref.path));
         }
@@ -391,8 +397,16 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
     for (const auto& u : used)
         if (result.assetsUnique.empty() || result.assetsUnique.back() != u)
             result.assetsUnique.push_back(u);
-    if (!options.deep)
-        return finish();
+    addMarks(c, m_ctx, options, result);
+    if (options.deep)
+        deepen(result, options, ui);
+    return result;
+}
+
+bool RouteCheck::deepen(RouteCheckResult& result, const RouteCheckOptions& options, UserInterface* ui) {
+    if (result.aborted || result.deepDone)
+        return !result.aborted;
+    const Checker c{AssetFiles(m_ctx), options.markCase};
 
     // Down from the blueprints: audio ones to their sounds, the others to their shapes.
     struct BlueprintScan {
@@ -402,7 +416,7 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
     const auto blueprints = parallelMap<BlueprintScan>(
         result.assetsUnique.size(), options.threads, ui, "Blueprints", result.aborted, [&](std::size_t i) {
             BlueprintScan b;
-            const std::string rel = relativeOf(result.assetsUnique[i]);
+            const std::string rel = c.files.relative(result.assetsUnique[i]);
             if (find(rel, "\\Audio\\"))
                 b.audio = c.audio(rel);
             else
@@ -410,33 +424,35 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
             return b;
         });
     if (result.aborted)
-        return result;
+        return false;
     result.blueprintsRead = blueprints.size();
     std::vector<std::string> geo;
+    std::unordered_set<std::string> seenGeo;
+    auto take = [&](const Checker::Found& f, std::vector<std::string>& usedInto) {
+        usedInto.insert(usedInto.end(), f.used.begin(), f.used.end());
+        result.missingFiles.insert(result.missingFiles.end(), f.missing.begin(), f.missing.end());
+        result.otherCase.insert(result.otherCase.end(), f.otherCase.begin(), f.otherCase.end());
+    };
     for (const auto& b : blueprints) {
         for (const auto& g : b.geo)
-            if (std::find(geo.begin(), geo.end(), g) == geo.end())
+            if (seenGeo.insert(g).second)
                 geo.push_back(g);
-        result.audioUsed.insert(result.audioUsed.end(), b.audio.used.begin(), b.audio.used.end());
-        result.missingFiles.insert(result.missingFiles.end(), b.audio.missing.begin(), b.audio.missing.end());
-        otherCase.insert(otherCase.end(), b.audio.otherCase.begin(), b.audio.otherCase.end());
+        take(b.audio, result.audioUsed);
     }
     for (const auto& g : geo) {
         result.geoFiles.push_back(c.display(g));
         if (fs::path real; options.markCase && c.exists(g, &real))
-            c.noteCase(g, real, otherCase);
+            c.noteCase(g, real, result.otherCase);
     }
     const auto found = parallelMap<Checker::Found>(geo.size(), options.threads, ui, "Textures", result.aborted,
                                                 [&](std::size_t i) { return c.textures(geo[i]); });
     if (result.aborted)
-        return result;
-    for (const auto& f : found) {
-        result.texturesUsed.insert(result.texturesUsed.end(), f.used.begin(), f.used.end());
-        result.missingFiles.insert(result.missingFiles.end(), f.missing.begin(), f.missing.end());
-        otherCase.insert(otherCase.end(), f.otherCase.begin(), f.otherCase.end());
-    }
+        return false;
+    for (const auto& f : found)
+        take(f, result.texturesUsed);
 
     // The terrain's textures: plain, or _A to _H when the _A form exists.
+    const std::string properties = routeProperties(m_ctx, m_route);
     if (const std::size_t at = find(properties, "<TerrainBlueprint>"); at > 0) {
         const Triple t = readTriple(properties, at);
         fs::path terrain;
@@ -464,15 +480,14 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
                     }
                 }
             }
-            result.texturesUsed.insert(result.texturesUsed.end(), f.used.begin(), f.used.end());
-            result.missingFiles.insert(result.missingFiles.end(), f.missing.begin(), f.missing.end());
-            otherCase.insert(otherCase.end(), f.otherCase.begin(), f.otherCase.end());
+            take(f, result.texturesUsed);
         }
     }
     SortStrings(result.texturesUsed, 0, static_cast<std::ptrdiff_t>(result.texturesUsed.size()) - 1);
     result.texturesUsed.erase(std::unique(result.texturesUsed.begin(), result.texturesUsed.end()), result.texturesUsed.end());
     result.deepDone = true;
-    return finish();
+    addMarks(c, m_ctx, options, result);
+    return true;
 }
 
 std::vector<fs::path> saveRouteReports(AppContext& ctx, const RouteCheckResult& r) {

@@ -195,9 +195,8 @@ void frmDelRoute::Command4_Click() {
         showMarks();
         return;
     }
-    options.deep = true;
-    m_check = check.run(options, &m_work);
-    if (m_check.aborted)
+    // The deep stage goes on from the tiles already read.
+    if (!check.deepen(m_check, options, &m_work))
         return;
     routes::saveRouteReports(m_ctx, m_check);
     showList(ReportKind::GeoFiles, tr("Following geometric item(s) were used by this route:-"), m_check.geoFiles,

@@ -69,7 +69,11 @@ struct RouteCheckResult {
 class RouteCheck {
 public:
     RouteCheck(AppContext& ctx, const RouteEntry& route, const std::vector<ScenarioEntry>& scenarios);
+    // The template and the tiles; with `options.deep` the deep stage too.
     RouteCheckResult run(const RouteCheckOptions& options, UserInterface* ui = nullptr);
+    // The deep stage on the result of a run without it: the tiles are not read again. False when
+    // stopped by Abort (the result then says `aborted`).
+    bool deepen(RouteCheckResult& result, const RouteCheckOptions& options, UserInterface* ui = nullptr);
 
 private:
     AppContext& m_ctx;
