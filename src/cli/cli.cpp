@@ -29,7 +29,7 @@ Global options:
 
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
-    for (auto&& group : {editorCommands(), assetCommands(), routeCommands()})
+    for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }
@@ -86,22 +86,6 @@ std::optional<long long> parseNumber(const std::string& s) {
         return std::nullopt;
     return v;
 }
-
-namespace {
-bool validUtf8(const std::string& s) {
-    for (std::size_t i = 0; i < s.size();) {
-        const auto c = static_cast<unsigned char>(s[i]);
-        const std::size_t n = c < 0x80 ? 1 : (c >> 5) == 6 ? 2 : (c >> 4) == 14 ? 3 : (c >> 3) == 30 ? 4 : 0;
-        if (n == 0 || i + n > s.size())
-            return false;
-        for (std::size_t k = 1; k < n; ++k)
-            if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80)
-                return false;
-        i += n;
-    }
-    return true;
-}
-} // namespace
 
 // Paths from the file system are UTF-8 already; repaired names are Windows-1252.
 std::string shown(const std::string& text) { return validUtf8(text) ? text : latin1ToUtf8(text); }
@@ -242,6 +226,10 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     }
     try {
         Session session(g, out, err);
+        std::string line = g.command;
+        for (const std::string& word : g.rest)
+            line += word.find_first_of(" \t\"") == std::string::npos ? " " + word : " \"" + word + "\"";
+        JournalCommand journalled(command->journal ? &session.ctx.journal() : nullptr, line);
         int code = command->handler(session);
         if (code == Success && session.ui.unanswered()) {
             for (const auto& q : session.ui.unansweredQuestions())

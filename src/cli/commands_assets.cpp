@@ -113,9 +113,9 @@ int cmdAssetsList(Session& s) {
     if (auto out = a.value("--out")) {
         std::string error;
         if (iendsWith(*out, ".json")) {
-            if (!WriteTextFile(*out, rowsAsJson(result->rows)))
-                return s.fail(*out + ": the list cannot be written");
-        } else if (!assets::saveAssetList(*out, assets::listFormOf(*out), result->rows, &error)) {
+            if (const WriteResult written = s.ctx.files().write(*out, rowsAsJson(result->rows)); !written)
+                return s.fail(written.message);
+        } else if (!assets::saveAssetList(s.ctx.files(), *out, assets::listFormOf(*out), result->rows, &error)) {
             return s.fail(error);
         }
         if (!s.g.quiet)
@@ -142,7 +142,7 @@ int cmdAssetsIndex(Session& s) {
     if (!result)
         return Error;
     std::string error;
-    if (!assets::saveStockIndex(s.ctx.reports(), result->rows, &error))
+    if (!assets::saveStockIndex(s.ctx.files(), s.ctx.reports(), result->rows, &error))
         return s.fail(error);
     if (!s.g.quiet)
         s.out << "Wrote " << result->rows.size() << " rows of rolling stock to "

@@ -40,8 +40,8 @@ int cmdOpen(Session& s) {
         s.out << xml;
         return Success;
     }
-    if (!WriteTextFile(*out, xml))
-        return s.fail(*out + ": the XML cannot be written");
+    if (const WriteResult written = s.ctx.files().write(*out, xml); !written)
+        return s.fail(written.message);
     if (!s.g.quiet)
         s.out << "Wrote the XML of " << file.string() << " to " << *out << '\n';
     return Success;
@@ -70,7 +70,7 @@ int cmdSave(Session& s) {
         return s.fail(s.ctx.tempFiles().string() + ": the scratch folder cannot be made");
     doc.tempBase = s.ctx.tempFiles() / doc.nameWithDot;
 
-    const SaveResult saved = saveBinaryDocument(doc, xml, [&](const std::string& step) {
+    const SaveResult saved = saveBinaryDocument(s.ctx.files(), doc, xml, [&](const std::string& step) {
         if (!s.g.quiet)
             s.out << step << '\n';
     });

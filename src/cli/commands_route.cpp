@@ -114,26 +114,32 @@ int cmdRouteCheck(Session& s) {
     if (r.aborted)
         return s.fail("stopped");
 
+    // A report that cannot be written ends the command with an error, never with "Wrote".
+    const routes::ReportFiles reports = routes::saveRouteReports(s.ctx, r);
+    bool failed = !reports.ok();
+    for (const std::string& error : reports.errors)
+        s.fail(error);
     if (auto out = a.value("--out")) {
-        // The reports go where the user asked, as the screen saves them under Reports.
-        AppContext& ctx = s.ctx;
-        for (const auto& file : routes::saveRouteReports(ctx, r)) {
-            const fs::path target = fs::path(*out) / file.filename();
-            MakePath(*out);
-            std::error_code ec;
-            fs::copy_file(file, target, fs::copy_options::overwrite_existing, ec);
-            if (!s.g.quiet)
-                s.out << "Wrote " << target.string() << '\n';
-        }
+        // The reports go where the user asked too, as the screen saves them under Reports.
+        auto put = [&](const WriteResult& written) {
+            if (!written) {
+                failed = true;
+                s.fail(written.message);
+            } else if (!s.g.quiet) {
+                s.out << "Wrote " << written.target.string() << '\n';
+            }
+        };
+        for (const auto& file : reports.written)
+            put(s.ctx.files().copy(file, fs::path(*out) / file.filename()));
         std::string summary = r.missingReport();
         if (r.deepDone)
             summary += "\r\n" + r.texturesReport();
         if (const std::string marks = r.marksReport(); !marks.empty())
             summary += "\r\n" + marks;
-        WriteTextFile(fs::path(*out) / (route->name + "_Report.txt"), summary);
-    } else {
-        routes::saveRouteReports(s.ctx, r);
+        put(s.ctx.files().write(fs::path(*out) / (route->name + "_Report.txt"), summary));
     }
+    if (failed)
+        return Error;
 
     if (a.has("--json")) {
         std::vector<std::string> missing;

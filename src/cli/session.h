@@ -62,6 +62,9 @@ struct Command {
     const char* synopsis; // arguments, as shown in the usage text
     const char* summary;
     Handler handler;
+    // Whatever the command writes is one journal entry, named by its command line. The journal's
+    // own commands keep their entries themselves.
+    bool journal = true;
 };
 
 // The commands of each subsystem; run() puts them together.
@@ -69,6 +72,7 @@ std::vector<Command> basicCommands();
 std::vector<Command> editorCommands();
 std::vector<Command> assetCommands();
 std::vector<Command> routeCommands();
+std::vector<Command> historyCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

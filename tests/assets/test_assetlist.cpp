@@ -1,3 +1,4 @@
+#include "velmora/core/filewrite.h"
 #include "velmora/assets/assetlist.h"
 #include "velmora/core/services.h"
 #include "velmora/demo/demoinstall.h"
@@ -117,9 +118,10 @@ TEST(AssetListFiles, SavedInThreeFormsAndReadBack) {
                                          "EngineBlueprint", "1"},
                                         {"Kuju", "Core", "x.bin", "M\xFChle", "No", "", "", "2"},
                                         {"AP", "Wagons, vol. 2", "\"Q\" stock.bin", "HTA, \"coal\"", "", "", "", "3"}};
+    velmora::WriteService files;
     for (const char* name : {"list.csv", "list.TXT", "list.tab", "list.xls"}) {
         const fs::path file = dir / name;
-        ASSERT_TRUE(saveAssetList(file, listFormOf(file), rows)) << name;
+        ASSERT_TRUE(saveAssetList(files, file, listFormOf(file), rows)) << name;
         std::vector<AssetRow> back;
         ASSERT_TRUE(loadAssetList(file, listFormOf(file), back)) << name;
         ASSERT_EQ(back.size(), rows.size()) << name;
@@ -132,13 +134,13 @@ TEST(AssetListFiles, SavedInThreeFormsAndReadBack) {
     EXPECT_NE(velmora::ReadTextFile(dir / "list.csv").find("DTG,Class66,RailVehicles\\a.bin,Class 66 & co,"), std::string::npos);
     EXPECT_EQ(listFormOf("x.doc"), ListForm::Unknown);
     std::string error;
-    EXPECT_FALSE(saveAssetList(dir / "x.doc", ListForm::Unknown, rows, &error));
+    EXPECT_FALSE(saveAssetList(files, dir / "x.doc", ListForm::Unknown, rows, &error));
     EXPECT_NE(error.find("x.doc"), std::string::npos);
 
     // The stock index keeps the old one as a numbered backup; an empty grid still gives a header.
-    ASSERT_TRUE(saveStockIndex(dir / "Reports", rows));
-    ASSERT_TRUE(saveStockIndex(dir / "Reports", {}));
-    ASSERT_TRUE(saveStockIndex(dir / "Reports", {}));
+    ASSERT_TRUE(saveStockIndex(files, dir / "Reports", rows));
+    ASSERT_TRUE(saveStockIndex(files, dir / "Reports", {}));
+    ASSERT_TRUE(saveStockIndex(files, dir / "Reports", {}));
     EXPECT_TRUE(fs::exists(dir / "Reports/Index.csv.bak"));
     EXPECT_TRUE(fs::exists(dir / "Reports/Index.csv.bak1"));
     std::ifstream in(dir / "Reports/Index.csv");

@@ -2,6 +2,7 @@
 
 #include "tempdir.h"
 #include "velmora/core/document.h"
+#include "velmora/core/filewrite.h"
 #include "velmora/core/services.h"
 
 #include "serz/serz.h"
@@ -43,6 +44,7 @@ TEST(EditorDocument, NamesSplitAtTheLastDot) {
 
 TEST(EditorDocument, AnotherExtensionGoesThroughTheScratchBin) {
     TempDir dir;
+    WriteService files;
     dir.write("rw/Shape.XSec", binary(kXml));
     EditorDocument doc;
     std::string xml;
@@ -52,7 +54,7 @@ TEST(EditorDocument, AnotherExtensionGoesThroughTheScratchBin) {
     EXPECT_TRUE(FileExists(dir / "temp/Shape.xml"));
 
     std::vector<std::string> steps;
-    const SaveResult r = saveBinaryDocument(doc, edited(xml), [&](const std::string& s) { steps.push_back(s); });
+    const SaveResult r = saveBinaryDocument(files, doc, edited(xml), [&](const std::string& s) { steps.push_back(s); });
     ASSERT_TRUE(r.ok) << r.message;
     EXPECT_EQ(r.backup, dir / "rw/Shape.XSec.bak");
     EXPECT_EQ(ReadTextFile(dir / "rw/Shape.XSec"), binary(edited(kXml)));
@@ -66,11 +68,12 @@ TEST(EditorDocument, AnotherExtensionGoesThroughTheScratchBin) {
 
 TEST(EditorDocument, SaveAsLeavesTheOriginalAlone) {
     TempDir dir;
+    WriteService files;
     dir.write("rw/Thing.bin", binary(kXml));
     EditorDocument doc;
     std::string xml;
     ASSERT_TRUE(openBinaryDocument(dir / "rw/Thing.bin", dir / "temp", doc, xml));
-    const SaveResult r = saveBinaryDocumentAs(doc, edited(xml), dir / "temp/Copy.of.xml");
+    const SaveResult r = saveBinaryDocumentAs(files, doc, edited(xml), dir / "temp/Copy.of.xml");
     ASSERT_TRUE(r.ok) << r.message;
     EXPECT_EQ(r.written, dir / "temp/Copy.bin") << "the name up to its first dot is the base";
     EXPECT_EQ(ReadTextFile(dir / "rw/Thing.bin"), binary(kXml));
@@ -79,11 +82,12 @@ TEST(EditorDocument, SaveAsLeavesTheOriginalAlone) {
 
 TEST(EditorDocument, RefusedTextAndMissingFilesChangeNothing) {
     TempDir dir;
+    WriteService files;
     dir.write("rw/Thing.bin", binary(kXml));
     EditorDocument doc;
     std::string xml;
     ASSERT_TRUE(openBinaryDocument(dir / "rw/Thing.bin", dir / "temp", doc, xml));
-    const SaveResult r = saveBinaryDocument(doc, "<cThing><Name d:type=\"sInt32\">x</Name></cThing>");
+    const SaveResult r = saveBinaryDocument(files, doc, "<cThing><Name d:type=\"sInt32\">x</Name></cThing>");
     EXPECT_FALSE(r.ok);
     EXPECT_EQ(r.message.rfind(recompressFailedMessage(), 0), 0u);
     EXPECT_EQ(ReadTextFile(dir / "rw/Thing.bin"), binary(kXml));
@@ -96,5 +100,5 @@ TEST(EditorDocument, RefusedTextAndMissingFilesChangeNothing) {
 
     // An XML document is never saved through the codec.
     ASSERT_TRUE(openXmlDocument(dir / "temp/Thing.xml", dir / "temp2", doc, xml));
-    EXPECT_FALSE(saveBinaryDocument(doc, xml).ok);
+    EXPECT_FALSE(saveBinaryDocument(files, doc, xml).ok);
 }

@@ -10,54 +10,6 @@ using namespace velmora;
 using velmora::test::TempDir;
 namespace fs = std::filesystem;
 
-TEST(Backup, TakesTheFirstFreeNameOfTheSeries) {
-    TempDir dir;
-    auto doc = dir / "Bogie.bin";
-    dir.write("Bogie.bin.bak3", "old3");
-    std::vector<std::string> taken;
-    for (int round = 0; round < 4; ++round) {
-        dir.write("Bogie.bin", "v" + std::to_string(round));
-        auto r = SerzBackup(doc);
-        ASSERT_EQ(r.outcome, BackupResult::Outcome::Renamed);
-        taken.push_back(r.backup.filename().string());
-        EXPECT_FALSE(fs::exists(doc));
-    }
-    EXPECT_EQ(taken, (std::vector<std::string>{"Bogie.bin.bak", "Bogie.bin.bak1", "Bogie.bin.bak2", "Bogie.bin.bak4"}));
-    EXPECT_EQ(test::slurp(dir / "Bogie.bin.bak3"), "old3");
-    EXPECT_EQ(test::slurp(dir / "Bogie.bin.bak2"), "v2");
-}
-
-TEST(Backup, AllFiftyOneNamesTakenMeansNoBackupAndAnOverwrite) {
-    TempDir dir;
-    dir.write("T.bin.bak", "b");
-    for (int n = 1; n <= 50; ++n)
-        dir.write("T.bin.bak" + std::to_string(n), "b" + std::to_string(n));
-    dir.write("T.bin", "original");
-    auto r = SerzBackup(dir / "T.bin");
-    EXPECT_EQ(r.outcome, BackupResult::Outcome::AllTaken);
-    EXPECT_EQ(test::slurp(dir / "T.bin"), "original");
-    EXPECT_FALSE(fs::exists(dir / "T.bin.bak51"));
-
-    dir.write("new.bin", "replacement");
-    EXPECT_EQ(replaceWithBackup(dir / "new.bin", dir / "T.bin"), "");
-    EXPECT_EQ(test::slurp(dir / "T.bin"), "replacement");
-    EXPECT_EQ(test::slurp(dir / "T.bin.bak50"), "b50");
-}
-
-TEST(Backup, ReplaceKeepsTheOriginalWhenTheNewFileIsEmpty) {
-    TempDir dir;
-    dir.write("Doc.bin", "original");
-    dir.write("empty.bin", "");
-    EXPECT_NE(replaceWithBackup(dir / "empty.bin", dir / "Doc.bin"), "");
-    EXPECT_EQ(test::slurp(dir / "Doc.bin"), "original");
-    EXPECT_FALSE(fs::exists(dir / "Doc.bin.bak"));
-
-    dir.write("new.bin", "new");
-    EXPECT_EQ(replaceWithBackup(dir / "new.bin", dir / "Doc.bin"), "");
-    EXPECT_EQ(test::slurp(dir / "Doc.bin"), "new");
-    EXPECT_EQ(test::slurp(dir / "Doc.bin.bak"), "original");
-}
-
 TEST(Files, ExistenceChecks) {
     TempDir dir;
     dir.write("a/file.txt", "x");
@@ -103,13 +55,6 @@ TEST(Files, TreesAndPaths) {
     dir.write("x/y/z/f.txt", "1");
     dir.write("x/top.txt", "2");
     fs::permissions(dir / "x/top.txt", fs::perms::owner_write, fs::perm_options::remove);
-    EXPECT_TRUE(CopyTree(dir / "x", dir / "copy", false));
-    EXPECT_EQ(test::slurp(dir / "copy/y/z/f.txt"), "1");
-    dir.write("x/y/z/f.txt", "changed");
-    CopyTree(dir / "x", dir / "copy", false);
-    EXPECT_EQ(test::slurp(dir / "copy/y/z/f.txt"), "1");
-    CopyTree(dir / "x", dir / "copy", true);
-    EXPECT_EQ(test::slurp(dir / "copy/y/z/f.txt"), "changed");
     DeleteTree(dir / "x");
     EXPECT_FALSE(fs::exists(dir / "x"));
     DeleteTree(dir / "never-there");

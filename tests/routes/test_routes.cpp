@@ -174,7 +174,8 @@ TEST_F(DemoRoutes, TheSameReportsOnOneThreadAndOnMany) {
 TEST_F(DemoRoutes, ReportsAreSavedUnderReports) {
     const RouteCheckResult r = check("51d9cc16-dbd0-b4e6-89be-9dffe0e4d6fb", true);
     const auto files = saveRouteReports(*m_ctx, r);
-    EXPECT_EQ(files.size(), 5u);
+    EXPECT_EQ(files.written.size(), 5u);
+    EXPECT_TRUE(files.ok());
     EXPECT_TRUE(fs::exists(m_ctx->reports() / "Demo Valley Line_Assets.csv"));
     EXPECT_TRUE(fs::exists(m_ctx->reports() / "Demo Valley Line_Textures.csv"));
     const std::string missing = ReadTextFile(m_ctx->reports() / "MissingAssets.csv");

@@ -1,5 +1,6 @@
 #include "velmora/assets/assetgrid.h"
 
+#include "velmora/core/filewrite.h"
 #include "velmora/core/services.h"
 
 #include <algorithm>
@@ -144,7 +145,8 @@ ListForm listFormOf(const fs::path& file) {
     return ListForm::Unknown;
 }
 
-bool saveAssetList(const fs::path& file, ListForm form, const std::vector<AssetRow>& rows, std::string* error) {
+bool saveAssetList(WriteService& files, const fs::path& file, ListForm form, const std::vector<AssetRow>& rows,
+                   std::string* error) {
     std::string text;
     if (form == ListForm::Spreadsheet) {
         text = spreadsheet(rows);
@@ -158,9 +160,9 @@ bool saveAssetList(const fs::path& file, ListForm form, const std::vector<AssetR
             *error = file.string() + ": a list is saved as .csv, .txt, .tab or .xls";
         return false;
     }
-    if (!WriteTextFile(file, text)) {
+    if (const WriteResult written = files.write(file, text); !written) {
         if (error)
-            *error = file.string() + ": the list cannot be written";
+            *error = written.message;
         return false;
     }
     return true;
@@ -194,20 +196,10 @@ bool loadAssetList(const fs::path& file, ListForm form, std::vector<AssetRow>& r
     return true;
 }
 
-bool saveStockIndex(const fs::path& reportsFolder, const std::vector<AssetRow>& rows, std::string* error) {
-    if (!MakePath(reportsFolder)) {
-        if (error)
-            *error = reportsFolder.string() + ": the folder cannot be made";
-        return false;
-    }
-    const fs::path index = reportsFolder / "Index.csv";
-    const BackupResult backup = SerzBackup(index);
-    if (backup.outcome == BackupResult::Outcome::Failed) {
-        if (error)
-            *error = index.string() + ": the old index cannot be renamed: " + backup.error;
-        return false;
-    }
-    return saveAssetList(index, ListForm::Csv, rows, error);
+bool saveStockIndex(WriteService& files, const fs::path& reportsFolder, const std::vector<AssetRow>& rows,
+                    std::string* error) {
+    // The old index is kept as its numbered backup once the new one is complete.
+    return saveAssetList(files, reportsFolder / "Index.csv", ListForm::Csv, rows, error);
 }
 
 } // namespace velmora::assets

@@ -578,14 +578,8 @@ std::vector<std::string> AssetChecks::useInScenarios(std::vector<AssetRow>& rows
                                "\nThis is a limitation of Serz.exe and out of my control.");
             continue;
         }
-        const fs::path scratch = m_ctx.tempFiles() / file.filename();
-        MakePath(m_ctx.tempFiles());
-        if (!WriteTextFile(scratch, bin)) {
-            problems.push_back(scratch.string() + ": cannot be written");
-            continue;
-        }
-        if (const std::string failed = replaceWithBackup(scratch, file); !failed.empty()) {
-            problems.push_back(failed);
+        if (const WriteResult stored = m_ctx.files().write(file, bin); !stored) {
+            problems.push_back(stored.message);
             continue;
         }
         bool pakExists = false;
@@ -646,12 +640,14 @@ std::string AssetChecks::packageMissingAssets(int* copied) {
         const fs::path inside = target.lexically_relative(package);
         if (inside.empty() || *inside.begin() == "..")
             return;
-        MakePath(target.parent_path());
-        std::error_code ec;
-        if (fs::copy_file(from, target, fs::copy_options::overwrite_existing, ec))
+        // The package is the program's own output: a file copied again replaces the last copy.
+        WriteOptions replaceCopy;
+        replaceCopy.backup = Backup::None;
+        replaceCopy.refuseReadOnly = false;
+        if (const WriteResult done = m_ctx.files().copy(from, target, replaceCopy))
             ++count;
         else
-            m_ctx.log().log("frmAssets", "Command21_Click", err::FileNotFound, from.string() + ": " + ec.message());
+            m_ctx.log().log("frmAssets", "Command21_Click", err::FileNotFound, done.message);
     };
     for (const std::string& line : SplitLines(ReadTextFile(list))) {
         if (line == "+++")

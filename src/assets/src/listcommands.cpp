@@ -225,19 +225,10 @@ StoreResult storeBlueprint(AppContext& ctx, const fs::path& source, const std::s
             r.message += "\n" + converted.message;
         return r;
     }
-    if (!MakePath(ctx.tempFiles())) {
-        r.message = ctx.tempFiles().string() + ": the scratch folder cannot be made";
-        return r;
-    }
-    const fs::path scratch = ctx.tempFiles() / (fileName + ".bin");
-    if (!WriteTextFile(scratch, bin)) {
-        r.message = scratch.string() + ": cannot be written";
-        return r;
-    }
     // An existing file of the new name is kept as a numbered backup, never just overwritten.
     const fs::path target = source.parent_path() / (fileName + ".bin");
-    if (const std::string failed = replaceWithBackup(scratch, target); !failed.empty()) {
-        r.message = failed;
+    if (const WriteResult stored = ctx.files().write(target, bin); !stored) {
+        r.message = stored.message;
         return r;
     }
     // The simulator rebuilds its cache of the product's blueprints when the cache is gone.
@@ -271,11 +262,11 @@ std::string addLocoInformation(AppContext& ctx, const AssetRow& row,
     const fs::path png = ctx.appPath() / "Thumbnails" / (row.name + ".png");
     if (!toPng(thumbnail, png))
         return thumbnail.string() + ": the picture cannot be converted to .png";
-    const std::string failed = replaceWithBackup(png, folder / "image.png");
+    const WriteResult stored = ctx.files().copy(png, folder / "image.png");
     std::error_code ec;
     fs::remove(png, ec);
     ctx.resolver.invalidate();
-    return failed;
+    return stored ? std::string() : stored.message;
 }
 
 std::vector<AssetDetail> searchAssetDetails(const fs::path& assetsFolder, std::string fileName,

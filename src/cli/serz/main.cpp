@@ -6,7 +6,7 @@
 // Options: --lf / --crlf (line ends of the XML), --exp2 / --exp3 (exponent digits),
 //          --compatible (floats from the text only, as the converter reads them).
 
-#include "serz/serz.h"
+#include "velmora/core/convert.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -90,13 +90,10 @@ int main(int argc, char** argv) {
         out = t.substr(colon + 1);
     }
     std::printf("Converting %s to %s...\n", in.c_str(), out.string().c_str());
-    const serz::Status s = toXml ? serz::decodeFile(in, out, write) : serz::encodeFile(in, out, read);
-    if (!s.ok) {
-        // File errors already name the file; codec errors name the byte or the line.
-        if (s.message.rfind(in, 0) == 0)
-            std::printf("%s\n", s.message.c_str());
-        else
-            std::printf("%s: %s\n", in.c_str(), s.message.c_str());
+    const velmora::ConvertResult r = toXml ? velmora::decodeFileTo(in, out, write) : velmora::encodeFileTo(in, out, read);
+    if (!r.ok) {
+        // Every message names the file, and the byte or the line where the codec stopped.
+        std::printf("%s\n", r.message.c_str());
         return 1;
     }
     std::printf("Conversion complete\n");

@@ -23,13 +23,15 @@ OpenAction dispatchByPathEnd(std::string_view path) {
 }
 
 AppContext::AppContext(fs::path appPath, fs::path dataPath, UserInterface& ui)
-    : m_appPath(std::move(appPath)), m_dataPath(std::move(dataPath)), m_ui(&ui), m_log(m_appPath, &ui) {
+    : m_appPath(std::move(appPath)), m_dataPath(std::move(dataPath)), m_ui(&ui), m_log(m_appPath, &ui),
+      m_journal(m_appPath / "Journal.jsonl"), m_files(&ui, &m_journal) {
     lang.setErrorLog(&m_log);
 }
 
 void AppContext::setUserInterface(UserInterface& ui) {
     m_ui = &ui;
     m_log.setUserInterface(&ui);
+    m_files.setUserInterface(&ui);
 }
 
 fs::path AppContext::railWorks() const {
@@ -66,13 +68,15 @@ void copyConverterFiles(AppContext& ctx) {
     for (const char* f : files)
         if (!ctx.resolver.exists(root, f))
             return;
-    std::error_code ec;
-    fs::remove(ctx.appPath() / "serz.exe", ec);
+    // The program's own working copies: replaced whole, not journalled.
+    WriteOptions own;
+    own.backup = Backup::None;
+    own.journal = false;
+    own.refuseReadOnly = false;
     for (const char* f : files) {
-        fs::copy_file(*ctx.resolver.resolve(root, f), ctx.appPath() / f, fs::copy_options::overwrite_existing, ec);
-        if (ec)
-            ctx.log().log("frmEditor", "Form_Load", err::PermissionDenied,
-                          std::string("Cannot copy ") + f + " from " + root.string() + ": " + ec.message());
+        const WriteResult copied = ctx.files().copy(*ctx.resolver.resolve(root, f), ctx.appPath() / f, own);
+        if (!copied)
+            ctx.log().log("frmEditor", "Form_Load", err::PermissionDenied, copied.message);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "velmora/core/convert.h"
 
 #include "serz/serz.h"
+#include "velmora/core/filewrite.h"
 #include "velmora/core/services.h"
 
 #include <system_error>
@@ -28,19 +29,39 @@ bool conversionSucceeded(const fs::path& output) {
     return !ec && size > 0;
 }
 
-ConvertResult SerzToXml(const fs::path& source, const fs::path& xmlOut) {
-    auto result = fromStatus(serz::decodeFile(source, xmlOut), source);
-    if (!result.ok)
-        dropOutput(xmlOut);
-    return result;
+namespace {
+// Reads the whole input, converts it in memory and writes the output through the write service,
+// so a failed conversion leaves no output and never half of one.
+template <typename Convert>
+ConvertResult convertFile(const fs::path& in, const fs::path& out, Convert convert) {
+    dropOutput(out);
+    std::string input;
+    std::error_code ec;
+    if (!fs::is_regular_file(in, ec) || !FileExists(in))
+        return {false, in.string() + ": the file does not exist or cannot be read"};
+    input = ReadTextFile(in);
+    std::string output;
+    ConvertResult r = fromStatus(convert(input, output), in);
+    if (!r.ok)
+        return r;
+    const WriteResult written = writeFileSafely(out, output, Backup::None);
+    if (!written)
+        return {false, written.message};
+    return r;
+}
+} // namespace
+
+ConvertResult decodeFileTo(const fs::path& source, const fs::path& xmlOut, const serz::WriteOptions& options) {
+    return convertFile(source, xmlOut, [&](const std::string& i, std::string& o) { return serz::decode(i, o, options); });
 }
 
-ConvertResult SerzToBin(const fs::path& xmlIn, const fs::path& binOut) {
-    auto result = fromStatus(serz::encodeFile(xmlIn, binOut), xmlIn);
-    if (!result.ok)
-        dropOutput(binOut);
-    return result;
+ConvertResult encodeFileTo(const fs::path& xmlIn, const fs::path& binOut, const serz::ReadOptions& options) {
+    return convertFile(xmlIn, binOut, [&](const std::string& i, std::string& o) { return serz::encode(i, o, options); });
 }
+
+ConvertResult SerzToXml(const fs::path& source, const fs::path& xmlOut) { return decodeFileTo(source, xmlOut); }
+
+ConvertResult SerzToBin(const fs::path& xmlIn, const fs::path& binOut) { return encodeFileTo(xmlIn, binOut); }
 
 ConvertResult binToXmlText(const fs::path& source, std::string& xml) {
     std::string bin = ReadTextFile(source);

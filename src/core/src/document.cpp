@@ -1,5 +1,6 @@
 #include "velmora/core/document.h"
 
+#include "velmora/core/filewrite.h"
 #include "velmora/core/services.h"
 
 #include <chrono>
@@ -30,12 +31,19 @@ bool prepare(const fs::path& file, const fs::path& tempFolder, EditorDocument& d
     return true;
 }
 
+// The scratch copy of a document; a document opened from the scratch folder is its own copy.
 bool copyOver(const fs::path& from, const fs::path& to, std::string& message) {
     std::error_code ec;
-    fs::copy_file(from, to, fs::copy_options::overwrite_existing, ec);
-    if (ec)
-        message = "Cannot copy " + from.string() + " to " + to.string() + ": " + ec.message();
-    return !ec;
+    if (fs::equivalent(from, to, ec))
+        return true;
+    WriteOptions scratch;
+    scratch.backup = Backup::None;
+    scratch.journal = false;
+    scratch.refuseReadOnly = false;
+    const WriteResult copied = WriteService().copy(from, to, scratch);
+    if (!copied)
+        message = copied.message;
+    return copied.ok;
 }
 
 std::string nowText() {
@@ -50,7 +58,8 @@ std::string nowText() {
 // Steps 1 to 4 of a save: the text to base + "xml", converted to base + "bin", renamed to
 // base + extension when the document has another extension. False with a message when the
 // codec refused the text; the document on disk has not been touched.
-bool convertBack(const fs::path& base, const std::string& extension, std::string_view xml, SaveResult& r) {
+bool convertBack(const fs::path& base, const std::string& extension, std::string_view xml, SaveResult& r,
+                 std::string& bin) {
     const fs::path tempXml(base.string() + "xml");
     const fs::path tempBin(base.string() + "bin");
     removeIfPresent(tempXml);
@@ -59,25 +68,16 @@ bool convertBack(const fs::path& base, const std::string& extension, std::string
         return false;
     }
     removeIfPresent(tempBin);
-    const ConvertResult converted = SerzToBin(tempXml, tempBin);
-    if (!conversionSucceeded(tempBin)) {
+    const ConvertResult converted = xmlTextToBin(xml, bin, tempXml.string());
+    if (!converted || bin.empty()) {
         r.message = recompressFailedMessage();
         if (!converted.message.empty())
             r.message += "\n" + converted.message;
         return false;
     }
-    r.written = tempBin;
-    if (extension != "bin") {
-        const fs::path target(base.string() + extension);
-        removeIfPresent(target);
-        std::error_code ec;
-        fs::rename(tempBin, target, ec);
-        if (ec) {
-            r.message = "Cannot rename " + tempBin.string() + " to " + target.string() + ": " + ec.message();
-            return false;
-        }
-        r.written = target;
-    }
+    r.written = extension != "bin" ? fs::path(base.string() + extension) : tempBin;
+    if (extension != "bin")
+        removeIfPresent(r.written);
     return true;
 }
 
@@ -134,49 +134,53 @@ ConvertResult openXmlDocument(const fs::path& file, const fs::path& tempFolder, 
     return {true, {}};
 }
 
-SaveResult saveBinaryDocument(const EditorDocument& doc, std::string_view xml, const SaveProgress& progress) {
+SaveResult saveBinaryDocument(WriteService& files, const EditorDocument& doc, std::string_view xml,
+                              const SaveProgress& progress) {
     SaveResult r;
     if (doc.isXml) {
         r.message = doc.path.string() + ": an XML document is saved as text, not converted";
         return r;
     }
-    if (!convertBack(doc.tempBase, doc.extension, xml, r))
+    std::string bin;
+    if (!convertBack(doc.tempBase, doc.extension, xml, r, bin))
         return r;
+    // The scratch copy stays for the user to see, as it always has; a failure there is no
+    // reason not to save.
+    writeFileSafely(r.written, bin);
     if (progress)
         progress("Making Backup of strBin");
-    const BackupResult backup = SerzBackup(doc.path);
-    if (backup.outcome == BackupResult::Outcome::Failed) {
-        r.message = doc.path.string() + ": no backup could be made, so the file was not replaced: " + backup.error;
-        return r;
-    }
-    if (backup.outcome == BackupResult::Outcome::Renamed)
-        r.backup = backup.backup;
     if (progress)
         progress("Copying new .bin file");
-    std::error_code ec;
-    fs::copy_file(r.written, doc.path, fs::copy_options::overwrite_existing, ec);
-    if (ec) {
-        if (!r.backup.empty() && !fs::exists(doc.path)) {
-            std::error_code back;
-            fs::rename(r.backup, doc.path, back);
-        }
-        r.message = "Cannot copy " + r.written.string() + " to " + doc.path.string() + ": " + ec.message();
+    const WriteResult stored = files.write(doc.path, bin);
+    if (!stored) {
+        r.message = stored.message;
         return r;
     }
-    r.written = doc.path;
+    r.backup = stored.backup;
+    r.written = stored.target;
     if (progress)
         progress("Finished at " + nowText());
     r.ok = true;
     return r;
 }
 
-SaveResult saveBinaryDocumentAs(const EditorDocument& doc, std::string_view xml, const fs::path& chosenXml) {
+SaveResult saveBinaryDocumentAs(WriteService& files, const EditorDocument& doc, std::string_view xml,
+                                const fs::path& chosenXml) {
     SaveResult r;
     // The chosen name up to and including its first dot becomes the scratch base.
     const std::string name = chosenXml.filename().string();
     const auto dot = name.find('.');
     const fs::path base = chosenXml.parent_path() / (dot == std::string::npos ? name + "." : name.substr(0, dot + 1));
-    r.ok = convertBack(base, doc.extension.empty() ? "bin" : doc.extension, xml, r);
+    std::string bin;
+    if (!convertBack(base, doc.extension.empty() ? "bin" : doc.extension, xml, r, bin))
+        return r;
+    const WriteResult stored = files.write(r.written, bin);
+    if (!stored) {
+        r.message = stored.message;
+        return r;
+    }
+    r.backup = stored.backup;
+    r.ok = true;
     return r;
 }
 

@@ -1,5 +1,7 @@
 #include "velmora/core/errorlog.h"
 
+#include "velmora/core/filewrite.h"
+
 #include "velmora/core/userinterface.h"
 #include "velmora/core/version.h"
 
@@ -97,9 +99,7 @@ void ErrorLog::log(const std::string& module, const std::string& procedure, long
         // The record goes out in one write with the file closed after it; a failure here is
         // not logged again.
         try {
-            std::ofstream out(m_file, std::ios::binary | std::ios::app);
-            if (out)
-                out << formatErrorRecord(local, title, number, description, procedure, module);
+            WriteService().append(m_file, formatErrorRecord(local, title, number, description, procedure, module));
         } catch (...) {
         }
     }

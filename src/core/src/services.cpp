@@ -2,6 +2,7 @@
 
 #include "serz/serz.h"
 
+#include "velmora/core/filewrite.h"
 #include "velmora/core/process.h"
 #include "velmora/core/userinterface.h"
 
@@ -23,12 +24,6 @@ namespace velmora {
 namespace {
 
 char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; }
-
-std::string withSuffix(const fs::path& p, const std::string& suffix) {
-    fs::path out = p;
-    out += suffix;
-    return out.string();
-}
 
 bool isWritable(const fs::path& p) {
 #ifdef _WIN32
@@ -176,6 +171,20 @@ std::string utf16ToCp1252(const std::string& bytes) {
 }
 } // namespace
 
+bool validUtf8(std::string_view s) {
+    for (std::size_t i = 0; i < s.size();) {
+        const auto c = static_cast<unsigned char>(s[i]);
+        const std::size_t n = c < 0x80 ? 1 : (c >> 5) == 6 ? 2 : (c >> 4) == 14 ? 3 : (c >> 3) == 30 ? 4 : 0;
+        if (n == 0 || i + n > s.size())
+            return false;
+        for (std::size_t k = 1; k < n; ++k)
+            if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80)
+                return false;
+        i += n;
+    }
+    return true;
+}
+
 std::string latin1ToUtf8(std::string_view text) {
     std::string out;
     out.reserve(text.size());
@@ -230,28 +239,8 @@ std::string ReadTextFile(const fs::path& path) {
 }
 
 bool WriteTextFile(const fs::path& path, std::string_view text, UserInterface* ui) {
-    std::error_code ec;
-    bool ok = true;
-    if (fs::exists(path, ec) && !isWritable(path)) {
-        ok = false; // a read-only file stays as it is
-    } else {
-        const fs::path temp = withSuffix(path, ".velmora-new");
-        {
-            std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-            out.write(text.data(), static_cast<std::streamsize>(text.size()));
-            out.close();
-            ok = static_cast<bool>(out);
-        }
-        if (ok) {
-            fs::rename(temp, path, ec);
-            ok = !ec;
-        }
-        if (!ok)
-            fs::remove(temp, ec);
-    }
-    std::error_code sizeEc;
-    auto size = fs::file_size(path, sizeEc);
-    if (!ok || sizeEc || size == 0) {
+    const WriteResult written = writeFileSafely(path, text, Backup::None);
+    if (!written || text.empty()) {
         if (ui)
             ui->message("An error occurred while writing " + path.string(), Icon::Warning);
         return false;
@@ -278,64 +267,6 @@ void DeleteTree(const fs::path& folder) {
     }
     fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ec);
     fs::remove_all(folder, ec);
-}
-
-bool CopyTree(const fs::path& from, const fs::path& to, bool overwrite) {
-    std::error_code ec;
-    auto options = fs::copy_options::recursive |
-                   (overwrite ? fs::copy_options::overwrite_existing : fs::copy_options::skip_existing);
-    fs::create_directories(to, ec);
-    fs::copy(from, to, options, ec);
-    return !ec;
-}
-
-BackupResult SerzBackup(const fs::path& path) {
-    BackupResult result;
-    std::error_code ec;
-    if (!fs::exists(fs::symlink_status(path, ec)))
-        return result;
-    auto tryName = [&](const std::string& suffix) -> bool {
-        fs::path candidate = withSuffix(path, suffix);
-        std::error_code e;
-        if (fs::exists(fs::symlink_status(candidate, e)))
-            return false;
-        fs::rename(path, candidate, e);
-        if (e) {
-            result.outcome = BackupResult::Outcome::Failed;
-            result.error = "Cannot rename " + path.string() + " to " + candidate.string() + ": " + e.message();
-        } else {
-            result.outcome = BackupResult::Outcome::Renamed;
-            result.backup = candidate;
-        }
-        return true;
-    };
-    if (tryName(".bak"))
-        return result;
-    for (int n = 1; n <= 50; ++n)
-        if (tryName(".bak" + std::to_string(n)))
-            return result;
-    result.outcome = BackupResult::Outcome::AllTaken;
-    return result;
-}
-
-std::string replaceWithBackup(const fs::path& newFile, const fs::path& original) {
-    std::error_code ec;
-    auto size = fs::file_size(newFile, ec);
-    if (ec || size == 0)
-        return "The new file " + newFile.string() + " is missing or empty";
-    BackupResult backup = SerzBackup(original);
-    if (backup.outcome == BackupResult::Outcome::Failed)
-        return backup.error;
-    fs::copy_file(newFile, original, fs::copy_options::overwrite_existing, ec);
-    if (ec) {
-        // Put the original back where it was rather than leave the document missing.
-        if (backup.outcome == BackupResult::Outcome::Renamed && !fs::exists(original)) {
-            std::error_code back;
-            fs::rename(backup.backup, original, back);
-        }
-        return "Cannot copy " + newFile.string() + " to " + original.string() + ": " + ec.message();
-    }
-    return {};
 }
 
 void SortStrings(std::vector<std::string>& items, std::ptrdiff_t low, std::ptrdiff_t high) {

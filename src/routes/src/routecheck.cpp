@@ -490,35 +490,38 @@ bool RouteCheck::deepen(RouteCheckResult& result, const RouteCheckOptions& optio
     return true;
 }
 
-std::vector<fs::path> saveRouteReports(AppContext& ctx, const RouteCheckResult& r) {
-    std::vector<fs::path> written;
-    if (!MakePath(ctx.reports()))
-        return written;
-    auto save = [&](const std::string& name, const std::vector<std::string>& rows, bool numbered) {
+ReportFiles saveRouteReports(AppContext& ctx, const RouteCheckResult& r) {
+    std::vector<std::pair<std::string, std::string>> reports; // name, text
+    auto add = [&](const std::string& name, const std::vector<std::string>& rows, bool numbered) {
         std::string text;
         for (std::size_t i = 0; i < rows.size(); ++i)
             text += csvCell(rows[i]) + (numbered ? ",," + std::to_string(i + 1) : std::string()) + "\r\n";
-        const fs::path file = ctx.reports() / name;
-        if (FileExists(file) && SerzBackup(file).outcome == BackupResult::Outcome::Failed)
-            return;
-        if (WriteTextFile(file, text))
-            written.push_back(file);
+        reports.emplace_back(name, std::move(text));
     };
     std::string route = r.routeName;
     for (char& ch : route)
         if (ch == '/' || ch == '\\' || ch == ':' || ch == '*' || ch == '?' || ch == '"' || ch == '<' || ch == '>' || ch == '|')
             ch = '_';
-    save(route + "_Assets.csv", r.assetsUnique, true);
+    add(route + "_Assets.csv", r.assetsUnique, true);
     if (r.deepDone) {
-        save(route + "_GeoShapes.csv", r.geoFiles, false);
-        save(route + "_Textures.csv", r.texturesUsed, false);
-        save(route + "_Sounds.csv", r.audioUsed, false);
+        add(route + "_GeoShapes.csv", r.geoFiles, false);
+        add(route + "_Textures.csv", r.texturesUsed, false);
+        add(route + "_Sounds.csv", r.audioUsed, false);
     }
     std::vector<std::string> missing;
     for (const auto& m : r.missing)
         missing.push_back(m.path);
-    save("MissingAssets.csv", missing, false);
-    return written;
+    add("MissingAssets.csv", missing, false);
+
+    ReportFiles out;
+    for (const auto& [name, text] : reports) {
+        const WriteResult written = ctx.files().write(ctx.reports() / name, text);
+        if (written)
+            out.written.push_back(written.target);
+        else
+            out.errors.push_back(written.message);
+    }
+    return out;
 }
 
 } // namespace velmora::routes

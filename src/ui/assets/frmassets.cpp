@@ -387,11 +387,8 @@ void frmAssets::Command3_Click() {
     if (form == assets::ListForm::Unknown)
         return;
     std::string error;
-    if (FileExists(*chosen) && SerzBackup(*chosen).outcome == BackupResult::Outcome::Failed) {
-        m_ctx.ui().message(chosen->string() + ": the old list cannot be kept as a backup", Icon::Warning);
-        return;
-    }
-    if (!assets::saveAssetList(*chosen, form, rows(), &error))
+    JournalCommand command(&m_ctx.journal(), "Save Grid as File " + chosen->string());
+    if (!assets::saveAssetList(m_ctx.files(), *chosen, form, rows(), &error))
         m_ctx.ui().message(error, Icon::Warning);
 }
 
@@ -455,7 +452,8 @@ void frmAssets::Command13_Click() {
                        Buttons::YesNo) != Answer::Yes)
         return;
     std::string error;
-    if (!assets::saveStockIndex(m_ctx.reports(), rows(), &error))
+    JournalCommand command(&m_ctx.journal(), "Save Index File");
+    if (!assets::saveStockIndex(m_ctx.files(), m_ctx.reports(), rows(), &error))
         m_ctx.ui().message(error, Icon::Warning);
 }
 
@@ -596,6 +594,7 @@ void frmAssets::Command9_Click() {
 }
 
 void frmAssets::storeChildChange(const std::string& xml, const std::string& fileName) {
+    JournalCommand command(&m_ctx.journal(), "Store " + (m_childFile.parent_path() / fileName).string());
     const auto stored = assets::storeBlueprint(m_ctx, m_childFile, xml, fileName);
     if (!stored.ok)
         m_ctx.ui().message(stored.message, Icon::Warning);
@@ -648,6 +647,7 @@ void frmAssets::Command20_Click() {
         const QImage image(QString::fromStdString(jpg.string()));
         return !image.isNull() && image.save(QString::fromStdString(png.string()), "PNG");
     };
+    JournalCommand command(&m_ctx.journal(), "Add LocoInformation pictures");
     for (const auto& row : selected) {
         const std::string failed = assets::addLocoInformation(m_ctx, row, toPng);
         if (!failed.empty()) {
@@ -716,6 +716,7 @@ void frmAssets::mnuInScene_Click() {
     if (!haveSelection())
         return;
     auto rows = selectedRows();
+    JournalCommand command(&m_ctx.journal(), "Use in Scenarios");
     for (const auto& problem : m_checks.useInScenarios(rows))
         m_ctx.ui().message(problem, Icon::Warning);
     // The rows that were stored now say so.
@@ -742,6 +743,7 @@ void frmAssets::Command19_Click() {
 
 void frmAssets::Command21_Click() {
     int copied = 0;
+    JournalCommand command(&m_ctx.journal(), "Package Missing Assets");
     const std::string problem = m_checks.packageMissingAssets(&copied);
     if (!problem.empty()) {
         m_ctx.ui().message(problem, Icon::Warning);

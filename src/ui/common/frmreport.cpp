@@ -72,14 +72,6 @@ bool frmReport::saveReport() {
     auto chosen = m_ctx.ui().chooseFile(request);
     if (!chosen || chosen->empty())
         return false;
-    // An older report of that name is kept as a numbered backup.
-    if (FileExists(*chosen)) {
-        const BackupResult b = SerzBackup(*chosen);
-        if (b.outcome == BackupResult::Outcome::Failed) {
-            m_ctx.ui().message(chosen->string() + ": " + b.error, Icon::Warning);
-            return false;
-        }
-    }
     std::string text = fromQt(m_text->toPlainText());
     std::string crlf;
     crlf.reserve(text.size() + text.size() / 20);
@@ -88,9 +80,12 @@ bool frmReport::saveReport() {
             crlf += '\r';
         crlf += c;
     }
-    if (!WriteTextFile(*chosen, utf8ToCp1252(crlf), &m_ctx.ui()))
-        return false;
-    return true;
+    // An older report of that name is kept as a numbered backup.
+    JournalCommand command(&m_ctx.journal(), "Save Report " + chosen->string());
+    const WriteResult written = m_ctx.files().write(*chosen, utf8ToCp1252(crlf));
+    if (!written)
+        m_ctx.ui().message(written.message, Icon::Warning);
+    return written.ok;
 }
 
 void frmReport::printReport(QPrinter& printer) {

@@ -52,6 +52,7 @@ const MenuEntry kMenus[] = {
     {"mnuOpenRS", "mnuFileS", "Open TS 2019 File"},
     {"mnuSaveRS", "mnuFileS", "SaveTS 2019 File"},
     {"mnuItSaveAs", "mnuFileS", "Save TS2019 File As"},
+    {"mnuUndoLast", "mnuFileS", "Undo Last Change..."},
     {"mnu2bin", "mnuFileS", "Open 2nd Window"},
     {"mnuFile2", "mnuFileS", "Open 2nd .bin file"},
     {kSeparator, "mnuFileS", ""},
@@ -495,6 +496,7 @@ void frmEditor::connectCommands() {
     wire("mnuOpenRS", &frmEditor::mnuOpenRS_Click);
     wire("mnuSaveRS", &frmEditor::mnuSaveRS_Click);
     wire("mnuItSaveAs", &frmEditor::mnuItSaveAs_Click);
+    wire("mnuUndoLast", &frmEditor::mnuUndoLast_Click);
     wire("mnuXML", &frmEditor::mnuXML_Click);
     wire("mnuSavexml", &frmEditor::mnuSavexml_Click);
     wire("mnuSaveAs", &frmEditor::mnuSaveAs_Click);

@@ -85,6 +85,8 @@ public:
 public slots:
     void mnuOpenRS_Click();
     void mnuSaveRS_Click();
+    // Files > Undo Last Change...: shows the newest change not yet undone and asks first.
+    void mnuUndoLast_Click();
     void mnuItSaveAs_Click();
     void mnuXML_Click();
     void mnuSavexml_Click();

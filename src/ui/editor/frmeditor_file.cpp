@@ -23,6 +23,7 @@
 #include <QThread>
 #include <QTimer>
 
+#include <algorithm>
 #include <memory>
 
 namespace velmora::ui {
@@ -230,13 +231,40 @@ void frmEditor::mnuXML_Click() {
 void frmEditor::mnuSaveRS_Click() {
     if (m_loading || m_doc.path.empty() || m_doc.isXml)
         return;
-    const SaveResult r = saveBinaryDocument(m_doc, viewBytes(m_text),
+    JournalCommand command(&m_ctx.journal(), "Save " + m_doc.path.string());
+    const SaveResult r = saveBinaryDocument(m_ctx.files(), m_doc, viewBytes(m_text),
                                             [this](const std::string& step) { m_panels[2]->setText(toQt(step)); });
     if (!r.ok) {
         m_ctx.ui().message(r.message, Icon::Critical);
         return;
     }
     m_saved = true;
+}
+
+void frmEditor::mnuUndoLast_Click() {
+    const auto entries = m_ctx.journal().entries();
+    const auto last = lastUndoableEntry(entries);
+    if (!last) {
+        m_ctx.ui().message("There is no change left to undo.");
+        return;
+    }
+    const UndoPlan plan = planUndo(entries, *last);
+    std::string question = "Undo this change?\n\n" + describeEntry(*plan.entry);
+    if (!plan.conflicts.empty()) {
+        question += "\nThese files have changed since:\n";
+        for (const std::string& c : plan.conflicts)
+            question += "  " + c + "\n";
+        question += "\nUndo it anyway? What stands there now is kept as a numbered backup.";
+    }
+    if (m_ctx.ui().ask(question, Buttons::YesNo, plan.conflicts.empty() ? Icon::Question : Icon::Warning) !=
+        Answer::Yes)
+        return;
+    const UndoResult r = undoEntry(m_ctx.files(), *last, true);
+    std::string text = r.message;
+    const auto& back = r.restored;
+    if (!m_doc.path.empty() && std::find(back.begin(), back.end(), m_doc.path) != back.end())
+        text += "\n\nThe document in the editor has been put back on disk: open it again to see it.";
+    m_ctx.ui().message(text, r.ok ? Icon::Information : Icon::Warning);
 }
 
 void frmEditor::mnuItSaveAs_Click() {
@@ -250,7 +278,8 @@ void frmEditor::mnuItSaveAs_Click() {
     auto chosen = m_ctx.ui().chooseFile(request);
     if (!chosen || chosen->empty())
         return;
-    const SaveResult r = saveBinaryDocumentAs(m_doc, viewBytes(m_text), *chosen);
+    JournalCommand command(&m_ctx.journal(), "Save As " + chosen->string());
+    const SaveResult r = saveBinaryDocumentAs(m_ctx.files(), m_doc, viewBytes(m_text), *chosen);
     if (!r.ok) {
         m_ctx.ui().message(r.message, Icon::Critical);
         return;
@@ -270,8 +299,14 @@ void saveViewAsText(AppContext& ctx, const std::string& bytes, const char* title
     auto chosen = ctx.ui().chooseFile(request);
     if (!chosen || chosen->empty())
         return;
-    if (!WriteTextFile(*chosen, bytes, &ctx.ui()))
-        ctx.ui().message("An error occurred while writing " + chosen->string(), Icon::Critical);
+    if (bytes.empty()) {
+        ctx.ui().message("An error occurred while writing " + chosen->string(), Icon::Warning);
+        return;
+    }
+    JournalCommand command(&ctx.journal(), std::string(title) + " " + chosen->string());
+    const WriteResult written = ctx.files().write(*chosen, bytes);
+    if (!written)
+        ctx.ui().message(written.message, Icon::Critical);
 }
 } // namespace
 

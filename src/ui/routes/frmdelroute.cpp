@@ -191,14 +191,14 @@ void frmDelRoute::Command4_Click() {
         showList(ReportKind::Used, tr("Following Asset(s) were used by this route:-"), m_check.assetsUnique, "_Assets.csv");
     if (m_ctx.ui().ask("Would you like to check for missing Texture/Audio/Animation & Script files?", Buttons::YesNo) !=
         Answer::Yes) {
-        routes::saveRouteReports(m_ctx, m_check);
+        saveReports();
         showMarks();
         return;
     }
     // The deep stage goes on from the tiles already read.
     if (!check.deepen(m_check, options, &m_work))
         return;
-    routes::saveRouteReports(m_ctx, m_check);
+    saveReports();
     showList(ReportKind::GeoFiles, tr("Following geometric item(s) were used by this route:-"), m_check.geoFiles,
              "_GeoShapes.csv");
     showText(tr("Missing Textures:-"), m_check.texturesReport());
@@ -209,6 +209,12 @@ void frmDelRoute::Command4_Click() {
         m_ctx.ui().ask("Do you wish to view a list of Audio files used by this route?", Buttons::YesNo) == Answer::Yes)
         showList(ReportKind::Used, tr("Following Audio files were used by this route:-"), m_check.audioUsed, "_Sounds.csv");
     showMarks();
+}
+
+void frmDelRoute::saveReports() {
+    JournalCommand command(&m_ctx.journal(), "Check Route " + m_check.routeName);
+    for (const std::string& error : routes::saveRouteReports(m_ctx, m_check).errors)
+        m_ctx.ui().message(error, Icon::Critical);
 }
 
 void frmDelRoute::showMarks() {

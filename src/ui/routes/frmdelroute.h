@@ -52,6 +52,8 @@ private:
                   const std::string& suffix = {});
     void showText(const QString& title, const std::string& text);
     void showMarks();
+    // The check's reports under Reports; a report that cannot be written is said.
+    void saveReports();
     // The provider and product of the selected row while List3 shows providers.
     std::optional<std::pair<std::string, std::string>> selectedProvider();
 

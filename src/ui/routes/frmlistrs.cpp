@@ -174,9 +174,16 @@ bool frmListRS::saveTo(const std::filesystem::path& file) {
     } else {
         return false;
     }
-    if (FileExists(file) && SerzBackup(file).outcome == BackupResult::Outcome::Failed)
-        return false;
-    return WriteTextFile(file, text, &m_ctx.ui());
+    return writeReport(file, text);
+}
+
+bool frmListRS::writeReport(const std::filesystem::path& file, const std::string& text) {
+    // An older file of that name is kept as a numbered backup.
+    JournalCommand command(&m_ctx.journal(), "Save Grid " + file.string());
+    const WriteResult written = m_ctx.files().write(file, text);
+    if (!written)
+        m_ctx.ui().message(written.message, Icon::Warning);
+    return written.ok;
 }
 
 void frmListRS::Command6_Click() {
@@ -194,9 +201,7 @@ bool frmListRS::saveBatch(const std::filesystem::path& file) {
             row.pop_back();
         text += row + "\r\n";
     }
-    if (FileExists(file) && SerzBackup(file).outcome == BackupResult::Outcome::Failed)
-        return false;
-    return WriteTextFile(file, text, &m_ctx.ui());
+    return writeReport(file, text);
 }
 
 void frmListRS::Command7_Click() {

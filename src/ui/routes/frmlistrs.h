@@ -42,6 +42,8 @@ public slots:
     bool saveTo(const std::filesystem::path& file);
     void Command6_Click(); // Save Grid as File
     bool saveBatch(const std::filesystem::path& file); // Command7: the rows as a batch file
+    // Writes a saved grid or batch file through the write service; says why when it cannot.
+    bool writeReport(const std::filesystem::path& file, const std::string& text);
     void Command7_Click();
     // Display items NOT used: the product's blueprints the route leaves unused, in a new grid
     // (returned, for the tests). Offered once offerUnused() has given the items used.

@@ -39,12 +39,6 @@ struct Status {
 Status decode(std::string_view binary, std::string& xml, const WriteOptions& options = {});
 Status encode(std::string_view xml, std::string& binary, const ReadOptions& options = {});
 
-// File to file. On failure the output file is absent or empty.
-Status decodeFile(const std::filesystem::path& in, const std::filesystem::path& out,
-                  const WriteOptions& options = {});
-Status encodeFile(const std::filesystem::path& in, const std::filesystem::path& out,
-                  const ReadOptions& options = {});
-
 // Appends the UTF-8 form of a code point (at most U+10FFFF).
 void appendUtf8(std::string& out, char32_t cp);
 

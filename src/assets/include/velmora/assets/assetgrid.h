@@ -6,6 +6,10 @@
 #include <string>
 #include <vector>
 
+namespace velmora {
+class WriteService;
+}
+
 namespace velmora::assets {
 
 namespace fs = std::filesystem;
@@ -25,14 +29,17 @@ enum class ListForm { Csv, Tabbed, Spreadsheet, Unknown };
 // By the last three letters of the name, ignoring case: csv, txt or tab, xls.
 ListForm listFormOf(const fs::path& file);
 
-// A header line, then a line per row. True when the whole file was written.
-bool saveAssetList(const fs::path& file, ListForm form, const std::vector<AssetRow>& rows, std::string* error = nullptr);
+// A header line, then a line per row, written through the write service (an existing file is
+// kept as its numbered backup). True when the whole file was written; else `error` says why.
+bool saveAssetList(WriteService& files, const fs::path& file, ListForm form, const std::vector<AssetRow>& rows,
+                   std::string* error = nullptr);
 // Reads a list saved in any of the forms; the header line is left out. False with a message
 // naming the file when it cannot be read.
 bool loadAssetList(const fs::path& file, ListForm form, std::vector<AssetRow>& rows, std::string* error = nullptr);
 
 // The rolling-stock index: `Reports/Index.csv`, comma-separated with its header. An existing
-// index is first renamed to Index.csv.bak, or the first free of .bak1 to .bak50.
-bool saveStockIndex(const fs::path& reportsFolder, const std::vector<AssetRow>& rows, std::string* error = nullptr);
+// index is kept as Index.csv.bak, or the first free of .bak1 to .bak50.
+bool saveStockIndex(WriteService& files, const fs::path& reportsFolder, const std::vector<AssetRow>& rows,
+                    std::string* error = nullptr);
 
 } // namespace velmora::assets

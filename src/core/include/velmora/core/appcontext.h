@@ -4,6 +4,8 @@
 // there are no process-wide globals.
 
 #include "velmora/core/errorlog.h"
+#include "velmora/core/filewrite.h"
+#include "velmora/core/journal.h"
 #include "velmora/core/language.h"
 #include "velmora/core/paths.h"
 #include "velmora/core/routeindex.h"
@@ -47,6 +49,10 @@ public:
     RouteIndex routes;
     PathResolver resolver;
     ErrorLog& log() { return m_log; }
+    // The one way files are written; every write of a command is recorded in the journal.
+    WriteService& files() { return m_files; }
+    Journal& journal() { return m_journal; }
+    fs::path journalFile() const { return m_appPath / "Journal.jsonl"; }
     UserInterface& ui() { return *m_ui; }
     void setUserInterface(UserInterface& ui);
 
@@ -67,6 +73,8 @@ private:
     std::optional<fs::path> m_railWorksOverride;
     UserInterface* m_ui;
     ErrorLog m_log;
+    Journal m_journal;
+    WriteService m_files;
 };
 
 struct StartupOptions {

@@ -2,6 +2,8 @@
 // The conversion round trip of simulator documents, through the codec in this process.
 // Contract kept from the simulator's converter: on failure the output file is absent or empty.
 
+#include "serz/serz.h"
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -19,6 +21,10 @@ struct ConvertResult {
 
 ConvertResult SerzToXml(const fs::path& source, const fs::path& xmlOut);
 ConvertResult SerzToBin(const fs::path& xmlIn, const fs::path& binOut);
+// The same with the codec's options (velmora-serz): the output goes through the write service,
+// with no backup, and no output is left on failure.
+ConvertResult decodeFileTo(const fs::path& source, const fs::path& xmlOut, const serz::WriteOptions& options = {});
+ConvertResult encodeFileTo(const fs::path& xmlIn, const fs::path& binOut, const serz::ReadOptions& options = {});
 
 // In-memory forms for the batch tools: no scratch files.
 ConvertResult binToXmlText(const fs::path& source, std::string& xml);

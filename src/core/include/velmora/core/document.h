@@ -14,6 +14,8 @@ namespace velmora {
 
 namespace fs = std::filesystem;
 
+class WriteService;
+
 // "Serz.exe was unable to recompress this file. The operation could" + line break +
 // "not be completed. The original file has not been altered."
 std::string recompressFailedMessage();
@@ -54,13 +56,18 @@ struct SaveResult {
 // "Copying new .bin file", then "Finished at ...".
 using SaveProgress = std::function<void(const std::string&)>;
 
-// Converts the text back to binary beside the scratch base and replaces the document with it,
-// after renaming the original to its first free numbered backup. Nothing on disk changes
-// except the scratch files when the conversion fails or the backup cannot be made.
-SaveResult saveBinaryDocument(const EditorDocument& doc, std::string_view xml, const SaveProgress& progress = {});
+// Converts the text back to binary and replaces the document with it, the original kept as
+// its first free numbered backup. Nothing on disk changes except the scratch files when the
+// conversion fails or any step of the write does.
+// The document is stored through the write service, which keeps the numbered backup and
+// records the change in the journal.
+SaveResult saveBinaryDocument(WriteService& files, const EditorDocument& doc, std::string_view xml,
+                              const SaveProgress& progress = {});
 
-// Converts the text to binary under another scratch base (the chosen name up to its first dot)
-// and leaves the result there; the original document is not touched.
-SaveResult saveBinaryDocumentAs(const EditorDocument& doc, std::string_view xml, const fs::path& chosenXml);
+// Converts the text to binary under another base (the chosen name up to its first dot) and
+// stores the result there, an existing file of that name kept as its numbered backup; the
+// original document is not touched.
+SaveResult saveBinaryDocumentAs(WriteService& files, const EditorDocument& doc, std::string_view xml,
+                                const fs::path& chosenXml);
 
 } // namespace velmora

@@ -28,9 +28,9 @@ std::string ReadTextFile(const fs::path& path);
 // The lines of a text, without their CR LF or LF ends.
 std::vector<std::string> SplitLines(std::string_view text);
 
-// Creates or overwrites the file with the text. The new content is written beside it
-// first and then moved into place, so a failed write never leaves half a file.
-// When the result has length 0, warns "An error occurred while writing <path>" through `ui`.
+// Creates or overwrites the file with the text through the write service, with no backup and
+// no journal record: for scratch files and the program's own files. A read-only file is left
+// alone. When the result has length 0, warns "An error occurred while writing <path>" through `ui`.
 bool WriteTextFile(const fs::path& path, std::string_view text, UserInterface* ui = nullptr);
 
 // Creates every missing folder of the path; true when the folder exists afterwards.
@@ -38,28 +38,6 @@ bool MakePath(const fs::path& path);
 
 // Removes a folder with everything in it, read-only entries too; errors are ignored.
 void DeleteTree(const fs::path& folder);
-
-// Copies a folder with its contents; existing files are replaced only when `overwrite`.
-bool CopyTree(const fs::path& from, const fs::path& to, bool overwrite);
-
-struct BackupResult {
-    enum class Outcome {
-        Renamed,    // the original now has the name in `backup`
-        AllTaken,   // .bak and .bak1 to .bak50 exist: nothing renamed, no backup
-        NoOriginal, // nothing to back up
-        Failed,     // the rename failed: `error` says why; the original must not be replaced
-    } outcome = Outcome::NoOriginal;
-    fs::path backup;
-    std::string error;
-};
-
-// Renames `path` to the first free of path.bak, path.bak1 .. path.bak50 (no leading zeros).
-BackupResult SerzBackup(const fs::path& path);
-
-// Stores `newFile` over `original`: backs the original up with SerzBackup, then copies.
-// When the backup fails (other than all 51 names being taken) the original is left alone.
-// Returns an empty string on success, else what went wrong.
-std::string replaceWithBackup(const fs::path& newFile, const fs::path& original);
 
 // In-place quicksort between two indexes (inclusive) with the middle element as pivot,
 // ignoring ASCII letter case.
@@ -100,6 +78,10 @@ std::string toLowerAscii(std::string_view text);
 std::string csvCell(std::string_view text);
 // A JSON string of UTF-8 text, in quotes, with quotes, backslashes and control characters escaped.
 std::string jsonQuoted(std::string_view utf8);
+
+// True when the bytes are well-formed UTF-8 (file names on Linux mostly are; document text
+// in Windows-1252 mostly is not).
+bool validUtf8(std::string_view text);
 
 // Windows-1252 bytes to UTF-8 and back (unmappable characters become '?').
 std::string latin1ToUtf8(std::string_view text);

@@ -81,9 +81,15 @@ private:
     const std::vector<ScenarioEntry>& m_scenarios;
 };
 
+struct ReportFiles {
+    std::vector<fs::path> written;
+    std::vector<std::string> errors; // one a report that could not be written, naming it
+    bool ok() const { return errors.empty(); }
+};
+
 // The reports a check leaves under Reports: <route>_Assets.csv, _GeoShapes.csv, _Textures.csv,
-// _Sounds.csv (what the route uses) and MissingAssets.csv (for the asset screen). Returns the
-// files written.
-std::vector<fs::path> saveRouteReports(AppContext& ctx, const RouteCheckResult& result);
+// _Sounds.csv (what the route uses) and MissingAssets.csv (for the asset screen). All are made
+// before any is written; each old one is kept as its numbered backup when its new one is in place.
+ReportFiles saveRouteReports(AppContext& ctx, const RouteCheckResult& result);
 
 } // namespace velmora::routes

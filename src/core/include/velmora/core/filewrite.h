@@ -1,0 +1,123 @@
+#pragma once
+// The one way the program writes a file. The new content goes to a temporary file created
+// exclusively in the target's own folder (an existing name, a link included, is never opened),
+// is flushed and synced; the old file gets its numbered backup name (.bak, .bak1 .. .bak50) as
+// a second link, so that it never leaves its own name; then the temporary file is renamed over
+// the target in one step. At every moment the target's name holds the whole old file or the
+// whole new one, and a failure at any step leaves the old one and no temporary file.
+//
+// Every write a command makes is recorded in the journal (see journal.h) so that one undo
+// takes a whole command back.
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace velmora {
+
+namespace fs = std::filesystem;
+
+class UserInterface;
+class Journal;
+
+// The steps of a write, in order. A failure names its step.
+enum class WriteStep { Create, Write, Sync, Backup, Replace };
+const char* writeStepName(WriteStep step);
+
+// The file system calls a write is made of. The defaults are the system's; tests derive from
+// this to make a chosen call fail and so walk a write through every failure.
+class FileOps {
+public:
+    virtual ~FileOps() = default;
+    // Creates `path` for writing; fails when the name exists, whatever it is (never follows a link).
+    virtual std::error_code create(const fs::path& path, int& handle);
+    // Writes all of the bytes (short writes are continued).
+    virtual std::error_code write(int handle, const char* data, std::size_t size);
+    virtual std::error_code sync(int handle);
+    virtual std::error_code close(int handle);
+    // Gives the file `from` the second name `to`; fails when `to` exists. Used for backups.
+    virtual std::error_code link(const fs::path& from, const fs::path& to);
+    // Moves `from` over `to` in one step, replacing `to`.
+    virtual std::error_code rename(const fs::path& from, const fs::path& to);
+    virtual std::error_code remove(const fs::path& path);
+};
+
+enum class Backup {
+    None,     // replaced in one step, the old content not kept (scratch files, settings, exports)
+    Numbered, // the old file kept as <name>.bak, or the first free of <name>.bak1 .. .bak50
+};
+
+struct WriteOptions {
+    Backup backup = Backup::Numbered;
+    // Recorded in the journal's open entry. Scratch files and the program's own bookkeeping
+    // (settings, logs) are not.
+    bool journal = true;
+    // The file's permission bits are kept; a read-only file is refused where no backup is made.
+    bool refuseReadOnly = true;
+};
+
+struct WriteResult {
+    bool ok = false;
+    std::string message;                 // on failure: the file, the step, the reason
+    std::optional<WriteStep> failedStep; // empty when the failure came before any step
+    fs::path target;                     // the file written (a link is written through)
+    fs::path backup;                     // the numbered backup made, empty when none
+    bool created = false;                // there was no file of that name before
+    bool overwroteWithoutBackup = false; // every backup name was taken and the user agreed
+    std::uint64_t size = 0;
+    std::string sha256; // of what was written, in hex
+
+    explicit operator bool() const { return ok; }
+};
+
+// The hex SHA-256 of some bytes, as the journal records them.
+std::string sha256Hex(std::string_view bytes);
+
+// The first free numbered backup name of `path` (.bak, then .bak1 .. .bak50), or nothing when
+// all 51 are taken.
+std::optional<fs::path> freeBackupName(const fs::path& path);
+
+class WriteService {
+public:
+    explicit WriteService(UserInterface* ui = nullptr, Journal* journal = nullptr);
+
+    void setUserInterface(UserInterface* ui) { m_ui = ui; }
+    // The calls the writes are made of; null puts the system's back.
+    void setFileOps(FileOps* ops);
+    Journal* journal() const { return m_journal; }
+
+    // Writes `bytes` as the whole new content of `target`, making missing folders on the way.
+    // When every backup name is taken, asks whether to overwrite with no backup; without a yes
+    // the target is left as it is and the result says why.
+    WriteResult write(const fs::path& target, std::string_view bytes, const WriteOptions& options = {});
+    // The whole of `source` written to `target` the same way.
+    WriteResult copy(const fs::path& source, const fs::path& target, const WriteOptions& options = {});
+    // Adds `bytes` at the end of a log of the program's own (Errors.txt, the journal), synced.
+    bool append(const fs::path& target, std::string_view bytes, std::string* error = nullptr);
+    // Takes a file away from its name, as an undo does with a file its command created: the
+    // file keeps its numbered backup name, so nothing is deleted. Recorded in the journal.
+    WriteResult remove(const fs::path& target);
+
+private:
+    WriteResult replace(const fs::path& requested, std::string_view bytes, const WriteOptions& options);
+    std::error_code writeTemporary(const fs::path& folder, const std::string& name, std::string_view bytes,
+                                   fs::path& temp, WriteStep& step, std::optional<fs::perms> perms);
+    std::error_code makeBackup(const fs::path& target, fs::path& backup);
+    bool mayOverwriteWithoutBackup(const fs::path& target);
+
+    UserInterface* m_ui;
+    Journal* m_journal;
+    FileOps* m_ops;
+    std::mutex m_askMutex;
+};
+
+// The write service of code that has no program folder (velmora-serz, scratch conversions):
+// the same steps, no journal and no questions.
+WriteResult writeFileSafely(const fs::path& target, std::string_view bytes, Backup backup = Backup::None);
+
+} // namespace velmora

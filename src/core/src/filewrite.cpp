@@ -1,0 +1,512 @@
+#include "velmora/core/filewrite.h"
+
+#include "velmora/core/journal.h"
+#include "velmora/core/userinterface.h"
+
+#include <QCryptographicHash>
+
+#include <cerrno>
+#include <fstream>
+#include <random>
+
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#include <share.h>
+#include <sys/stat.h>
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace velmora {
+
+namespace {
+
+std::error_code lastError() { return {errno, std::generic_category()}; }
+
+bool isReadOnly(const fs::path& p) {
+#ifdef _WIN32
+    std::error_code ec;
+    const auto perms = fs::status(p, ec).permissions();
+    return !ec && (perms & fs::perms::owner_write) == fs::perms::none;
+#else
+    return ::access(p.c_str(), W_OK) != 0 && errno == EACCES;
+#endif
+}
+
+// Errors of a file system that cannot give a file a second name: the backup is copied instead.
+bool linksUnsupported(const std::error_code& ec) {
+#ifdef _WIN32
+    return ec && ec != std::errc::file_exists;
+#else
+    return ec == std::errc::operation_not_permitted || ec == std::errc::operation_not_supported ||
+           ec == std::errc::cross_device_link || ec == std::errc::function_not_supported ||
+           ec == std::errc::too_many_links;
+#endif
+}
+
+// Makes a rename durable: the folder's own entry list is synced. Best effort: some file systems
+// refuse to sync a folder, and the rename has happened either way.
+void syncFolder([[maybe_unused]] const fs::path& folder) {
+#ifndef _WIN32
+    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0) {
+        ::fsync(fd);
+        ::close(fd);
+    }
+#endif
+}
+
+std::string randomTag() {
+    static thread_local std::mt19937_64 rng{std::random_device{}()};
+    static const char kDigits[] = "0123456789abcdefghijklmnopqrstuvwxyz";
+    std::string tag;
+    std::uint64_t v = rng();
+    for (int i = 0; i < 10; ++i, v /= 36)
+        tag += kDigits[v % 36];
+    return tag;
+}
+
+bool readWhole(const fs::path& file, std::string& bytes, std::error_code& ec) {
+    std::error_code statEc;
+    if (!fs::is_regular_file(file, statEc)) {
+        ec = statEc ? statEc : std::make_error_code(std::errc::invalid_argument);
+        return false;
+    }
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+        ec = std::make_error_code(std::errc::permission_denied);
+        return false;
+    }
+    const auto size = fs::file_size(file, statEc);
+    if (statEc) {
+        ec = statEc;
+        return false;
+    }
+    bytes.resize(static_cast<std::size_t>(size));
+    in.read(bytes.data(), static_cast<std::streamsize>(size));
+    if (static_cast<std::uint64_t>(in.gcount()) != size) {
+        ec = std::make_error_code(std::errc::io_error);
+        return false;
+    }
+    return true;
+}
+
+std::string failureText(const fs::path& target, WriteStep step, const std::error_code& ec, bool existed) {
+    std::string what;
+    switch (step) {
+    case WriteStep::Create: what = "the new file could not be created beside it"; break;
+    case WriteStep::Write: what = "the new content could not be written"; break;
+    case WriteStep::Sync: what = "the new content could not be saved to disk"; break;
+    case WriteStep::Backup: what = "no backup could be made"; break;
+    case WriteStep::Replace: what = "the new file could not be put in its place"; break;
+    }
+    return target.string() + ": " + what + " (" + ec.message() + "). " +
+           (existed ? "The file was not changed." : "Nothing was written.");
+}
+
+} // namespace
+
+const char* writeStepName(WriteStep step) {
+    switch (step) {
+    case WriteStep::Create: return "create";
+    case WriteStep::Write: return "write";
+    case WriteStep::Sync: return "sync";
+    case WriteStep::Backup: return "backup";
+    case WriteStep::Replace: return "replace";
+    }
+    return "?";
+}
+
+// ---- the system's calls ----------------------------------------------------------------------
+
+std::error_code FileOps::create(const fs::path& path, int& handle) {
+#ifdef _WIN32
+    const int err = _wsopen_s(&handle, path.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT,
+                              _SH_DENYWR, _S_IREAD | _S_IWRITE);
+    return err ? std::error_code(err, std::generic_category()) : std::error_code();
+#else
+    // O_EXCL with O_CREAT fails on any existing name, a symbolic link included.
+    handle = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    return handle < 0 ? lastError() : std::error_code();
+#endif
+}
+
+std::error_code FileOps::write(int handle, const char* data, std::size_t size) {
+    while (size > 0) {
+        const std::size_t chunk = std::min<std::size_t>(size, 1u << 30);
+#ifdef _WIN32
+        const int n = ::_write(handle, data, static_cast<unsigned>(chunk));
+#else
+        const ssize_t n = ::write(handle, data, chunk);
+#endif
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return lastError();
+        }
+        if (n == 0)
+            return std::make_error_code(std::errc::no_space_on_device);
+        data += n;
+        size -= static_cast<std::size_t>(n);
+    }
+    return {};
+}
+
+std::error_code FileOps::sync(int handle) {
+#ifdef _WIN32
+    return ::_commit(handle) != 0 ? lastError() : std::error_code();
+#else
+    return ::fsync(handle) != 0 ? lastError() : std::error_code();
+#endif
+}
+
+std::error_code FileOps::close(int handle) {
+#ifdef _WIN32
+    return ::_close(handle) != 0 ? lastError() : std::error_code();
+#else
+    return ::close(handle) != 0 ? lastError() : std::error_code();
+#endif
+}
+
+std::error_code FileOps::link(const fs::path& from, const fs::path& to) {
+    std::error_code ec;
+    fs::create_hard_link(from, to, ec);
+    return ec;
+}
+
+std::error_code FileOps::rename(const fs::path& from, const fs::path& to) {
+    std::error_code ec;
+    fs::rename(from, to, ec);
+    return ec;
+}
+
+std::error_code FileOps::remove(const fs::path& path) {
+    std::error_code ec;
+    fs::remove(path, ec);
+    return ec;
+}
+
+namespace {
+FileOps& systemOps() {
+    static FileOps ops;
+    return ops;
+}
+} // namespace
+
+// ---- the service -----------------------------------------------------------------------------
+
+std::string sha256Hex(std::string_view bytes) {
+    return QCryptographicHash::hash(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())),
+                                    QCryptographicHash::Sha256)
+        .toHex()
+        .toStdString();
+}
+
+std::optional<fs::path> freeBackupName(const fs::path& path) {
+    for (int n = 0; n <= 50; ++n) {
+        fs::path candidate = path;
+        candidate += n == 0 ? std::string(".bak") : ".bak" + std::to_string(n);
+        std::error_code ec;
+        if (!fs::exists(fs::symlink_status(candidate, ec)))
+            return candidate;
+    }
+    return std::nullopt;
+}
+
+WriteService::WriteService(UserInterface* ui, Journal* journal) : m_ui(ui), m_journal(journal), m_ops(&systemOps()) {}
+
+void WriteService::setFileOps(FileOps* ops) { m_ops = ops ? ops : &systemOps(); }
+
+std::error_code WriteService::writeTemporary(const fs::path& folder, const std::string& name, std::string_view bytes,
+                                             fs::path& temp, WriteStep& step, std::optional<fs::perms> perms) {
+    step = WriteStep::Create;
+    int handle = -1;
+    std::error_code ec;
+    // A unique name that nobody else uses; a name that exists (even as a link) is skipped.
+    for (int attempt = 0; attempt < 16; ++attempt) {
+        temp = folder / ("." + name + "." + randomTag() + ".velmora-tmp");
+        ec = m_ops->create(temp, handle);
+        if (ec != std::errc::file_exists)
+            break;
+    }
+    if (ec) {
+        temp.clear();
+        return ec;
+    }
+    step = WriteStep::Write;
+    ec = m_ops->write(handle, bytes.data(), bytes.size());
+    if (!ec) {
+        step = WriteStep::Sync;
+        ec = m_ops->sync(handle);
+    }
+    // Some file systems report a failed write only when the file is closed.
+    const std::error_code closed = m_ops->close(handle);
+    if (!ec && closed) {
+        step = WriteStep::Write;
+        ec = closed;
+    }
+    if (!ec && perms) {
+        std::error_code permsEc;
+        fs::permissions(temp, *perms | fs::perms::owner_write, permsEc);
+    }
+    return ec;
+}
+
+std::error_code WriteService::makeBackup(const fs::path& target, fs::path& backup) {
+    std::string copied; // read once, only where the file system cannot link
+    bool haveCopy = false;
+    for (int n = 0; n <= 50; ++n) {
+        fs::path candidate = target;
+        candidate += n == 0 ? std::string(".bak") : ".bak" + std::to_string(n);
+        std::error_code ec = m_ops->link(target, candidate);
+        if (!ec) {
+            backup = candidate;
+            return {};
+        }
+        if (ec == std::errc::file_exists)
+            continue;
+        if (!linksUnsupported(ec))
+            return ec;
+        // No second names here (FAT, some shares): the backup is a copy, made the same safe way.
+        if (!haveCopy) {
+            if (!readWhole(target, copied, ec))
+                return ec;
+            haveCopy = true;
+        }
+        int handle = -1;
+        ec = m_ops->create(candidate, handle);
+        if (ec == std::errc::file_exists)
+            continue;
+        if (ec)
+            return ec;
+        ec = m_ops->write(handle, copied.data(), copied.size());
+        if (!ec)
+            ec = m_ops->sync(handle);
+        const std::error_code closed = m_ops->close(handle);
+        if (!ec)
+            ec = closed;
+        if (ec) {
+            m_ops->remove(candidate);
+            return ec;
+        }
+        backup = candidate;
+        return {};
+    }
+    backup.clear();
+    return {}; // every name is taken
+}
+
+bool WriteService::mayOverwriteWithoutBackup(const fs::path& target) {
+    if (!m_ui)
+        return false;
+    std::lock_guard lock(m_askMutex);
+    const std::string name = target.filename().string();
+    return m_ui->ask("All the backup names of " + target.string() + " are taken (" + name + ".bak and " + name +
+                         ".bak1 to " + name + ".bak50).\nOverwrite it without keeping a backup?",
+                     Buttons::YesNo, Icon::Warning) == Answer::Yes;
+}
+
+WriteResult WriteService::replace(const fs::path& requested, std::string_view bytes, const WriteOptions& options) {
+    WriteResult r;
+    r.target = requested;
+    std::error_code ec;
+    const fs::file_status link = fs::symlink_status(requested, ec);
+    if (fs::is_symlink(link)) {
+        // The file a link stands for is written, the link stays.
+        const fs::path real = fs::canonical(requested, ec);
+        if (ec) {
+            r.message = requested.string() + ": is a link to a file that cannot be reached (" + ec.message() +
+                        "). Nothing was written.";
+            return r;
+        }
+        r.target = real;
+    }
+    const fs::path& target = r.target;
+    const fs::file_status status = fs::status(target, ec);
+    const bool existed = fs::exists(status);
+    if (existed && !fs::is_regular_file(status)) {
+        r.message = target.string() + (fs::is_directory(status) ? ": is a folder, not a file" : ": is not a plain file") +
+                    ". Nothing was written.";
+        return r;
+    }
+    if (existed && options.backup == Backup::None && options.refuseReadOnly && isReadOnly(target)) {
+        r.message = target.string() + ": the file is read-only. It was not replaced.";
+        return r;
+    }
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    if (!fs::is_directory(folder, ec)) {
+        fs::create_directories(folder, ec);
+        if (ec) {
+            r.failedStep = WriteStep::Create;
+            r.message = target.string() + ": its folder cannot be made (" + ec.message() + "). Nothing was written.";
+            return r;
+        }
+    }
+
+    fs::path temp;
+    WriteStep step = WriteStep::Create;
+    const std::optional<fs::perms> perms = existed ? std::optional(status.permissions()) : std::nullopt;
+    ec = writeTemporary(folder, target.filename().string(), bytes, temp, step, perms);
+    auto fail = [&](WriteStep at, const std::error_code& why) {
+        if (!temp.empty())
+            m_ops->remove(temp);
+        r.failedStep = at;
+        r.message = failureText(target, at, why, existed);
+        return r;
+    };
+    if (ec)
+        return fail(step, ec);
+
+    if (existed && options.backup == Backup::Numbered) {
+        ec = makeBackup(target, r.backup);
+        if (ec)
+            return fail(WriteStep::Backup, ec);
+        if (r.backup.empty()) {
+            if (!mayOverwriteWithoutBackup(target)) {
+                m_ops->remove(temp);
+                r.failedStep = WriteStep::Backup;
+                r.message = target.string() +
+                            ": all 51 backup names (.bak, .bak1 to .bak50) are taken, so it was not replaced. "
+                            "Remove old backups, or agree to overwrite it without one (--yes on the command line).";
+                return r;
+            }
+            r.overwroteWithoutBackup = true;
+        }
+    }
+
+    ec = m_ops->rename(temp, target);
+    if (ec) {
+        // The old file never left its name: dropping the backup's second name undoes the backup.
+        if (!r.backup.empty())
+            m_ops->remove(r.backup);
+        r.backup.clear();
+        return fail(WriteStep::Replace, ec);
+    }
+    syncFolder(folder);
+    r.ok = true;
+    r.created = !existed;
+    r.size = bytes.size();
+    if (m_journal && options.journal) {
+        r.sha256 = sha256Hex(bytes);
+        JournalFile record;
+        record.path = requested;
+        record.backup = r.backup;
+        record.created = r.created;
+        record.size = r.size;
+        record.sha256 = r.sha256;
+        if (!r.backup.empty())
+            record.backupSize = static_cast<std::uint64_t>(fs::file_size(r.backup, ec));
+        std::string error;
+        if (!m_journal->record(record, &error))
+            r.message = error;
+    }
+    return r;
+}
+
+WriteResult WriteService::write(const fs::path& target, std::string_view bytes, const WriteOptions& options) {
+    return replace(target, bytes, options);
+}
+
+WriteResult WriteService::copy(const fs::path& source, const fs::path& target, const WriteOptions& options) {
+    std::string bytes;
+    std::error_code ec;
+    if (!readWhole(source, bytes, ec)) {
+        WriteResult r;
+        r.target = target;
+        r.message = source.string() + ": cannot be read (" + ec.message() + "). Nothing was written to " +
+                    target.string() + ".";
+        return r;
+    }
+    return replace(target, bytes, options);
+}
+
+WriteResult WriteService::remove(const fs::path& target) {
+    WriteResult r;
+    r.target = target;
+    std::string bytes;
+    std::error_code ec;
+    if (!readWhole(target, bytes, ec)) {
+        r.message = target.string() + ": cannot be read (" + ec.message() + "). It was not removed.";
+        return r;
+    }
+    // The file keeps a numbered backup name before it loses its own: nothing is ever deleted.
+    ec = makeBackup(target, r.backup);
+    if (ec || r.backup.empty()) {
+        r.failedStep = WriteStep::Backup;
+        r.message = target.string() + ": no backup could be made (" +
+                    (ec ? ec.message() : std::string("all 51 backup names are taken")) + "). It was not removed.";
+        return r;
+    }
+    ec = m_ops->remove(target);
+    if (ec) {
+        m_ops->remove(r.backup);
+        r.backup.clear();
+        r.failedStep = WriteStep::Replace;
+        r.message = target.string() + ": cannot be removed (" + ec.message() + "). It was not changed.";
+        return r;
+    }
+    syncFolder(target.has_parent_path() ? target.parent_path() : fs::path("."));
+    r.ok = true;
+    r.size = bytes.size();
+    if (m_journal) {
+        r.sha256 = sha256Hex(bytes);
+        JournalFile record;
+        record.action = JournalFile::Action::Remove;
+        record.path = target;
+        record.backup = r.backup;
+        record.backupSize = r.size;
+        record.size = r.size;
+        record.sha256 = r.sha256;
+        std::string error;
+        if (!m_journal->record(record, &error))
+            r.message = error;
+    }
+    return r;
+}
+
+bool WriteService::append(const fs::path& target, std::string_view bytes, std::string* error) {
+    auto failed = [&](const std::string& why) {
+        if (error)
+            *error = target.string() + ": " + why;
+        return false;
+    };
+    std::error_code ec;
+    if (target.has_parent_path() && !fs::is_directory(target.parent_path(), ec))
+        fs::create_directories(target.parent_path(), ec);
+#ifdef _WIN32
+    int fd = -1;
+    if (_wsopen_s(&fd, target.c_str(), _O_WRONLY | _O_CREAT | _O_APPEND | _O_BINARY | _O_NOINHERIT, _SH_DENYNO,
+                  _S_IREAD | _S_IWRITE) != 0)
+        return failed("cannot be opened for appending");
+#else
+    // A log is never a link or a FIFO of someone else's making.
+    const int fd = ::open(target.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0666);
+    if (fd < 0)
+        return failed("cannot be opened for appending (" + lastError().message() + ")");
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        return failed("is not a plain file");
+    }
+#endif
+    ec = m_ops->write(fd, bytes.data(), bytes.size());
+    if (!ec)
+        ec = m_ops->sync(fd);
+    const std::error_code closed = m_ops->close(fd);
+    if (!ec)
+        ec = closed;
+    return ec ? failed("cannot be written (" + ec.message() + ")") : true;
+}
+
+WriteResult writeFileSafely(const fs::path& target, std::string_view bytes, Backup backup) {
+    WriteService plain;
+    WriteOptions options;
+    options.backup = backup;
+    options.journal = false;
+    return plain.write(target, bytes, options);
+}
+
+} // namespace velmora
