@@ -1,3 +1,4 @@
+#include "velmora/core/services.h"
 #include "velmora/assets/listcommands.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/userinterface.h"
@@ -123,9 +124,7 @@ TEST_F(AssetFiles, PictureComesFromTheThumbnailThenLocoInformationThenNothing) {
 TEST_F(AssetFiles, LocoInformationNeedsAThumbnailAndKeepsAnOldPicture) {
     const AssetRow row{"DTG", "Class66", "RailVehicles\\Engine\\c66.bin", "Class 66", "", "", "", "1"};
     write("rw/Assets/DTG/Class66/RailVehicles/Engine/c66.bin", "x");
-    auto copy = [](const fs::path& from, const fs::path& to) {
-        return fs::copy_file(from, to, fs::copy_options::overwrite_existing);
-    };
+    auto copy = [](const fs::path& from) -> std::optional<std::string> { return velmora::ReadTextFile(from); };
     EXPECT_EQ(addLocoInformation(*m_ctx, row, copy),
               "There does not appear to be a thumbnail for\nthis loco in your Velmora\\Thumbnails folder?");
     write("home/Thumbnails/Class 66.jpg", "new picture");

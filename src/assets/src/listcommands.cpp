@@ -252,19 +252,15 @@ StoreResult storeBlueprint(AppContext& ctx, const fs::path& source, const std::s
 }
 
 std::string addLocoInformation(AppContext& ctx, const AssetRow& row,
-                               const std::function<bool(const fs::path&, const fs::path&)>& toPng) {
+                               const std::function<std::optional<std::string>(const fs::path& jpg)>& toPng) {
     const fs::path thumbnail = ctx.appPath() / "Thumbnails" / (row.name + ".jpg");
     if (!FileExists(thumbnail))
         return "There does not appear to be a thumbnail for\nthis loco in your Velmora\\Thumbnails folder?";
     const fs::path folder = rowFile(ctx, row).parent_path() / "LocoInformation";
-    if (!MakePath(folder))
-        return folder.string() + ": the folder cannot be made";
-    const fs::path png = ctx.appPath() / "Thumbnails" / (row.name + ".png");
-    if (!toPng(thumbnail, png))
+    const std::optional<std::string> png = toPng(thumbnail);
+    if (!png || png->empty())
         return thumbnail.string() + ": the picture cannot be converted to .png";
-    const WriteResult stored = ctx.files().copy(png, folder / "image.png");
-    std::error_code ec;
-    fs::remove(png, ec);
+    const WriteResult stored = ctx.files().write(folder / "image.png", *png);
     ctx.resolver.invalidate();
     return stored ? std::string() : stored.message;
 }

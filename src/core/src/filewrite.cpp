@@ -221,7 +221,8 @@ WriteService::WriteService(UserInterface* ui, Journal* journal) : m_ui(ui), m_jo
 void WriteService::setFileOps(FileOps* ops) { m_ops = ops ? ops : &systemOps(); }
 
 std::error_code WriteService::writeTemporary(const fs::path& folder, const std::string& name, std::string_view bytes,
-                                             fs::path& temp, WriteStep& step, std::optional<fs::perms> perms) {
+                                             fs::path& temp, WriteStep& step, std::optional<fs::perms> perms,
+                                             bool sync) {
     step = WriteStep::Create;
     int handle = -1;
     std::error_code ec;
@@ -238,7 +239,7 @@ std::error_code WriteService::writeTemporary(const fs::path& folder, const std::
     }
     step = WriteStep::Write;
     ec = m_ops->write(handle, bytes.data(), bytes.size());
-    if (!ec) {
+    if (!ec && sync) {
         step = WriteStep::Sync;
         ec = m_ops->sync(handle);
     }
@@ -349,7 +350,7 @@ WriteResult WriteService::replace(const fs::path& requested, std::string_view by
     fs::path temp;
     WriteStep step = WriteStep::Create;
     const std::optional<fs::perms> perms = existed ? std::optional(status.permissions()) : std::nullopt;
-    ec = writeTemporary(folder, target.filename().string(), bytes, temp, step, perms);
+    ec = writeTemporary(folder, target.filename().string(), bytes, temp, step, perms, options.sync);
     auto fail = [&](WriteStep at, const std::error_code& why) {
         if (!temp.empty())
             m_ops->remove(temp);
@@ -385,7 +386,8 @@ WriteResult WriteService::replace(const fs::path& requested, std::string_view by
         r.backup.clear();
         return fail(WriteStep::Replace, ec);
     }
-    syncFolder(folder);
+    if (options.sync)
+        syncFolder(folder);
     r.ok = true;
     r.created = !existed;
     r.size = bytes.size();

@@ -1,6 +1,7 @@
 #include "velmora/demo/demoinstall.h"
 
 #include "context.h"
+#include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 
 #include <system_error>
@@ -15,6 +16,13 @@ DemoResult generateDemoInstall(const fs::path& root, const DemoOptions& options,
     fs::create_directories(root, ec);
     if (ec || !fs::is_directory(root)) {
         result.error = "cannot create " + root.string() + (ec ? ": " + ec.message() : std::string());
+        return result;
+    }
+    // Never over someone's real install: only into an empty folder or over an earlier demo.
+    const bool empty = fs::directory_iterator(root, ec) == fs::directory_iterator();
+    if (!empty && ReadTextFile(root / "manifest.json").find("\"velmora-demo-manifest\"") == std::string::npos) {
+        result.error = root.string() + " is not empty and holds no demo install: a demo install is written only "
+                                       "into an empty folder or over an earlier demo install";
         return result;
     }
     Output out(root, options.encoder, result);

@@ -1,10 +1,10 @@
 #include "output.h"
 
 #include "serz/serz.h"
+#include "velmora/core/filewrite.h"
 
 #include <zip.h>
 
-#include <fstream>
 #include <system_error>
 
 namespace velmora::demo {
@@ -45,18 +45,15 @@ bool Output::fail(const std::string& what) {
 }
 
 bool Output::writeFile(const fs::path& path, std::string_view bytes) {
-    std::error_code ec;
-    fs::create_directories(path.parent_path(), ec);
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    if (!out) {
-        // A read-only file left by an earlier run: make it writable and try once more.
-        fs::permissions(path, fs::perms::owner_write, fs::perm_options::add, ec);
-        out.open(path, std::ios::binary | std::ios::trunc);
-    }
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    out.close();
-    if (!out)
-        return fail("cannot write " + path.string());
+    // A tree made from nothing: replaced whole (a read-only file of an earlier run too), not
+    // synced file by file, not journalled.
+    WriteOptions generated;
+    generated.backup = Backup::None;
+    generated.journal = false;
+    generated.refuseReadOnly = false;
+    generated.sync = false;
+    if (const WriteResult written = m_files.write(path, bytes, generated); !written)
+        return fail(written.message);
     ++m_result.files;
     return true;
 }
@@ -109,14 +106,19 @@ bool Output::endArchive() {
     m_archiveFolder.clear();
     if (!ok())
         return false;
-    fs::path path = nativePath(m_root, rel);
-    std::error_code ec;
-    fs::create_directories(path.parent_path(), ec);
-    fs::remove(path, ec);
-    int err = 0;
-    zip_t* zip = zip_open(path.string().c_str(), ZIP_CREATE | ZIP_TRUNCATE, &err);
-    if (!zip)
+    const fs::path path = nativePath(m_root, rel);
+    // The archive is made in memory and written as one file.
+    zip_error_t error;
+    zip_error_init(&error);
+    zip_source_t* memory = zip_source_buffer_create(nullptr, 0, 0, &error);
+    zip_t* zip = memory ? zip_open_from_source(memory, ZIP_TRUNCATE, &error) : nullptr;
+    if (!zip) {
+        if (memory)
+            zip_source_free(memory);
+        zip_error_fini(&error);
         return fail("cannot create " + path.string());
+    }
+    zip_source_keep(memory);
     // A fixed time stamp on every entry keeps the archive the same byte for byte.
     constexpr time_t kStamp = 1546300800; // 2019-01-01
     for (const auto& [name, bytes] : m_entries) {
@@ -133,11 +135,23 @@ bool Output::endArchive() {
     if (zip_close(zip) != 0) {
         std::string why = zip_strerror(zip);
         zip_discard(zip);
+        zip_source_free(memory);
         return fail("cannot write " + path.string() + ": " + why);
     }
+    std::string bytes;
+    zip_stat_t stat;
+    if (zip_source_stat(memory, &stat) == 0 && (stat.valid & ZIP_STAT_SIZE) && zip_source_open(memory) == 0) {
+        bytes.resize(static_cast<std::size_t>(stat.size));
+        const zip_int64_t got = zip_source_read(memory, bytes.data(), stat.size);
+        zip_source_close(memory);
+        if (got != static_cast<zip_int64_t>(stat.size))
+            bytes.clear();
+    }
+    zip_source_free(memory);
     m_entries.clear();
-    ++m_result.files;
-    return true;
+    if (bytes.empty())
+        return fail("cannot write " + path.string() + ": the archive could not be read back from memory");
+    return writeFile(path, bytes);
 }
 
 } // namespace velmora::demo

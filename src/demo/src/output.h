@@ -3,6 +3,7 @@
 // archives whose entries are collected and written as one zip. Counts what it writes and keeps
 // the first error; after an error every write is refused so the generator can unwind quickly.
 
+#include "velmora/core/filewrite.h"
 #include "velmora/demo/demoinstall.h"
 
 #include <filesystem>
@@ -38,6 +39,7 @@ public:
 private:
     bool writeFile(const std::filesystem::path& path, std::string_view bytes);
     std::filesystem::path m_root;
+    WriteService m_files;
     Encoder m_encoder;
     DemoResult& m_result;
     std::string m_archiveFolder, m_archiveName;

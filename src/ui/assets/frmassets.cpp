@@ -19,6 +19,7 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QBuffer>
 #include <QImage>
 #include <QPainter>
 #include <QLabel>
@@ -643,9 +644,13 @@ void frmAssets::Command20_Click() {
         m_ctx.ui().message("No rows are selected.");
         return;
     }
-    auto toPng = [](const std::filesystem::path& jpg, const std::filesystem::path& png) {
+    auto toPng = [](const std::filesystem::path& jpg) -> std::optional<std::string> {
         const QImage image(QString::fromStdString(jpg.string()));
-        return !image.isNull() && image.save(QString::fromStdString(png.string()), "PNG");
+        QByteArray png;
+        QBuffer buffer(&png);
+        if (image.isNull() || !buffer.open(QIODevice::WriteOnly) || !image.save(&buffer, "PNG"))
+            return std::nullopt;
+        return png.toStdString();
     };
     JournalCommand command(&m_ctx.journal(), "Add LocoInformation pictures");
     for (const auto& row : selected) {

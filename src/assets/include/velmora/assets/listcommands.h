@@ -61,10 +61,10 @@ StoreResult storeBlueprint(AppContext& ctx, const std::filesystem::path& source,
                            std::string fileName);
 
 // Add LocoInformation for one row: Thumbnails/<Name>.jpg becomes LocoInformation/image.png
-// beside the blueprint. `toPng` converts a picture file. Returns an empty string on success.
+// beside the blueprint. `toPng` gives a picture file's content as PNG, nothing when it cannot.
+// Returns an empty string on success.
 std::string addLocoInformation(AppContext& ctx, const AssetRow& row,
-                               const std::function<bool(const std::filesystem::path& jpg,
-                                                        const std::filesystem::path& png)>& toPng);
+                               const std::function<std::optional<std::string>(const std::filesystem::path& jpg)>& toPng);
 
 // "Search For Assets Details": every blueprint of this file name below the Assets folder (a
 // final "xml" is taken as "bin"), with its provider, product, path, name and category. `tick`

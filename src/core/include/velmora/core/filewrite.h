@@ -59,6 +59,9 @@ struct WriteOptions {
     bool journal = true;
     // The file's permission bits are kept; a read-only file is refused where no backup is made.
     bool refuseReadOnly = true;
+    // Flushed to the disk before it takes the name. Off only for trees the program generates
+    // from nothing (the demo install), where a crash means generating again.
+    bool sync = true;
 };
 
 struct WriteResult {
@@ -106,7 +109,7 @@ public:
 private:
     WriteResult replace(const fs::path& requested, std::string_view bytes, const WriteOptions& options);
     std::error_code writeTemporary(const fs::path& folder, const std::string& name, std::string_view bytes,
-                                   fs::path& temp, WriteStep& step, std::optional<fs::perms> perms);
+                                   fs::path& temp, WriteStep& step, std::optional<fs::perms> perms, bool sync);
     std::error_code makeBackup(const fs::path& target, fs::path& backup);
     bool mayOverwriteWithoutBackup(const fs::path& target);
 
