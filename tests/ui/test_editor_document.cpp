@@ -157,6 +157,52 @@ private slots:
         QVERIFY(xml.find("<English d:type=\"cDeltaString\">DemoRail Class 66 EWS</English>") != std::string::npos);
     }
 
+    void undoLastChangeAsksFirstAndPutsTheDocumentBack() {
+        const fs::path doc = install("routeproperties.bin", "RouteProperties.bin");
+        const std::string original = readAll(doc);
+        auto editor = open();
+        QVERIFY(editor->action("mnuUndoLast")->isEnabled());
+        editor->mnuUndoLast_Click();
+        QVERIFY(lastMessageContains("There is no change left to undo."));
+
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        QTextCursor c = editor->textView()->document()->find("A test RailWorks XML document");
+        QVERIFY(!c.isNull());
+        c.insertText("An edited document");
+        editor->mnuSaveRS_Click();
+        QVERIFY(editor->saved());
+        const std::string saved = readAll(doc);
+        QVERIFY(saved != original);
+
+        // Asked first, showing the change; No leaves everything as it is.
+        m_ui->pushAnswer(Answer::No);
+        editor->mnuUndoLast_Click();
+        QVERIFY(lastMessageContains("Undo this change?"));
+        QVERIFY(lastMessageContains("Save " + doc.string()));
+        QCOMPARE(readAll(doc), saved);
+
+        m_ui->pushAnswer(Answer::Yes);
+        editor->mnuUndoLast_Click();
+        QCOMPARE(readAll(doc), original);
+        QVERIFY(lastMessageContains("open it again to see it"));
+        editor->mnuUndoLast_Click();
+        QVERIFY(lastMessageContains("There is no change left to undo."));
+
+        // Every backup name taken: asked before overwriting with no backup; No keeps the file.
+        for (int n = 1; n <= 50; ++n)
+            writeFile(doc.string() + ".bak" + std::to_string(n), "old");
+        const std::string before = readAll(doc);
+        m_ui->pushAnswer(Answer::No);
+        editor->mnuSaveRS_Click();
+        QVERIFY(lastMessageContains("all 51 backup names"));
+        QCOMPARE(readAll(doc), before);
+        m_ui->pushAnswer(Answer::Yes);
+        editor->mnuSaveRS_Click();
+        QVERIFY(editor->saved());
+        QCOMPARE(readAll(doc), saved);
+    }
+
     void aDocumentTheCodecRefusesShowsWhyAndChangesNothing() {
         const fs::path doc = m_dir / "rw/Content/Routes/r1/Broken.bin";
         writeFile(doc, "SERZ but not really");
