@@ -66,6 +66,20 @@ TEST(EditorDocument, AnotherExtensionGoesThroughTheScratchBin) {
     EXPECT_EQ(steps[2].rfind("Finished at ", 0), 0u);
 }
 
+TEST(EditorDocument, ADocumentInTheScratchFolderOpensAsItsOwnCopy) {
+    TempDir dir;
+    dir.write("temp/Saved.bin", binary(kXml));
+    dir.write("temp/Saved.xml", kXml);
+    EditorDocument doc;
+    std::string xml;
+    const ConvertResult r = openBinaryDocument(dir / "temp/Saved.bin", dir / "temp", doc, xml);
+    ASSERT_TRUE(r) << r.message;
+    EXPECT_EQ(xml, kXml);
+    ASSERT_TRUE(openXmlDocument(dir / "temp/Saved.xml", dir / "temp", doc, xml));
+    EXPECT_EQ(xml, kXml);
+    EXPECT_EQ(ReadTextFile(dir / "temp/Saved.bin"), binary(kXml));
+}
+
 TEST(EditorDocument, SaveAsLeavesTheOriginalAlone) {
     TempDir dir;
     WriteService files;

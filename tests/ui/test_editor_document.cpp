@@ -5,6 +5,7 @@
 #include "editor/frmeditor.h"
 #include "serz/serz.h"
 #include "velmora/core/document.h"
+#include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/demo/demoinstall.h"
 
@@ -226,6 +227,71 @@ private slots:
         QVERIFY(!editor->saved());
         QCOMPARE(readAll(doc), original);
         QVERIFY(!fs::exists(doc.string() + ".bak"));
+    }
+
+    // Save writes only to the document whose path is shown: never to an earlier one after a
+    // cancelled or failed Open or after Clear Screen.
+    void saveNeverFallsBackOnAnEarlierDocument() {
+        const fs::path doc = install("routeproperties.bin", "RouteProperties.bin");
+        const std::string original = readAll(doc);
+        auto editor = open();
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        QVERIFY(editor->action("mnuSaveRS")->isEnabled());
+        editor->mnuOpenRS_Click(); // the file dialog cancelled
+        QVERIFY(!editor->action("mnuSaveRS")->isEnabled());
+        QVERIFY(!editor->action("mnuItSaveAs")->isEnabled());
+        editor->textView()->setPlainText(QString::fromLatin1(QByteArray::fromStdString(ReadTextFile(m_ctx->tempFiles() / "RouteProperties.xml"))));
+        editor->mnuSaveRS_Click();
+        QCOMPARE(readAll(doc), original);
+        QVERIFY(!fs::exists(doc.string() + ".bak"));
+
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        editor->mnuClear_Click();
+        QVERIFY(!editor->action("mnuSaveRS")->isEnabled());
+        editor->textView()->setPlainText(QString::fromLatin1(QByteArray::fromStdString(ReadTextFile(m_ctx->tempFiles() / "RouteProperties.xml"))));
+        editor->mnuSaveRS_Click();
+        QVERIFY(!fs::exists(doc.string() + ".bak"));
+        // The tree tab after Clear Screen builds nothing from the cleared document.
+        editor->findChild<QTabWidget*>("SSTab1")->setCurrentIndex(1);
+        QVERIFY(!editor->treeLoaded());
+
+        // A document that does not convert leaves nothing to save over either.
+        const fs::path broken = m_dir / "rw/Content/Routes/r1/Broken.bin";
+        writeFile(broken, "SERZ but not really");
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        m_ui->pushPath(broken);
+        editor->mnuOpenRS_Click();
+        QVERIFY(!editor->action("mnuSaveRS")->isEnabled());
+        editor->mnuSaveRS_Click();
+        QVERIFY(!fs::exists(doc.string() + ".bak"));
+    }
+
+    // Errors are said once: Save .xml of an empty view, a tree that cannot be built.
+    void errorsAreShownOnce() {
+        auto editor = open();
+        m_ui->pushPath(m_dir / "empty.xml");
+        editor->mnuSavexml_Click();
+        std::size_t warnings = 0;
+        for (const auto& p : m_ui->prompts)
+            warnings += p.text.find("An error occurred while writing") != std::string::npos;
+        QCOMPARE(warnings, std::size_t(1));
+        QVERIFY(!fs::exists(m_dir / "empty.xml"));
+
+        const fs::path bad = m_dir / "rw/Bad.xml";
+        writeFile(bad, "<cThing><unbalanced></cThing>");
+        m_ui->pushPath(bad);
+        editor->mnuXML_Click();
+        const std::size_t before = m_ui->prompts.size();
+        auto* tabs = editor->findChild<QTabWidget*>("SSTab1");
+        for (int visit = 0; visit < 3; ++visit) {
+            tabs->setCurrentIndex(0);
+            tabs->setCurrentIndex(1);
+        }
+        QVERIFY(!editor->treeLoaded());
+        QCOMPARE(m_ui->prompts.size(), before);
     }
 
     void theTreeTabParsesOnFirstUseAndSearches() {

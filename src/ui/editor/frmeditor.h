@@ -85,6 +85,8 @@ public:
 public slots:
     void mnuOpenRS_Click();
     void mnuSaveRS_Click();
+    // True while a document is open and its path is the one shown.
+    bool documentShown() const;
     // Files > Undo Last Change...: shows the newest change not yet undone and asks first.
     void mnuUndoLast_Click();
     void mnuItSaveAs_Click();
@@ -144,6 +146,8 @@ private:
     void applyStartup();
     void refreshCaption();
     void enableForDocument(bool binary);
+    // Drops the open document: the save commands are disabled until the next one opens.
+    void forgetDocument();
 
     // Open: the path from the command line or the route list, else a file dialog.
     std::optional<std::string> choosePath(const std::string& title, const std::string& filter);
@@ -214,6 +218,7 @@ private:
     bool m_saved = false;
     bool m_secondView = false;
     bool m_treeLoaded = false;
+    bool m_treeTried = false; // a parse of the current tree file has been attempted
     bool m_highlighted = false;
     bool m_openedFromRouteList = false;
     bool m_loading = false;

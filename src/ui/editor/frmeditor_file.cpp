@@ -72,6 +72,17 @@ void frmEditor::enableForDocument(bool binary) {
     action("mnuFind")->setEnabled(true);
 }
 
+void frmEditor::forgetDocument() {
+    // Nothing is open: Save has no path to write to, and never falls back on an earlier one.
+    m_doc = {};
+    for (const char* name : {"mnuSaveRS", "mnuItSaveAs", "mnuSavexml"})
+        action(name)->setEnabled(false);
+}
+
+bool frmEditor::documentShown() const {
+    return !m_doc.path.empty() && fromQt(m_path->text()) == m_doc.path.string();
+}
+
 void frmEditor::showText(QPlainTextEdit* view, const QString& text) {
     m_loading = true;
     view->setPlainText(text);
@@ -99,8 +110,10 @@ void frmEditor::mnuOpenRS_Click() {
     m_treeLoaded = false;
     const auto path = choosePath("Open RailSim file", kOpenFilter);
     m_openedFromRouteList = false;
-    if (!path)
+    if (!path) {
+        forgetDocument();
         return;
+    }
     loadBinary(*path);
 }
 
@@ -133,6 +146,9 @@ void frmEditor::loadBinary(const std::string& path) {
         m_doc = job->doc;
         ClearCurrentFile(toQt(m_doc.tempXml().string()));
         if (!job->result) {
+            forgetDocument();
+            m_path->clear();
+            m_pathLabel->clear();
             m_loading = false;
             m_ctx.ui().message(job->result.message, Icon::Warning, "Open RailSim file");
             emit documentLoaded();
@@ -175,9 +191,7 @@ void frmEditor::loadBinary(const std::string& path) {
                 // A part of a document must never be saved over the whole one.
                 self->showText(self->m_text, {});
                 self->m_path->clear();
-                self->m_doc = {};
-                self->action("mnuSaveRS")->setEnabled(false);
-                self->action("mnuItSaveAs")->setEnabled(false);
+                self->forgetDocument();
                 self->m_loading = false;
                 emit self->documentLoaded();
                 return;
@@ -206,11 +220,14 @@ void frmEditor::mnuXML_Click() {
     const auto path = choosePath("Open .xml file", kXmlFilter);
     m_openedFromRouteList = false;
     m_ctx.openedFromCommandLine = false;
-    if (!path)
+    if (!path) {
+        forgetDocument();
         return;
+    }
     std::string xml;
     const ConvertResult r = openXmlDocument(*path, m_ctx.tempFiles(), m_doc, xml);
     if (!r) {
+        forgetDocument();
         m_ctx.ui().message(r.message, Icon::Warning, "Open .xml file");
         return;
     }
@@ -229,7 +246,8 @@ void frmEditor::mnuXML_Click() {
 }
 
 void frmEditor::mnuSaveRS_Click() {
-    if (m_loading || m_doc.path.empty() || m_doc.isXml)
+    // Only ever to the document whose path is shown.
+    if (m_loading || !documentShown() || m_doc.isXml)
         return;
     JournalCommand command(&m_ctx.journal(), "Save " + m_doc.path.string());
     const SaveResult r = saveBinaryDocument(m_ctx.files(), m_doc, viewBytes(m_text),
@@ -268,7 +286,7 @@ void frmEditor::mnuUndoLast_Click() {
 }
 
 void frmEditor::mnuItSaveAs_Click() {
-    if (m_loading || m_doc.path.empty() || m_doc.isXml)
+    if (m_loading || !documentShown() || m_doc.isXml)
         return;
     FileRequest request;
     request.title = "Save as xml format files";
@@ -330,8 +348,10 @@ void frmEditor::mnuClear_Click() {
     m_treeModel->setTree(nullptr);
     m_xmlTree.clear();
     m_treeLoaded = false;
+    m_treeFile.clear();
     m_panels[3]->clear();
     m_panels[4]->clear();
+    forgetDocument();
 }
 
 void frmEditor::Command6_Click() { mnuClear_Click(); }

@@ -29,6 +29,7 @@ void frmEditor::ClearCurrentFile(const QString& fileName) {
     m_xmlTree.clear();
     m_selectedNode = nullptr;
     m_treeFile = fileName;
+    m_treeTried = false;
     m_treeSearchStart = 0;
     m_caption = "XML File Editor - " + fromQt(fileName);
     SetDirty(false);
@@ -36,6 +37,7 @@ void frmEditor::ClearCurrentFile(const QString& fileName) {
 }
 
 bool frmEditor::LoadXMLFile() {
+    m_treeTried = true;
     m_treeModel->setTree(nullptr);
     const std::string text = ReadTextFile(fromQt(m_treeFile));
     UserInterface& ui = m_ctx.ui();
@@ -140,7 +142,8 @@ void frmEditor::Command3_Click() { treeSearch(TreeSearchKind::Names, true); }
 void frmEditor::Command4_Click() { treeSearch(TreeSearchKind::Shown, false); }
 
 void frmEditor::SSTab1_Click(int index) {
-    if (index == 1 && !m_treeLoaded && !m_treeFile.isEmpty()) {
+    // A document whose tree cannot be built says so once, not on every visit to the tab.
+    if (index == 1 && !m_treeLoaded && !m_treeTried && !m_treeFile.isEmpty()) {
         m_treeLoaded = LoadXMLFile();
     } else if (index == 2) {
         Command9_Click();
