@@ -130,6 +130,9 @@ void Journal::begin(const std::string& command, long undoes) {
 void Journal::end() {
     std::lock_guard lock(m_mutex);
     if (m_depth > 0 && --m_depth == 0) {
+        // The records of a command reach the disk together, once it has written its last file.
+        if (m_id)
+            WriteService().append(m_file, {}, nullptr, true);
         m_command.clear();
         m_undoes = 0;
         m_id = 0;
@@ -178,7 +181,7 @@ bool Journal::record(const JournalFile& file, std::string* error) {
     if (!endsWithLineEnd(m_file))
         line.insert(line.begin(), '\n');
     WriteService plain; // the journal's own appends are never journalled
-    if (!plain.append(m_file, line, error)) {
+    if (!plain.append(m_file, line, error, m_depth == 0)) {
         if (error)
             *error = "The journal could not record the change: " + *error;
         return false;

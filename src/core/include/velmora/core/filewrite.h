@@ -100,8 +100,9 @@ public:
     WriteResult write(const fs::path& target, std::string_view bytes, const WriteOptions& options = {});
     // The whole of `source` written to `target` the same way.
     WriteResult copy(const fs::path& source, const fs::path& target, const WriteOptions& options = {});
-    // Adds `bytes` at the end of a log of the program's own (Errors.txt, the journal), synced.
-    bool append(const fs::path& target, std::string_view bytes, std::string* error = nullptr);
+    // Adds `bytes` at the end of a log of the program's own (Errors.txt, the journal), synced
+    // unless told otherwise.
+    bool append(const fs::path& target, std::string_view bytes, std::string* error = nullptr, bool sync = true);
     // Takes a file away from its name, as an undo does with a file its command created: the
     // file keeps its numbered backup name, so nothing is deleted. Recorded in the journal.
     WriteResult remove(const fs::path& target);
