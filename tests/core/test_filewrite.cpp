@@ -183,6 +183,20 @@ TEST(WriteService, TargetsThatAreLinksFoldersOrReadOnly) {
     EXPECT_EQ(test::slurp(locked), "replaced");
     EXPECT_EQ(test::slurp(dir / "Locked.bin.bak"), "locked");
 
+    // A folder that cannot be written to: the message says so and nothing is made.
+    FaultyFiles readOnlyFolder(WriteStep::Create, std::errc::permission_denied);
+    files.setFileOps(&readOnlyFolder);
+    r = files.write(dir / "Locked.bin", "x");
+    EXPECT_NE(r.message.find("Permission denied"), std::string::npos) << r.message;
+    EXPECT_EQ(test::slurp(locked), "replaced");
+    files.setFileOps(nullptr);
+    if (::geteuid() != 0) {
+        fs::create_directories(dir / "sealed");
+        fs::permissions(dir / "sealed", fs::perms::owner_read | fs::perms::owner_exec);
+        EXPECT_FALSE(files.write(dir / "sealed/New.bin", "x"));
+        fs::permissions(dir / "sealed", fs::perms::owner_all);
+    }
+
     // Missing folders are made on the way.
     ASSERT_TRUE(files.write(dir / "a/b/c/New.txt", "deep"));
     EXPECT_EQ(test::slurp(dir / "a/b/c/New.txt"), "deep");
