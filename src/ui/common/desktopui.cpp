@@ -41,9 +41,18 @@ QMessageBox::Icon qtIcon(Icon icon) {
 }
 } // namespace
 
+QWidget* DesktopUi::owner() const {
+    // The screen the user is working in: a dialog opens over it, and the main screen is not
+    // raised above a tool screen because a question came from there.
+    if (QWidget* active = QApplication::activeWindow(); active && active->isVisible() &&
+                                                        !qobject_cast<QProgressDialog*>(active))
+        return active;
+    return m_parent;
+}
+
 void DesktopUi::message(const std::string& text, Icon icon, const std::string& title) {
     QMessageBox box(qtIcon(icon), title.empty() ? QStringLiteral("Velmora") : toQt(title), toQt(text),
-                    QMessageBox::Ok, m_parent);
+                    QMessageBox::Ok, owner());
     box.setObjectName("velmoraMessage");
     box.exec();
 }
@@ -57,7 +66,7 @@ Answer DesktopUi::ask(const std::string& text, Buttons buttons, Icon icon, const
     case Buttons::YesNoCancel: b = QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel; break;
     case Buttons::OkContinue: b = QMessageBox::Ok; break;
     }
-    QMessageBox box(qtIcon(icon), title.empty() ? QStringLiteral("Velmora") : toQt(title), toQt(text), b, m_parent);
+    QMessageBox box(qtIcon(icon), title.empty() ? QStringLiteral("Velmora") : toQt(title), toQt(text), b, owner());
     box.setObjectName("velmoraQuestion");
     if (buttons == Buttons::OkContinue)
         box.addButton(QObject::tr("&Continue"), QMessageBox::RejectRole);
@@ -72,7 +81,7 @@ Answer DesktopUi::ask(const std::string& text, Buttons buttons, Icon icon, const
 std::optional<std::string> DesktopUi::inputText(const std::string& prompt, const std::string& title,
                                                 const std::string& initial) {
     bool ok = false;
-    QString s = QInputDialog::getText(m_parent, toQt(title), toQt(prompt), QLineEdit::Normal, toQt(initial), &ok);
+    QString s = QInputDialog::getText(owner(), toQt(title), toQt(prompt), QLineEdit::Normal, toQt(initial), &ok);
     if (!ok)
         return std::nullopt;
     return fromQt(s);
@@ -81,8 +90,8 @@ std::optional<std::string> DesktopUi::inputText(const std::string& prompt, const
 std::optional<std::filesystem::path> DesktopUi::chooseFile(const FileRequest& request) {
     QString start = QString::fromStdString(request.startFolder.string());
     QString name = request.save
-                       ? QFileDialog::getSaveFileName(m_parent, toQt(request.title), start, qtFilter(request.filter))
-                       : QFileDialog::getOpenFileName(m_parent, toQt(request.title), start, qtFilter(request.filter));
+                       ? QFileDialog::getSaveFileName(owner(), toQt(request.title), start, qtFilter(request.filter))
+                       : QFileDialog::getOpenFileName(owner(), toQt(request.title), start, qtFilter(request.filter));
     if (name.isEmpty())
         return std::nullopt;
     return std::filesystem::path(name.toStdString());
@@ -90,7 +99,7 @@ std::optional<std::filesystem::path> DesktopUi::chooseFile(const FileRequest& re
 
 std::optional<std::filesystem::path> DesktopUi::chooseFolder(const std::string& title,
                                                              const std::filesystem::path& start) {
-    QString name = QFileDialog::getExistingDirectory(m_parent, toQt(title), QString::fromStdString(start.string()));
+    QString name = QFileDialog::getExistingDirectory(owner(), toQt(title), QString::fromStdString(start.string()));
     if (name.isEmpty())
         return std::nullopt;
     return std::filesystem::path(name.toStdString());
@@ -100,7 +109,7 @@ void DesktopUi::beginProgress(const std::string& label, std::int64_t total) {
     m_cancelled = false;
     m_total = total;
     if (!m_progress) {
-        m_progress = new QProgressDialog(m_parent);
+        m_progress = new QProgressDialog(owner());
         m_progress->setObjectName("velmoraProgress");
         m_progress->setCancelButtonText(QObject::tr("Abort"));
         m_progress->setMinimumDuration(300);
@@ -128,9 +137,13 @@ void DesktopUi::progress(std::int64_t done, const std::string& label) {
 
 void DesktopUi::endProgress() {
     if (m_progress) {
+        // reset() stops the timer that shows the box once its delay has passed: a job shorter
+        // than the delay must not leave a box that appears later over the next question. The box
+        // goes at once, not at the next turn of the event loop, which a question's own loop
+        // would put off.
+        m_progress->reset();
         m_progress->hide();
-        m_progress->deleteLater();
-        m_progress = nullptr;
+        delete m_progress.data();
     }
 }
 

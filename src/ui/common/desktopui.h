@@ -31,6 +31,9 @@ public:
     bool cancelled() const override;
     void pumpEvents() override;
 
+    // The window a dialog opens over: the active screen, else the one given at construction.
+    QWidget* owner() const;
+
 private:
     QPointer<QWidget> m_parent;
     QPointer<QProgressDialog> m_progress;

@@ -1,0 +1,120 @@
+// The desktop front end of the logic's channel: a progress box never outlives its job, and
+// dialogs open over the screen the user is working in.
+
+#include "common/desktopui.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QEventLoop>
+#include <QMessageBox>
+#include <QProgressDialog>
+#include <QTimer>
+#include <QtTest>
+
+using namespace velmora;
+
+namespace {
+
+// The visible top-level dialogs of a kind, by object name.
+int visible(const char* objectName) {
+    int n = 0;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w->objectName() == objectName && w->isVisible())
+            ++n;
+    return n;
+}
+
+// Closes every modal dialog, a question by its Yes, so that a failing check never leaves one open.
+void closeDialogs() {
+    for (int i = 0; i < 5; ++i) {
+        QWidget* w = QApplication::activeModalWidget();
+        if (!w)
+            return;
+        if (auto* box = qobject_cast<QMessageBox*>(w); box && box->button(QMessageBox::Yes))
+            box->button(QMessageBox::Yes)->click();
+        else
+            w->close();
+    }
+}
+
+} // namespace
+
+class TestDesktopUi : public QObject {
+    Q_OBJECT
+
+private slots:
+    // A job shorter than the box's delay: the box never shows, and the next question is the
+    // window that takes the answer.
+    void aShortJobLeavesNoBoxOverTheNextQuestion() {
+        QWidget screen;
+        screen.show();
+        ui::DesktopUi desktop(&screen);
+        bool answered = false;
+        int progressShown = -1;
+        QString onTop;
+        Answer answer = Answer::Cancel;
+        // As in the program, the job runs from the event loop, so the question's own loop is a
+        // nested one.
+        QEventLoop loop;
+        QTimer::singleShot(0, [&] {
+            desktop.beginProgress("Reading blueprints", 10);
+            desktop.progress(10, {});
+            desktop.endProgress();
+            // The question comes at once; it is looked at after the box's 300 ms delay has passed.
+            QTimer::singleShot(450, [&] {
+                progressShown = visible("velmoraProgress");
+                QWidget* top = QApplication::activeModalWidget();
+                onTop = top ? top->objectName() : QString();
+                closeDialogs();
+                answered = true;
+            });
+            answer = desktop.ask("Do you wish to view a list of Shapes used by this route?", Buttons::YesNo,
+                                 Icon::Question, {});
+            loop.quit();
+        });
+        QTimer::singleShot(5000, &loop, &QEventLoop::quit); // never hang on a box nobody closes
+        loop.exec();
+        QVERIFY(answered);
+        QCOMPARE(progressShown, 0);
+        QCOMPARE(onTop, QString("velmoraQuestion"));
+        QCOMPARE(answer, Answer::Yes);
+    }
+
+    // A question from a tool screen opens over that screen, not over the main one.
+    void dialogsOpenOverTheScreenThatAsked() {
+        QWidget main;
+        main.setObjectName("frmEditor");
+        main.show();
+        QWidget tool;
+        tool.setObjectName("frmAssets");
+        tool.show();
+        QApplication::setActiveWindow(&tool);
+        ui::DesktopUi desktop(&main);
+        QWidget* parent = nullptr;
+        QTimer::singleShot(0, [&] {
+            if (QWidget* box = QApplication::activeModalWidget())
+                parent = box->parentWidget();
+            closeDialogs();
+        });
+        desktop.message("Selected items have been added to the grid.", Icon::Information, {});
+        QCOMPARE(parent, &tool);
+
+        // With no screen active the main screen owns it.
+        QApplication::setActiveWindow(nullptr);
+        tool.hide();
+        QTimer::singleShot(0, [&] {
+            if (QWidget* box = QApplication::activeModalWidget())
+                parent = box->parentWidget();
+            closeDialogs();
+        });
+        desktop.message("x", Icon::Information, {});
+        QCOMPARE(parent, &main);
+    }
+};
+
+int runTestDesktopUi(int argc, char** argv) {
+    TestDesktopUi t;
+    return QTest::qExec(&t, argc, argv);
+}
+
+#include "test_desktopui.moc"
