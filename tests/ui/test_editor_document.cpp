@@ -300,7 +300,7 @@ private slots:
         m_ui->pushPath(doc);
         editor->mnuOpenRS_Click();
         QVERIFY(!editor->treeLoaded());
-        QVERIFY(editor->windowTitle().startsWith("XML File Editor - "));
+        QCOMPARE(editor->windowTitle(), QString::fromStdString("XML File Editor - " + doc.string()));
         editor->findChild<QTabWidget*>("SSTab1")->setCurrentIndex(1);
         QVERIFY(editor->treeLoaded());
         QVERIFY(editor->tree().size() > 10);

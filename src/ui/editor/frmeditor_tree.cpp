@@ -31,7 +31,8 @@ void frmEditor::ClearCurrentFile(const QString& fileName) {
     m_treeFile = fileName;
     m_treeTried = false;
     m_treeSearchStart = 0;
-    m_caption = "XML File Editor - " + fromQt(fileName);
+    // The title names the user's document, not its scratch copy.
+    m_caption = "XML File Editor - " + (m_doc.path.empty() ? fromQt(fileName) : m_doc.path.string());
     SetDirty(false);
     EnableNodeEdit(false);
 }
