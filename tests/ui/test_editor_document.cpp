@@ -117,6 +117,9 @@ private slots:
         search->searchBox()->setText("a test railworks xml document");
         search->replacementBox()->setText("An edited document");
         QCOMPARE(search->Command6_Click(), qsizetype(1));
+        QCOMPARE(search->status(), QString("1 replaced."));
+        QVERIFY(!search->Command4_Click());
+        QCOMPARE(search->status(), QString("\"a test railworks xml document\" was not found."));
         QVERIFY(editor->edited());
 
         editor->mnuSaveRS_Click();

@@ -23,6 +23,8 @@ dlgSearch::dlgSearch(QPlainTextEdit* view, QWidget* parent) : QDialog(parent), m
     m_with->setObjectName("Text3");
     m_whole = new QCheckBox(tr("Whole Word only"));
     m_whole->setObjectName("Check1");
+    m_status = new QLabel;
+    m_status->setObjectName("lblStatus");
 
     auto button = [this](const char* name, const QString& caption) {
         auto* b = new QPushButton(caption);
@@ -52,13 +54,21 @@ dlgSearch::dlgSearch(QPlainTextEdit* view, QWidget* parent) : QDialog(parent), m
     grid->addWidget(replace, 2, 2);
     grid->addWidget(clear, 3, 1);
     grid->addWidget(replaceAll, 3, 2);
+    grid->addWidget(m_status, 4, 0, 1, 3);
 }
+
+QString dlgSearch::status() const { return m_status->text(); }
+
+void dlgSearch::say(const QString& text) { m_status->setText(text); }
 
 bool dlgSearch::findFrom(qsizetype from) {
     const QString text = m_view->toPlainText();
     const qsizetype at = findInText(text, {m_what->text(), m_whole->isChecked()}, from);
-    if (at < 0)
+    if (at < 0) {
+        say(tr("\"%1\" was not found%2.").arg(m_what->text(), from > 0 ? tr(" after the cursor") : QString()));
         return false;
+    }
+    say({});
     QTextCursor c(m_view->document());
     c.setPosition(static_cast<int>(at));
     c.setPosition(static_cast<int>(at + m_what->text().size()), QTextCursor::KeepAnchor);
@@ -83,6 +93,8 @@ void dlgSearch::Command5_Click() {
 qsizetype dlgSearch::Command6_Click() {
     QString text = m_view->toPlainText();
     const qsizetype count = replaceAllInText(text, {m_what->text(), m_whole->isChecked()}, m_with->text());
+    say(count == 0 ? tr("\"%1\" was not found.").arg(m_what->text())
+                   : tr("%n replaced.", nullptr, static_cast<int>(count)));
     if (count > 0) {
         // One edit for the whole replacement, so that a single Undo takes it back.
         QTextCursor c(m_view->document());

@@ -4,6 +4,7 @@
 #include <QDialog>
 
 class QCheckBox;
+class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 
@@ -17,6 +18,8 @@ public:
     QLineEdit* searchBox() const { return m_what; }       // Text2
     QLineEdit* replacementBox() const { return m_with; }  // Text3
     QCheckBox* wholeWordBox() const { return m_whole; }   // Check1
+    // What the last command found or replaced, in the dialog itself ("lblStatus").
+    QString status() const;
 
 public slots:
     bool Command4_Click();      // Find: from the first character
@@ -27,7 +30,9 @@ public slots:
 
 private:
     bool findFrom(qsizetype from);
+    void say(const QString& text);
     QPlainTextEdit* m_view;
+    QLabel* m_status;
     QLineEdit* m_what;
     QLineEdit* m_with;
     QCheckBox* m_whole;
