@@ -179,6 +179,15 @@ private slots:
         const std::string saved = readAll(doc);
         QVERIFY(saved != original);
 
+        // Go to Line: the cursor to the line named; a line past the end is said.
+        m_ui->pushText("3");
+        editor->mnuGoToLine_Click();
+        QCOMPARE(editor->textView()->textCursor().blockNumber(), 2);
+        m_ui->pushText("999999");
+        editor->mnuGoToLine_Click();
+        QVERIFY(lastMessageContains("There is no line 999999 in this document"));
+        QVERIFY(editor->textView()->marginWidth() > 0);
+
         // Asked first, showing the change; No leaves everything as it is.
         m_ui->pushAnswer(Answer::No);
         editor->mnuUndoLast_Click();

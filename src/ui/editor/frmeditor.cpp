@@ -1,4 +1,5 @@
 #include "frmeditor.h"
+#include "numberedview.h"
 
 #include "../common/desktopui.h"
 #include "../assets/frmassets.h"
@@ -79,6 +80,7 @@ const MenuEntry kMenus[] = {
     {"mnuSearch", "", "Search"},
     {"mnuFind", "mnuSearch", "Find"},
     {"mnuFindMult", "mnuSearch", "Find in Multiple Files"},
+    {"mnuGoToLine", "mnuSearch", "Go to Line..."},
 
     {"mnuConv", "", "Graphics Tools"},
     {"mnuDDS", "mnuConv", "Convert to .dds"},
@@ -230,7 +232,7 @@ QWidget* frmEditor::buildTextTab() {
     m_path2Label = new QLabel;
     m_path2Label->setObjectName("Label4");
 
-    m_text = new QPlainTextEdit;
+    m_text = new NumberedView;
     m_text->setObjectName("RichTextBox1");
     m_text->setLineWrapMode(QPlainTextEdit::NoWrap);
     m_text2 = new QPlainTextEdit;
@@ -241,7 +243,7 @@ QWidget* frmEditor::buildTextTab() {
     mono.setPointSize(11);
     m_text->setFont(mono);
     m_text2->setFont(mono);
-    for (QPlainTextEdit* view : {m_text, m_text2})
+    for (QPlainTextEdit* view : {static_cast<QPlainTextEdit*>(m_text), m_text2})
         view->setTabStopDistance(4 * QFontMetricsF(mono).horizontalAdvance(' '));
     connect(m_text, &QPlainTextEdit::textChanged, this, [this] {
         if (!m_loading && m_path->text().endsWith(QLatin1String("bin")))
@@ -478,7 +480,7 @@ void frmEditor::buildContextMenu() {
                 view->textCursor().removeSelectedText();
         });
     }
-    for (QPlainTextEdit* view : {m_text, m_text2}) {
+    for (QPlainTextEdit* view : {static_cast<QPlainTextEdit*>(m_text), m_text2}) {
         view->setContextMenuPolicy(Qt::CustomContextMenu);
         connect(view, &QWidget::customContextMenuRequested, this, [this, view](const QPoint& at) {
             m_context->setProperty("view", QVariant::fromValue<QObject*>(view));
@@ -506,6 +508,8 @@ void frmEditor::connectCommands() {
     wire("mnu2bin", &frmEditor::mnu2bin_Click);
     wire("mnuFile2", &frmEditor::mnufile2_Click);
     wire("mnuFind", &frmEditor::mnuFind_Click);
+    wire("mnuGoToLine", &frmEditor::mnuGoToLine_Click);
+    action("mnuGoToLine")->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_G));
     wire("mnuDont", &frmEditor::mnuDont_Click);
     wire("mnuNewVer", &frmEditor::mnuNewVer_Click);
     wire("mnuEdMax", &frmEditor::mnuEdMax_Click);
@@ -584,7 +588,7 @@ void frmEditor::applyStartup() {
         action(name)->setEnabled(false);
     action("mnuRSBT")->setVisible(r.showRsBinTool);
     if (r.fontSizeSet) {
-        for (QPlainTextEdit* view : {m_text, m_text2}) {
+        for (QPlainTextEdit* view : {static_cast<QPlainTextEdit*>(m_text), m_text2}) {
             QFont f = view->font();
             f.setPointSizeF(r.fontSize);
             view->setFont(f);
@@ -714,6 +718,19 @@ void frmEditor::mnuFind_Click() {
         m_search = new dlgSearch(m_text, this);
     m_search->show();
     m_search->raise();
+}
+
+void frmEditor::mnuGoToLine_Click() {
+    const int lines = m_text->document()->blockCount();
+    const auto answer = m_ctx.ui().inputText("Line number (1 to " + std::to_string(lines) + "):", "Go to Line",
+                                             std::to_string(m_text->textCursor().blockNumber() + 1));
+    if (!answer)
+        return;
+    bool ok = false;
+    const int line = QString::fromStdString(*answer).trimmed().toInt(&ok);
+    if (!ok || !m_text->goToLine(line))
+        m_ctx.ui().message("There is no line " + *answer + " in this document: it has " + std::to_string(lines) + ".",
+                           Icon::Warning, "Go to Line");
 }
 
 void frmEditor::closeEvent(QCloseEvent* event) {

@@ -8,6 +8,8 @@
 #include "velmora/core/document.h"
 #include "velmora/core/xmltree.h"
 
+#include "numberedview.h"
+
 #include <QMainWindow>
 #include <QPointer>
 
@@ -57,7 +59,7 @@ public:
 
     bool edited() const { return m_edited; }
     bool saved() const { return m_saved; }
-    QPlainTextEdit* textView() const { return m_text; }
+    NumberedView* textView() const { return m_text; }
     QPlainTextEdit* secondView() const { return m_text2; }
     const EditorDocument& document() const { return m_doc; }
     const XmlTree& tree() const { return m_xmlTree; }
@@ -85,6 +87,7 @@ public:
 public slots:
     void mnuOpenRS_Click();
     void mnuSaveRS_Click();
+    void mnuGoToLine_Click(); // Ctrl+G: the cursor to a line the user names
     // True while a document is open and its path is the one shown.
     bool documentShown() const;
     // Files > Undo Last Change...: shows the newest change not yet undone and asks first.
@@ -177,7 +180,7 @@ private:
     QLabel* m_pathLabel = nullptr; // Label2
     QLineEdit* m_path2 = nullptr;  // Text3
     QLabel* m_path2Label = nullptr; // Label4
-    QPlainTextEdit* m_text = nullptr;  // RichTextBox1
+    NumberedView* m_text = nullptr;    // RichTextBox1, with line numbers
     QPlainTextEdit* m_text2 = nullptr; // RTB2
     QPushButton* m_highlight = nullptr; // Command1
     QPushButton* m_font = nullptr;      // Command5

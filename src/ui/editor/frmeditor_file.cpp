@@ -424,7 +424,7 @@ void frmEditor::setHighlight(bool on) {
         delete m_highlighter2;
         m_highlighter = nullptr;
         m_highlighter2 = nullptr;
-        for (QPlainTextEdit* view : {m_text, m_text2}) {
+        for (QPlainTextEdit* view : {static_cast<QPlainTextEdit*>(m_text), m_text2}) {
             QFont f = view->font();
             f.setPointSize(11);
             view->setFont(f);
