@@ -4,8 +4,10 @@
 #include "serz/serz.h"
 #include "tokens.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
 #include <vector>
 
 namespace serz {
@@ -23,7 +25,8 @@ struct Template {
 class Decoder {
 public:
     Decoder(std::string_view in, std::string& out, const WriteOptions& options)
-        : m_in(in), m_out(out), m_options(options), m_eol(options.lineEnd == LineEnd::CrLf ? "\r\n" : "\n") {}
+        : m_in(in), m_out(out), m_options(options), m_eol(options.lineEnd == LineEnd::CrLf ? "\r\n" : "\n"),
+          m_limit(options.maxXmlBytes ? options.maxXmlBytes : xmlLimitFor(in.size())) {}
 
     Status run();
 
@@ -81,6 +84,7 @@ private:
     std::string& m_out;
     const WriteOptions& m_options;
     const char* m_eol;
+    std::uint64_t m_limit;
     std::size_t m_pos = 0;
     std::size_t m_tokenStart = 0;
     std::string m_error;
@@ -246,6 +250,8 @@ bool Decoder::instance(const Template& t) {
         std::uint32_t children = 0;
         if (!raw(id) || !raw(children))
             return false;
+        if (m_stack.size() >= m_options.maxDepth)
+            return fail("the elements nest deeper than " + std::to_string(m_options.maxDepth) + " levels");
         flushPending(false);
         m_pending = true;
         m_pendingName = t.name;
@@ -369,12 +375,16 @@ Status Decoder::run() {
         return Status{false, "not a simulator document: the header is not SERZ 00 00 01 00", 0, 0};
     m_pos = 8;
     m_out.clear();
-    m_out.reserve(m_in.size() * 7);
+    m_out.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(m_in.size() * std::uint64_t{7}, m_limit)));
     m_out += "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
     m_out += m_eol;
     while (m_pos < m_in.size()) {
         if (!token())
             break;
+        if (m_out.size() > m_limit) {
+            fail("the XML would be larger than " + std::to_string(m_limit) + " bytes");
+            break;
+        }
     }
     if (m_error.empty() && !m_stack.empty())
         fail("the document ends inside the element " + std::string(m_strings[m_stack.back()]));
@@ -389,9 +399,20 @@ Status Decoder::run() {
 
 } // namespace
 
+std::uint64_t xmlLimitFor(std::uint64_t binaryBytes) {
+    constexpr std::uint64_t kFloor = std::uint64_t{256} << 20, kCeiling = std::uint64_t{8} << 30;
+    return std::clamp(binaryBytes * 32, kFloor, kCeiling);
+}
+
 Status decode(std::string_view binary, std::string& xml, const WriteOptions& options) {
-    Decoder d(binary, xml, options);
-    return d.run();
+    try {
+        Decoder d(binary, xml, options);
+        return d.run();
+    } catch (const std::bad_alloc&) {
+        xml.clear();
+        xml.shrink_to_fit();
+        return Status{false, "there is not enough memory to convert the document", 0, 0};
+    }
 }
 
 } // namespace serz

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <unordered_map>
 #include <vector>
 
@@ -607,11 +608,17 @@ Status Encoder::run() {
 } // namespace
 
 Status encode(std::string_view xml, std::string& binary, const ReadOptions& options) {
-    Encoder e(xml, binary, options);
-    Status s = e.run();
-    if (!s.ok)
+    try {
+        Encoder e(xml, binary, options);
+        Status s = e.run();
+        if (!s.ok)
+            binary.clear();
+        return s;
+    } catch (const std::bad_alloc&) {
         binary.clear();
-    return s;
+        binary.shrink_to_fit();
+        return Status{false, "there is not enough memory to convert the document", 0, 0};
+    }
 }
 
 void appendUtf8(std::string& out, char32_t cp) {

@@ -1,5 +1,9 @@
 #include "serz/serz.h"
 #include "testfiles.h"
+#include "../common/hostile.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace serz;
 using namespace serztest;
@@ -192,4 +196,68 @@ TEST(Decode, BadInputNamesTheByteAndLeavesNoOutput) {
     for (int i = 0; i < 70000; ++i)
         many.full('V').str("n", 1).str("cDeltaString", 12).str(std::to_string(i), static_cast<int>(std::to_string(i).size()));
     EXPECT_NE(error(many.b).message.find("65,535"), std::string::npos);
+}
+
+TEST(Decode, HostileNestingAndSizeAreRefusedWithTheirByte) {
+    // A megabyte of nested records would give hundreds of gigabytes of XML.
+    std::string xml = "stale";
+    Status s = decode(velmora::test::nestedDocument(1 << 20), xml);
+    EXPECT_FALSE(s.ok);
+    EXPECT_TRUE(xml.empty());
+    EXPECT_NE(s.message.find("nest deeper than 1024 levels"), std::string::npos) << s.message;
+    // The root opens at byte 8 (17 bytes), every further level takes 9: the 1025th level fails.
+    EXPECT_EQ(s.offset, 25u + 9u * 1023u);
+
+    // The generous limit still lets a deep but honest document through.
+    Bin deep;
+    deep.full('P').str("a", 1).u32(0).u32(1);
+    for (int i = 1; i < 1024; ++i)
+        deep.u8(0).u32(0).u32(1);
+    deep.full('p').ref(0);
+    for (int i = 1; i < 1024; ++i)
+        deep.u8(1);
+    EXPECT_TRUE(decode(deep.b, xml).ok);
+
+    // One long string named again and again: a few bytes each, the whole string each time.
+    Bin wide;
+    wide.full('P').str("R", 1).u32(0).u32(0).full('V').str("v", 1).str("cDeltaString", 12).str(std::string(60000, 'x'), 60000);
+    for (int i = 0; i < 200; ++i)
+        wide.u8(1).ref(3);
+    wide.full('p').ref(0);
+    WriteOptions small;
+    small.maxXmlBytes = 1 << 20;
+    s = decode(wide.b, xml, small);
+    EXPECT_FALSE(s.ok);
+    EXPECT_NE(s.message.find("larger than 1048576 bytes"), std::string::npos) << s.message;
+    EXPECT_GT(s.offset, 8u);
+    EXPECT_TRUE(decode(wide.b, xml).ok) << "12 MB of XML is within the default for any document";
+    EXPECT_EQ(xmlLimitFor(1000), std::uint64_t{256} << 20);
+    EXPECT_EQ(xmlLimitFor(std::uint64_t{1} << 30), std::uint64_t{8} << 30);
+}
+
+TEST(ReadDocument, OnlyRegularFilesAndWithinTheLimit) {
+    const auto dir = std::filesystem::temp_directory_path() / ("velmora-read-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(dir);
+    std::string bytes = "stale";
+    EXPECT_FALSE(readDocument(dir / "none.bin", bytes).ok);
+    EXPECT_TRUE(bytes.empty());
+    // A FIFO would block the reader until a writer comes; it is refused without opening it.
+    const auto fifo = dir / "pipe.bin";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    Status s = readDocument(fifo, bytes);
+    EXPECT_FALSE(s.ok);
+    EXPECT_NE(s.message.find("pipe.bin: is not a regular file"), std::string::npos) << s.message;
+    // A sparse file of 3 GB costs nothing on disk; it must cost nothing in memory either.
+    const auto big = dir / "big.bin";
+    { std::ofstream(big, std::ios::binary) << "SERZ"; }
+    std::filesystem::resize_file(big, std::uint64_t{3} << 30);
+    s = readDocument(big, bytes);
+    EXPECT_FALSE(s.ok);
+    EXPECT_NE(s.message.find("more than the 1073741824 bytes a document may have"), std::string::npos) << s.message;
+    EXPECT_EQ(bytes.capacity() < 4096, true);
+    { std::ofstream(dir / "small.bin", std::ios::binary) << "SERZ1234"; }
+    EXPECT_FALSE(readDocument(dir / "small.bin", bytes, 4).ok);
+    ASSERT_TRUE(readDocument(dir / "small.bin", bytes).ok);
+    EXPECT_EQ(bytes, "SERZ1234");
+    std::filesystem::remove_all(dir);
 }

@@ -36,10 +36,8 @@ template <typename Convert>
 ConvertResult convertFile(const fs::path& in, const fs::path& out, Convert convert) {
     dropOutput(out);
     std::string input;
-    std::error_code ec;
-    if (!fs::is_regular_file(in, ec) || !FileExists(in))
-        return {false, in.string() + ": the file does not exist or cannot be read"};
-    input = ReadTextFile(in);
+    if (const serz::Status read = serz::readDocument(in, input); !read.ok)
+        return {false, read.message};
     std::string output;
     ConvertResult r = fromStatus(convert(input, output), in);
     if (!r.ok)

@@ -14,7 +14,21 @@ enum class LineEnd { CrLf, Lf };
 struct WriteOptions {
     LineEnd lineEnd = LineEnd::CrLf; // serz.exe writes CR LF
     int exponentDigits = 3;          // serz.exe: at least three digits; serz64.exe: two
+    // Real documents nest a few dozen levels. Each level costs a tab on every line below it,
+    // so a crafted document of deep nesting grows with the square of its depth.
+    std::size_t maxDepth = 1024;
+    // The most XML one document may give; 0 picks the default for the input's size
+    // (xmlLimitFor). Real documents give 2 to 7 times their size.
+    std::uint64_t maxXmlBytes = 0;
 };
+
+// The XML one binary document of `binaryBytes` may give by default: 32 times its size, at least
+// 256 MiB, at most 8 GiB.
+std::uint64_t xmlLimitFor(std::uint64_t binaryBytes);
+
+// The largest document file read whole (1 GiB); a larger one is refused before any byte of it
+// is held in memory.
+constexpr std::uint64_t kMaxDocumentBytes = std::uint64_t{1} << 30;
 
 enum class FloatImport {
     Lossless,   // floats from d:alt_encoding when the text is what the writer would print for it
@@ -35,9 +49,14 @@ struct Status {
     static Status success() { return {}; }
 };
 
-// In memory.
+// In memory. Running out of memory is a failed Status too, not an exception.
 Status decode(std::string_view binary, std::string& xml, const WriteOptions& options = {});
 Status encode(std::string_view xml, std::string& binary, const ReadOptions& options = {});
+
+// The bytes of a document file: only a regular file (a FIFO or a device would block or never
+// end), at most `maxBytes` of it. On failure `bytes` is empty and the status names the file.
+Status readDocument(const std::filesystem::path& file, std::string& bytes,
+                    std::uint64_t maxBytes = kMaxDocumentBytes);
 
 // Appends the UTF-8 form of a code point (at most U+10FFFF).
 void appendUtf8(std::string& out, char32_t cp);
