@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 using namespace velmora;
 using velmora::test::TempDir;
 
@@ -59,7 +61,7 @@ TEST(Convert, AFailedConversionLeavesNoOutputAndNamesTheFile) {
     std::string xml = "stale";
     r = binToXmlText(dir / "nothing.bin", xml);
     EXPECT_FALSE(r);
-    EXPECT_NE(r.message.find("nothing.bin: the file cannot be read"), std::string::npos) << r.message;
+    EXPECT_NE(r.message.find("nothing.bin: cannot be read"), std::string::npos) << r.message;
     EXPECT_FALSE(SerzToXml(dir / "nothing.bin", dir / "n.xml"));
     EXPECT_FALSE(fs::exists(dir / "n.xml"));
 
@@ -75,4 +77,19 @@ TEST(Convert, AnEmptyOutputNeverCountsAsSuccess) {
     EXPECT_FALSE(conversionSucceeded(dir / "empty.xml"));
     EXPECT_FALSE(conversionSucceeded(dir / "absent.xml"));
     EXPECT_FALSE(conversionSucceeded(dir.path())) << "a folder is no output";
+}
+
+TEST(Convert, NeitherTheReadersNorTheConvertersWaitOnAFifo) {
+    TempDir dir;
+    const fs::path fifo = dir / "Tile.bin";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    // Each of these would block for ever on open() if it tried to read the FIFO.
+    EXPECT_FALSE(FileExists(fifo));
+    EXPECT_EQ(ReadTextFile(fifo), "");
+    std::string xml;
+    const ConvertResult r = binToXmlText(fifo, xml);
+    EXPECT_FALSE(r);
+    EXPECT_NE(r.message.find("Tile.bin: is not a regular file"), std::string::npos) << r.message;
+    EXPECT_FALSE(SerzToXml(fifo, dir / "Tile.xml"));
+    EXPECT_FALSE(fs::exists(dir / "Tile.xml"));
 }

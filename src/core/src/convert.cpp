@@ -62,11 +62,10 @@ ConvertResult SerzToXml(const fs::path& source, const fs::path& xmlOut) { return
 ConvertResult SerzToBin(const fs::path& xmlIn, const fs::path& binOut) { return encodeFileTo(xmlIn, binOut); }
 
 ConvertResult binToXmlText(const fs::path& source, std::string& xml) {
-    std::string bin = ReadTextFile(source);
-    if (bin.empty() && !FileExists(source)) {
-        xml.clear();
-        return {false, source.string() + ": the file cannot be read"};
-    }
+    xml.clear();
+    std::string bin;
+    if (const serz::Status read = serz::readDocument(source, bin); !read.ok)
+        return {false, read.message};
     return fromStatus(serz::decode(bin, xml), source);
 }
 

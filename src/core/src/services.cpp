@@ -91,7 +91,8 @@ std::string toLowerAscii(std::string_view text) {
 
 bool FileExists(const fs::path& path) {
     std::error_code ec;
-    if (path.empty() || fs::is_directory(path, ec))
+    // Only regular files: opening a FIFO would wait for a writer that may never come.
+    if (path.empty() || !fs::is_regular_file(path, ec))
         return false;
     std::ifstream in(path, std::ios::binary);
     return in.is_open();
@@ -221,6 +222,9 @@ std::string utf8ToCp1252(std::string_view text) {
 }
 
 std::string ReadTextFile(const fs::path& path) {
+    std::error_code ec;
+    if (!fs::is_regular_file(path, ec))
+        return {};
     std::ifstream in(path, std::ios::binary);
     if (!in)
         return {};

@@ -14,14 +14,15 @@ class UserInterface;
 
 namespace fs = std::filesystem;
 
-// Opens the file for reading; a folder, a missing or unreadable file all count as missing.
+// Opens the file for reading; a folder, a missing or unreadable file all count as missing, and
+// so does anything that is not a regular file (a FIFO, a device).
 bool FileExists(const fs::path& path);
 
 // A folder that exists and can be written to. A read-only folder counts as missing.
 // One trailing separator is ignored.
 bool FolderExists(const fs::path& path);
 
-// The whole file as bytes; empty when missing. A name ending in "mkr" is read as UTF-16
+// The whole file as bytes; empty when missing or not a regular file. A name ending in "mkr" is read as UTF-16
 // (little-endian unless a byte order mark says otherwise) and narrowed to Windows-1252.
 std::string ReadTextFile(const fs::path& path);
 
