@@ -59,6 +59,7 @@ bool readListOptions(Session& s, const Arguments& a, assets::AssetListOptions& o
     if (!threads)
         return false;
     o.threads = *threads;
+    o.log = &s.ctx.log();
     // Names are taken in the language the user chose, as the screen shows them.
     const std::string language = s.ctx.settings.language;
     if (!language.empty() && language != "English")
@@ -120,6 +121,9 @@ int cmdAssetsList(Session& s) {
         }
         if (!s.g.quiet)
             s.out << result->rows.size() << " rows written to " << *out << '\n';
+        if (!result->unreadable.empty())
+            s.out << result->unreadable.size() << " files or folders could not be read (see "
+                  << s.ctx.log().file().string() << ")\n";
         return Success;
     }
     if (a.has("--json"))

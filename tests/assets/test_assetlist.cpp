@@ -1,12 +1,16 @@
 #include "velmora/core/filewrite.h"
 #include "velmora/assets/assetlist.h"
+#include "velmora/core/errorlog.h"
 #include "velmora/core/services.h"
+
+#include "../common/hostile.h"
 #include "velmora/demo/demoinstall.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace velmora::assets;
@@ -234,4 +238,45 @@ TEST_F(DemoAssets, FiltersPreloadZeroLengthAndSingleFiles) {
     const auto one = buildAssetList(s_root / "Assets", single);
     ASSERT_EQ(one.rows.size(), 1u);
     EXPECT_EQ(one.rows[0].index, "1");
+}
+
+TEST(HostileAssets, OneBadDocumentNeitherEndsNorSwellsTheList) {
+    const fs::path root = fs::temp_directory_path() / ("velmora-assets-hostile-" + std::to_string(::getpid()));
+    fs::remove_all(root);
+    ASSERT_TRUE(velmora::demo::generateDemoInstall(root, {}).ok);
+    const auto before = buildAssetList(root / "Assets", {});
+    ASSERT_GT(before.rows.size(), 200u);
+
+    // A megabyte of nested records, a loop of links, a link to the Assets folder's parent, a
+    // FIFO named like a blueprint.
+    std::ofstream(root / "Assets/DemoRail/Class66Pack/Scenery/Nested.bin", std::ios::binary)
+        << velmora::test::nestedDocument(1 << 20);
+    fs::create_directory_symlink("..", root / "Assets/DemoRail/up");
+    fs::create_directory_symlink(".", root / "Assets/Heritage/SteamDays/self");
+    ASSERT_EQ(::mkfifo((root / "Assets/DemoRail/Class66Pack/Scenery/Tile.bin").c_str(), 0600), 0);
+
+    velmora::ErrorLog log(root, nullptr);
+    AssetListOptions o;
+    o.log = &log;
+    const auto after = buildAssetList(root / "Assets", o);
+    ASSERT_EQ(after.rows.size(), before.rows.size());
+    for (std::size_t i = 0; i < after.rows.size(); ++i)
+        EXPECT_EQ(after.rows[i].cells(), before.rows[i].cells());
+    // The document that could not be read is named, with what is wrong and where.
+    std::string named;
+    for (const auto& u : after.unreadable)
+        if (u.find("Nested.bin") != std::string::npos)
+            named = u;
+    EXPECT_NE(named.find("nest deeper than 1024 levels (at byte"), std::string::npos) << named;
+    EXPECT_NE(velmora::ReadTextFile(root / "Errors.txt").find("Nested.bin"), std::string::npos);
+    for (const auto& u : after.unreadable)
+        EXPECT_EQ(u.find("Tile.bin"), std::string::npos) << "a FIFO is not a document: " << u;
+
+    // A start folder given relative to the current one finds the same rows.
+    const fs::path here = fs::current_path();
+    fs::current_path(root);
+    const auto relative = buildAssetList("Assets", {});
+    fs::current_path(here);
+    EXPECT_EQ(relative.rows.size(), before.rows.size());
+    fs::remove_all(root);
 }

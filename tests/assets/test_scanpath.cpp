@@ -1,9 +1,12 @@
 #include "velmora/assets/scanpath.h"
 
+#include "../common/unprivileged.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace velmora::assets;
@@ -142,9 +145,58 @@ TEST_F(ScanTree, WithoutRecursionOnlyTheFolderItself) {
     EXPECT_EQ(std::find(seen.begin(), seen.end(), "d.bin"), seen.end());
     EXPECT_EQ(std::find(seen.begin(), seen.end(), "[sub]"), seen.end()) << "folders are not reported without recursion";
     EXPECT_EQ(scan.DirCount(), 0);
-    // A folder that cannot be read gives nothing, not an error.
+    // A folder that cannot be read gives nothing, and says so.
     cScanPath none;
     none.setFilter("*.*");
     none.StartScan(m_root / "no-such-folder", true, true, true);
     EXPECT_EQ(none.FileCount(), 0);
+    ASSERT_EQ(none.UnreadableFolders().size(), 1u);
+    EXPECT_NE(none.UnreadableFolders()[0].find("no-such-folder"), std::string::npos);
+}
+
+TEST_F(ScanTree, LinksToFoldersAreNotFollowedAndOnlyRegularFilesAreReported) {
+    // Loops of links that would multiply the rows or never end, a FIFO that would block the
+    // reader, a link to a file (that file), and a link to nothing.
+    fs::create_directory_symlink("..", m_root / "sub" / "up");
+    fs::create_directory_symlink(".", m_root / "self");
+    fs::create_directory_symlink(".", m_root / "sub" / "deeper" / "again");
+    ASSERT_EQ(::mkfifo((m_root / "pipe.bin").c_str(), 0600), 0);
+    fs::create_symlink(m_root / "b.bin", m_root / "sub" / "alias.bin");
+    fs::create_symlink(m_root / "gone.bin", m_root / "dangling.bin");
+    for (bool sorted : {false, true}) {
+        cScanPath scan;
+        scan.setFilter("*.bin");
+        auto seen = walk(scan, sorted);
+        std::sort(seen.begin(), seen.end());
+        // The link to b.bin is reported where it stands, and names b.bin.
+        const std::vector<std::string> expected = {"A.BIN",     "[Other]",    "[sub/deeper]", "[sub]",
+                                                   "b.bin",     "b.bin",      "big.bin",      "empty.bin",
+                                                   "locked.bin", "sub/d.bin", "sub/deeper/e.bin"};
+        EXPECT_EQ(seen, expected) << (sorted ? "sorted" : "breadth first");
+        EXPECT_TRUE(scan.UnreadableFolders().empty());
+    }
+}
+
+TEST_F(ScanTree, FoldersThatCannotBeReadAreNamed) {
+    touch("closed/inside.bin", "x");
+    touch("closed/sub/deep.bin", "x");
+    fs::permissions(m_root, fs::perms::all, fs::perm_options::add);
+    fs::permissions(m_root / "closed", fs::perms::none);
+    const fs::path root = m_root;
+    velmora::test::whereModesHold([root] {
+        for (bool sorted : {false, true}) {
+            cScanPath scan;
+            scan.setFilter("*.bin");
+            int files = 0;
+            scan.FileMatch = [&](const std::string&, const std::string& name) {
+                files += name == "inside.bin" || name == "deep.bin" ? 100 : 1;
+            };
+            scan.StartScan(root, true, sorted, true);
+            const auto& unreadable = scan.UnreadableFolders();
+            if (files != 7 || unreadable.size() != 1 || unreadable[0].find("/closed/: ") == std::string::npos)
+                return false;
+        }
+        return true;
+    });
+    fs::permissions(m_root / "closed", fs::perms::owner_all);
 }

@@ -1,7 +1,8 @@
 #include "velmora/assets/assetlist.h"
 
-#include "serz/serz.h"
 #include "velmora/assets/scanpath.h"
+#include "velmora/core/convert.h"
+#include "velmora/core/errorlog.h"
 #include "velmora/core/parallel.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <fstream>
 #include <thread>
 
 namespace velmora::assets {
@@ -101,21 +101,8 @@ struct Outcome {
     Kind kind = Kind::Skip;
     AssetRow row;
     bool simulation = false;
+    std::string error; // why the document could not be read
 };
-
-std::string readFile(const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    if (!in)
-        return {};
-    in.seekg(0, std::ios::end);
-    const auto size = in.tellg();
-    if (size <= 0)
-        return {};
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    in.seekg(0);
-    in.read(bytes.data(), size);
-    return bytes;
-}
 
 Outcome buildBlueprint(const Candidate& c, const AssetListOptions& options) {
     Outcome out;
@@ -129,9 +116,10 @@ Outcome buildBlueprint(const Candidate& c, const AssetListOptions& options) {
         return out;
     }
     std::string xml;
-    const std::string bytes = readFile(c.file);
-    if (bytes.empty() || !serz::decode(bytes, xml, {serz::LineEnd::CrLf, 3}).ok || xml.empty())
-        return out; // a document that cannot be read gives no row, silently
+    if (const ConvertResult r = binToXmlText(c.file, xml); !r) {
+        out.error = r.message; // no row, as for any document that gives no XML; but it is named
+        return out;
+    }
     auto row = blueprintRow(xml, provider, product, rest, options);
     if (!row)
         return out;
@@ -284,7 +272,14 @@ AssetListResult buildAssetList(const fs::path& startFolder, const AssetListOptio
         const bool convert = options.convertBins && endsWithIgnoringCase(name, ".bin");
         candidates.push_back({fs::path(path) / name, std::move(full), name, convert});
     };
-    scan.StartScan(startFolder, true, false, true, false);
+    // The walk's own paths are cut at "\Assets\": a relative start folder has no such part.
+    std::error_code absoluteError;
+    const fs::path start = fs::absolute(startFolder, absoluteError);
+    scan.StartScan(absoluteError ? startFolder : start, true, false, true, false);
+    result.unreadable = scan.UnreadableFolders();
+    if (options.log)
+        for (const auto& folder : result.unreadable)
+            options.log->log("frmAssets", "Command1_Click", err::PermissionDenied, folder);
     if (scan.stopped()) {
         result.stopped = true;
         if (ui)
@@ -296,7 +291,13 @@ AssetListResult buildAssetList(const fs::path& startFolder, const AssetListOptio
     bool stop = false;
     std::vector<Outcome> outcomes = parallelMap<Outcome>(
         candidates.size(), options.threads, ui, "Reading blueprints", stop, [&](std::size_t i) {
-            return candidates[i].convert ? buildBlueprint(candidates[i], options) : buildPlain(candidates[i]);
+            if (!candidates[i].convert)
+                return buildPlain(candidates[i]);
+            return onePiece([&] { return buildBlueprint(candidates[i], options); }, [&](const std::string& why) {
+                Outcome failed;
+                failed.error = candidates[i].file.string() + ": " + why;
+                return failed;
+            });
         });
     if (stop) {
         result.stopped = true;
@@ -310,6 +311,11 @@ AssetListResult buildAssetList(const fs::path& startFolder, const AssetListOptio
         Outcome& o = outcomes[i];
         if (candidates[i].convert)
             ++result.converted;
+        if (!o.error.empty()) {
+            if (options.log)
+                options.log->log("frmAssets", "Command1_Click", err::Conversion, o.error);
+            result.unreadable.push_back(std::move(o.error));
+        }
         if (o.kind == Kind::Invalid) {
             result.messages.push_back(candidates[i].full + " is invalid and contains errors");
             continue;

@@ -620,6 +620,7 @@ std::string AssetChecks::missingAssetRows(std::vector<AssetRow>& rows, const std
         options.mask = mask.empty() ? "*.*" : mask;
         options.category = category;
         options.singleFile = line.substr(slash + 1);
+        options.log = &m_ctx.log();
         auto result = buildAssetList(folder, options);
         rows.insert(rows.end(), result.rows.begin(), result.rows.end());
     }

@@ -37,17 +37,35 @@ bool lessIgnoringCase(const std::string& a, const std::string& b) {
     return a.size() < b.size();
 }
 
-// A folder's entries by name, ignoring case; unreadable folders give none.
-std::vector<fs::directory_entry> listFolder(const fs::path& folder) {
+// A folder's entries by name, ignoring case; `ec` says why a folder could not be read (whole
+// or in part).
+std::vector<fs::directory_entry> listFolder(const fs::path& folder, std::error_code& ec) {
     std::vector<fs::directory_entry> entries;
-    std::error_code ec;
-    fs::directory_iterator it(folder, fs::directory_options::skip_permission_denied, ec);
+    fs::directory_iterator it(folder, ec);
     for (; !ec && it != fs::directory_iterator(); it.increment(ec))
         entries.push_back(*it);
     std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) {
         return lessIgnoringCase(a.path().filename().string(), b.path().filename().string());
     });
     return entries;
+}
+
+enum class EntryKind { Folder, File, Other };
+
+// What an entry is, without following a link to a folder: a walk that followed them could
+// meet the same folders again and again, or never end. A link to a file is that file.
+// Anything but folders and regular files (FIFOs, sockets, devices, broken links) is left
+// alone, since opening it may block for ever.
+EntryKind kindOf(const fs::directory_entry& entry) {
+    std::error_code ec;
+    const fs::file_status own = entry.symlink_status(ec);
+    if (ec)
+        return EntryKind::Other;
+    if (fs::is_symlink(own))
+        return fs::is_regular_file(entry.status(ec)) && !ec ? EntryKind::File : EntryKind::Other;
+    if (fs::is_directory(own))
+        return EntryKind::Folder;
+    return fs::is_regular_file(own) ? EntryKind::File : EntryKind::Other;
 }
 
 std::string withSeparator(std::string path) {
@@ -94,7 +112,10 @@ bool cScanPath::like(std::string_view name, std::string_view pattern) {
 
 bool cScanPath::matches(const fs::directory_entry& entry, const std::string& name, bool matchPatterns) const {
     std::error_code ec;
-    const bool isDir = entry.is_directory(ec);
+    const EntryKind kind = kindOf(entry);
+    if (kind == EntryKind::Other)
+        return false;
+    const bool isDir = kind == EntryKind::Folder;
     bool ok = false;
     if (m_filter == "*.*" || isDir) {
         ok = true;
@@ -161,17 +182,20 @@ bool cScanPath::matches(const fs::directory_entry& entry, const std::string& nam
 }
 
 bool cScanPath::matchingEntries(const std::string& path, bool matchPatterns,
-                                std::vector<std::pair<bool, std::string>>& found) const {
+                                std::vector<std::pair<bool, std::string>>& found) {
     found.clear();
     int seen = 0;
-    for (const auto& entry : listFolder(path)) {
+    std::error_code ec;
+    const auto entries = listFolder(path, ec);
+    if (ec)
+        m_unreadable.push_back(path + ": " + ec.message());
+    for (const auto& entry : entries) {
         if (++seen % 10 == 0 && m_stop)
             return false;
         std::string name = entry.path().filename().string();
         if (!matches(entry, name, matchPatterns))
             continue;
-        std::error_code ec;
-        found.emplace_back(entry.is_directory(ec), std::move(name));
+        found.emplace_back(kindOf(entry) == EntryKind::Folder, std::move(name));
     }
     return true;
 }
@@ -180,6 +204,7 @@ void cScanPath::StartScan(const fs::path& folder, bool recurse, bool sorted, boo
     m_stop = false;
     m_dirs = 0;
     m_files = 0;
+    m_unreadable.clear();
     if (sorted) {
         walkSorted(withSeparator(folder.string()), recurse, matchPatterns);
         return;

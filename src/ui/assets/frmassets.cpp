@@ -329,6 +329,7 @@ assets::AssetListOptions frmAssets::readOptions() const {
     o.excludePreload = m_excludePreload->isChecked();
     o.defaultFolders = m_defaultFolders->isChecked();
     o.convertBins = m_convertBins;
+    o.log = &m_ctx.log();
     if (!m_ctx.settings.language.empty() && m_ctx.settings.language != "English")
         o.languageTag = m_ctx.settings.language;
     return o;

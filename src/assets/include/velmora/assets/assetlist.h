@@ -12,6 +12,7 @@
 #include <vector>
 
 namespace velmora {
+class ErrorLog;
 class UserInterface;
 }
 
@@ -29,11 +30,15 @@ struct AssetListOptions {
     bool quickDriveConsists = false; // List QD consists: only PreLoad files, its own exclusions
     bool zeroLength = false;         // Find Zero Length Files: files of at most one byte
     int threads = 0;                 // 0: one per core
+    ErrorLog* log = nullptr;         // where files and folders that cannot be read are logged
 };
 
 struct AssetListResult {
     std::vector<AssetRow> rows;
     std::vector<std::string> messages; // "<file> is invalid and contains errors", in walk order
+    // Blueprints and folders that could not be read, "<path>: <reason>": the rows are then not
+    // the whole list, and this says so.
+    std::vector<std::string> unreadable;
     std::string categoryFilter;        // the filter as it stands after the build
     long converted = 0;                // blueprints opened
     bool stopped = false;

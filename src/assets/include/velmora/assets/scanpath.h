@@ -4,7 +4,9 @@
 // sorted and depth first, and narrows the matches by name, attributes, size and date.
 //
 // Entries of one folder come in name order, ignoring case, whatever order the file system
-// lists them in, so that a walk gives the same rows on every machine.
+// lists them in, so that a walk gives the same rows on every machine. Links to folders are not
+// followed, and only folders and regular files are reported; folders that cannot be read are
+// kept in UnreadableFolders() so that a shorter list never passes for a complete one.
 
 #include <atomic>
 #include <chrono>
@@ -12,6 +14,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace velmora::assets {
 
@@ -56,6 +59,8 @@ public:
 
     long DirCount() const { return m_dirs; }
     long FileCount() const { return m_files; }
+    // "<folder>: <reason>" for each folder of the last walk that could not be read.
+    const std::vector<std::string>& UnreadableFolders() const { return m_unreadable; }
 
     // Wildcard match of a name against one pattern, ignoring case ("*" and "?").
     static bool like(std::string_view name, std::string_view pattern);
@@ -66,12 +71,13 @@ private:
     // The entries of a folder that pass the filters: (is a folder, name) in listing order;
     // false when the scan was stopped meanwhile.
     bool matchingEntries(const std::string& path, bool matchPatterns,
-                         std::vector<std::pair<bool, std::string>>& found) const;
+                         std::vector<std::pair<bool, std::string>>& found);
 
     std::string m_filter;
     std::atomic<bool> m_stop{false};
     long m_dirs = 0;
     long m_files = 0;
+    std::vector<std::string> m_unreadable;
 };
 
 } // namespace velmora::assets

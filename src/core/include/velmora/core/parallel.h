@@ -10,6 +10,7 @@
 #include <chrono>
 #include <exception>
 #include <mutex>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -65,6 +66,17 @@ std::vector<Result> parallelMap(std::size_t n, int threads, UserInterface* ui, c
         std::rethrow_exception(failure);
     stopped = stop;
     return results;
+}
+
+// One piece of a batch: running out of memory on it is that piece's failure, given to
+// `failed` as a reason, and the batch goes on with the next.
+template <typename Work, typename Failed>
+auto onePiece(Work&& work, Failed&& failed) -> decltype(work()) {
+    try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        return failed(std::string("there is not enough memory to read it"));
+    }
 }
 
 } // namespace velmora
