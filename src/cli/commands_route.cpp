@@ -46,6 +46,14 @@ const routes::RouteEntry* routeArgument(Session& s, const Arguments& a, std::siz
     return route;
 }
 
+// What could not be read, on standard error. True when there was something: the answer is then
+// not the whole one, and the command ends with an error.
+bool reportUnreadable(Session& s, const std::vector<std::string>& unreadable) {
+    for (const auto& u : unreadable)
+        s.err << "velmora-cli: " << s.g.command << ": cannot be read: " << shown(u) << '\n';
+    return !unreadable.empty();
+}
+
 void printMissing(Session& s, const std::vector<routes::MissingItem>& missing) {
     if (missing.empty())
         return;
@@ -155,6 +163,10 @@ int cmdRouteCheck(Session& s) {
             s.out << ",\n  \"inArchive\": " << jsonMarks(r.inArchive, "archive");
         if (options.markCase)
             s.out << ",\n  \"otherCase\": " << jsonMarks(r.otherCase, "found");
+        if (r.deepDone)
+            s.out << ",\n  \"missingShapes\": " << jsonMarks(r.missingShapes, "blueprint")
+                  << ",\n  \"otherReading\": " << jsonMarks(r.otherReading, "found");
+        s.out << ",\n  \"unreadable\": " << jsonList(r.unreadable);
         s.out << "\n}\n";
     } else if (a.has("--csv")) {
         s.out << "Kind,File,Where\n";
@@ -169,6 +181,10 @@ int cmdRouteCheck(Session& s) {
             s.out << "in-archive," << csvField(m.path) << ',' << csvField(m.where) << '\n';
         for (const auto& m : r.otherCase)
             s.out << "other-case," << csvField(m.path) << ',' << csvField(m.where) << '\n';
+        for (const auto& m : r.missingShapes)
+            s.out << "missing-shape," << csvField(m.path) << ',' << csvField(m.where) << '\n';
+        for (const auto& m : r.otherReading)
+            s.out << "other-reading," << csvField(m.path) << ',' << csvField(m.where) << '\n';
     } else if (!a.value("--out")) {
         s.out << "Route: " << shown(r.routeName) << " (" << route->folder << "), " << r.tiles << " tiles, "
               << r.assetsUnique.size() << " blueprints used\n\n"
@@ -178,6 +194,9 @@ int cmdRouteCheck(Session& s) {
         if (const std::string marks = r.marksReport(); !marks.empty())
             s.out << '\n' << marks;
     }
+    // A tile that could not be read may hide what is missing: that is an error, not a finding.
+    if (reportUnreadable(s, r.unreadable))
+        return Error;
     return r.anyMissing() ? ProblemsFound : Success;
 }
 
@@ -255,7 +274,7 @@ int cmdRouteScenery(Session& s) {
     const auto chosen = routeAndScenarios(s, parseArguments(s.g.rest, {}, {}));
     if (!chosen)
         return Error;
-    bool anyMissing = false;
+    bool anyMissing = false, anyUnreadable = false;
     for (const auto& sc : chosen->scenarios) {
         const auto r = routes::scenarioScenery(s.ctx, chosen->route(), sc);
         s.out << shown(sc.name) << " (" << sc.folder << ")\n";
@@ -270,7 +289,10 @@ int cmdRouteScenery(Session& s) {
         for (const auto& w : r.warnings)
             s.err << "velmora-cli: " << w << '\n';
         anyMissing = anyMissing || !r.missing.empty();
+        anyUnreadable = reportUnreadable(s, r.unreadable) || anyUnreadable;
     }
+    if (anyUnreadable)
+        return Error;
     return anyMissing ? ProblemsFound : Success;
 }
 
@@ -354,6 +376,8 @@ int cmdRouteItems(Session& s) {
             s.out << i.row() << '\n';
         printMissing(s, r.missing);
     }
+    if (reportUnreadable(s, r.unreadable))
+        return Error;
     return r.missing.empty() ? Success : ProblemsFound;
 }
 
@@ -375,17 +399,24 @@ int cmdRouteProduct(Session& s) {
     if (r.aborted)
         return s.fail("stopped");
     if (a.has("--unused")) {
-        for (const auto& row : routes::productItemsNotUsed(s.ctx, r, a.has("--del")))
+        // What is used on a tile that could not be read would be proposed for deletion.
+        if (reportUnreadable(s, r.unreadable))
+            return s.fail("not every tile could be read, so what the route uses is not known: nothing is listed");
+        std::vector<std::string> unreadable;
+        const auto rows = routes::productItemsNotUsed(s.ctx, r, a.has("--del"), &unreadable);
+        if (a.has("--del") && reportUnreadable(s, unreadable))
+            return s.fail("not every folder of the product could be read: no deletions are proposed");
+        for (const auto& row : rows)
             s.out << row << '\n';
-        return Success;
+        return reportUnreadable(s, unreadable) ? Error : Success;
     }
-    if (r.used.empty()) {
+    if (r.used.empty())
         s.out << "No shapes used by this provider/product\n";
-        return Success;
-    }
     for (const auto& u : r.used)
         s.out << u << '\n';
     printMissing(s, r.missing);
+    if (reportUnreadable(s, r.unreadable))
+        return Error;
     return r.missing.empty() ? Success : ProblemsFound;
 }
 

@@ -9,8 +9,10 @@
 //   empty-err
 //
 // A case may hold several steps: every "args:" line starts one, and the lines after it check
-// that step. "copy: FROM TO" copies a file before the next step runs; "same: A B" and
-// "differ: A B" compare two files after the step before, "absent: P" wants P not to exist.
+// that step. Before the next step runs, "copy: FROM TO" copies a file, "write: PATH TEXT"
+// writes the text (maybe none) into a file, "mode: OCTAL PATH" sets a file's permissions.
+// "same: A B" and "differ: A B" compare two files after the step before, "absent: P" wants P
+// not to exist.
 //
 // Placeholders: {home} a fresh program folder, {tree} a small hand-made install,
 // {new} a folder that does not exist yet, {missing} a path that never exists,
@@ -31,8 +33,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// Something done to the files before a step: "copy", "write" or "mode", and its two words.
+struct Preparation {
+    std::string kind, first, rest;
+};
+
 struct Step {
-    std::vector<std::pair<std::string, std::string>> copies; // before the run
+    std::vector<Preparation> before;
     std::vector<std::string> args;
     int exit = 0;
     std::vector<std::string> out, err, noOut;
@@ -68,7 +75,7 @@ Case readCase(const fs::path& file, const std::map<std::string, std::string>& va
         words >> p.first >> p.second;
         return p;
     };
-    std::vector<std::pair<std::string, std::string>> pendingCopies;
+    std::vector<Preparation> pending;
     auto current = [&]() -> Step& {
         if (c.steps.empty())
             c.steps.emplace_back();
@@ -84,13 +91,17 @@ Case readCase(const fs::path& file, const std::map<std::string, std::string>& va
         std::string value = colon == std::string::npos ? "" : expand(line.substr(colon + 2));
         if (key == "args") {
             Step step;
-            step.copies.swap(pendingCopies);
+            step.before.swap(pending);
             std::istringstream words(value);
             for (std::string w; words >> w;)
                 step.args.push_back(w);
             c.steps.push_back(std::move(step));
-        } else if (key == "copy") {
-            pendingCopies.push_back(pair(value));
+        } else if (key == "copy" || key == "mode") {
+            const auto [a, b] = pair(value);
+            pending.push_back({key, a, b});
+        } else if (key == "write") {
+            const auto blank = value.find(' ');
+            pending.push_back({key, value.substr(0, blank), blank == std::string::npos ? "" : value.substr(blank + 1)});
         } else if (key == "same") {
             current().same.push_back(pair(value));
         } else if (key == "differ") {
@@ -167,8 +178,15 @@ TEST_P(CliCases, Run) {
     fs::create_directories(m_dir / "work");
     for (std::size_t i = 0; i < c.steps.size(); ++i) {
         const Step& step = c.steps[i];
-        for (const auto& [from, to] : step.copies)
-            ASSERT_TRUE(fs::copy_file(from, to, fs::copy_options::overwrite_existing)) << from;
+        for (const Preparation& p : step.before) {
+            if (p.kind == "copy") {
+                ASSERT_TRUE(fs::copy_file(p.first, p.rest, fs::copy_options::overwrite_existing)) << p.first;
+            } else if (p.kind == "write") {
+                std::ofstream(p.first, std::ios::binary | std::ios::trunc) << p.rest;
+            } else {
+                fs::permissions(p.rest, static_cast<fs::perms>(std::stoi(p.first, nullptr, 8)));
+            }
+        }
         std::ostringstream out, err;
         int code = velmora::cli::run(step.args, out, err);
         SCOPED_TRACE("step " + std::to_string(i + 1) + "\nstdout:\n" + out.str() + "\nstderr:\n" + err.str());

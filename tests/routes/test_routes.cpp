@@ -20,14 +20,26 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <sys/stat.h>
 #include <unistd.h>
-#include "velmora/core/services.h"
+
+#include "../common/unprivileged.h"
 
 using namespace velmora;
 using namespace velmora::routes;
 namespace fs = std::filesystem;
 
 namespace {
+
+// The tiles of a folder in name order.
+std::vector<fs::path> binFilesOf(const fs::path& folder) {
+    std::vector<fs::path> out;
+    for (const auto& e : fs::directory_iterator(folder))
+        if (e.path().extension() == ".bin")
+            out.push_back(e.path());
+    std::sort(out.begin(), out.end());
+    return out;
+}
 
 class DemoRoutes : public ::testing::Test {
 protected:
@@ -146,6 +158,25 @@ TEST_F(DemoRoutes, TheCheckReportsWhatTheManifestSaysAndNothingElse) {
                 expectedFiles.insert(f["path"].toString().toStdString());
         EXPECT_EQ(files, expectedFiles) << r.name;
         EXPECT_FALSE(result.texturesUsed.empty());
+
+        // Shapes the blueprints name that are not there: a note beside the geometry list,
+        // which holds only the shapes found.
+        std::set<std::string> shapes, expectedShapes;
+        for (const auto& m : result.missingShapes) {
+            shapes.insert(m.path.substr(m.path.find("/Assets/") + 1));
+            EXPECT_TRUE(std::find(result.assetsUnique.begin(), result.assetsUnique.end(), m.where) !=
+                        result.assetsUnique.end())
+                << m.where;
+            EXPECT_EQ(std::find(result.geoFiles.begin(), result.geoFiles.end(), m.path), result.geoFiles.end());
+        }
+        for (const auto& f : faults("missing-shape", r.folder))
+            expectedShapes.insert(f["path"].toString().toStdString());
+        EXPECT_EQ(shapes, expectedShapes) << r.name;
+        if (!expectedShapes.empty()) {
+            EXPECT_TRUE(result.anyMissing());
+            EXPECT_NE(result.marksReport().find("Shapes the blueprints name that do not exist"), std::string::npos);
+        }
+        EXPECT_TRUE(result.unreadable.empty()) << result.unreadable.front();
     }
 }
 
@@ -351,6 +382,27 @@ TEST(RouteBadInput, UnreadableTilesDamagedPropertiesAndRoutesWithoutScenarios) {
     EXPECT_EQ(after.missingReport(), before.missingReport()) << "the bad tile adds nothing and stops nothing";
     EXPECT_EQ(ctx.log().count(), logged + 1);
     EXPECT_NE(ReadTextFile(ctx.log().file()).find("+000099+000099.bin"), std::string::npos);
+    ASSERT_EQ(after.unreadable.size(), 1u) << "the result says the route was not read whole";
+    EXPECT_NE(after.unreadable[0].find("+000099+000099.bin: "), std::string::npos);
+
+    // An emptied tile: what it placed must not be taken for unused.
+    const fs::path placed = binFilesOf(valley->path / "Scenery").front();
+    std::ofstream(placed, std::ios::binary | std::ios::trunc);
+    const ProductItemsResult product = productItemsUsed(ctx, *valley, scenarios, "DemoRail", "Class66Pack");
+    EXPECT_EQ(product.unreadable.size(), 2u);
+    const PlacedItemsResult items = listPlacedItems(ctx, *valley);
+    EXPECT_EQ(items.unreadable.size(), 2u);
+    ASSERT_EQ(::mkfifo((valley->path / "Scenery" / "Pipe.bin").c_str(), 0600), 0);
+    EXPECT_EQ(RouteCheck(ctx, *valley, scenarios).run({}).tiles, after.tiles) << "a FIFO is no tile";
+
+    // A tile folder that cannot be read is named as well.
+    fs::permissions(valley->path / "Networks" / "Road Tiles", fs::perms::none);
+    velmora::test::whereModesHold([&] {
+        const RouteCheckResult closed = RouteCheck(ctx, *valley, scenarios).run({});
+        return std::any_of(closed.unreadable.begin(), closed.unreadable.end(),
+                           [](const std::string& u) { return u.find("Road Tiles: ") != std::string::npos; });
+    });
+    fs::permissions(valley->path / "Networks" / "Road Tiles", fs::perms::owner_all);
 
     // A damaged ScenarioProperties.xml fails the format test by name; the others pass.
     ASSERT_FALSE(scenarios.empty());

@@ -50,24 +50,6 @@ std::vector<fs::directory_entry> listFolder(const fs::path& folder, std::error_c
     return entries;
 }
 
-enum class EntryKind { Folder, File, Other };
-
-// What an entry is, without following a link to a folder: a walk that followed them could
-// meet the same folders again and again, or never end. A link to a file is that file.
-// Anything but folders and regular files (FIFOs, sockets, devices, broken links) is left
-// alone, since opening it may block for ever.
-EntryKind kindOf(const fs::directory_entry& entry) {
-    std::error_code ec;
-    const fs::file_status own = entry.symlink_status(ec);
-    if (ec)
-        return EntryKind::Other;
-    if (fs::is_symlink(own))
-        return fs::is_regular_file(entry.status(ec)) && !ec ? EntryKind::File : EntryKind::Other;
-    if (fs::is_directory(own))
-        return EntryKind::Folder;
-    return fs::is_regular_file(own) ? EntryKind::File : EntryKind::Other;
-}
-
 std::string withSeparator(std::string path) {
     if (path.empty() || (path.back() != '/' && path.back() != '\\'))
         path += '/';
@@ -112,7 +94,7 @@ bool cScanPath::like(std::string_view name, std::string_view pattern) {
 
 bool cScanPath::matches(const fs::directory_entry& entry, const std::string& name, bool matchPatterns) const {
     std::error_code ec;
-    const EntryKind kind = kindOf(entry);
+    const EntryKind kind = entryKind(entry);
     if (kind == EntryKind::Other)
         return false;
     const bool isDir = kind == EntryKind::Folder;
@@ -195,7 +177,7 @@ bool cScanPath::matchingEntries(const std::string& path, bool matchPatterns,
         std::string name = entry.path().filename().string();
         if (!matches(entry, name, matchPatterns))
             continue;
-        found.emplace_back(kindOf(entry) == EntryKind::Folder, std::move(name));
+        found.emplace_back(entryKind(entry) == EntryKind::Folder, std::move(name));
     }
     return true;
 }

@@ -252,6 +252,18 @@ bool WriteTextFile(const fs::path& path, std::string_view text, UserInterface* u
     return true;
 }
 
+EntryKind entryKind(const fs::directory_entry& entry) {
+    std::error_code ec;
+    const fs::file_status own = entry.symlink_status(ec);
+    if (ec)
+        return EntryKind::Other;
+    if (fs::is_symlink(own))
+        return fs::is_regular_file(entry.status(ec)) && !ec ? EntryKind::File : EntryKind::Other;
+    if (fs::is_directory(own))
+        return EntryKind::Folder;
+    return fs::is_regular_file(own) ? EntryKind::File : EntryKind::Other;
+}
+
 bool MakePath(const fs::path& path) {
     std::error_code ec;
     fs::create_directories(path, ec);

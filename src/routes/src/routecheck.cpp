@@ -56,40 +56,55 @@ struct Checker {
             marks.push_back({named, actual});
     }
 
-    std::string convert(const fs::path& file) const {
+    // The document's XML; empty with `error` set when it cannot be had.
+    std::string convert(const fs::path& file, std::string& error) const {
         std::string xml;
-        if (!binToXmlText(file, xml))
-            return {};
+        if (const ConvertResult r = binToXmlText(file, xml); !r)
+            error = r.message;
         return xml;
     }
 
     TileScan tile(const fs::path& file, const std::string& label) const { return scanTile(files, file, label); }
 
-    // The shapes, sections, animations and scripts a blueprint names that exist.
-    std::vector<std::string> geometry(const std::string& blueprint) const {
-        std::vector<std::string> out;
+    // What a blueprint names below it: the shapes, sections, animations and scripts that exist
+    // (the geometry list), and the shapes and sections that do not.
+    struct Geometry {
+        std::vector<std::string> found;
+        std::vector<std::string> missingShapes;
+        std::string error;
+    };
+
+    Geometry geometry(const std::string& blueprint) const {
+        Geometry g;
+        std::vector<std::string>& out = g.found;
         fs::path real;
         if (!exists(blueprint, &real))
-            return out;
-        const std::string xml = convert(real);
+            return g;
+        const std::string xml = convert(real, g.error);
         auto keep = [&](const std::string& relative) {
             if (relative.empty() || std::find(out.begin(), out.end(), relative) != out.end())
-                return;
-            if (exists(relative))
-                out.push_back(relative);
+                return true;
+            if (!exists(relative))
+                return false;
+            out.push_back(relative);
+            return true;
         };
-        if (const std::size_t g = find(xml, "<GeometryID"); g > 0) {
-            std::size_t pos = g;
+        auto shape = [&](const std::string& relative) {
+            if (!keep(relative) && std::find(g.missingShapes.begin(), g.missingShapes.end(), relative) == g.missingShapes.end())
+                g.missingShapes.push_back(relative);
+        };
+        if (const std::size_t geometryAt = find(xml, "<GeometryID"); geometryAt > 0) {
+            std::size_t pos = geometryAt;
             std::string value;
             GetDetail(xml, pos, "GeometryID", value, kBinary);
             if (!value.empty())
-                keep(withoutCode(value) + ".GeoPcDx");
+                shape(withoutCode(value) + ".GeoPcDx");
         } else if (const std::size_t section = find(xml, "<cSectionRenderBlueprint"); section > 0) {
             std::size_t pos = section;
             std::string value;
             GetDetail(xml, pos, "CrossSectionID", value, kBinary);
             if (!value.empty())
-                keep(withoutCode(value) + ".XSec");
+                shape(withoutCode(value) + ".XSec");
             for (const char* part : {"<StartGeometry", "<MiddleGeometry", "<EndGeometry"}) {
                 const std::size_t at = find(xml, part);
                 if (!at)
@@ -99,8 +114,10 @@ struct Checker {
                     continue;
                 const std::string base = t.provider + "\\" + t.product + "\\" + withoutCode(t.id);
                 const std::string stem = base.size() > 4 ? base.substr(0, base.rfind('.')) : base;
-                keep(stem + ".GeoPcDx");
-                keep(stem + ".XSec");
+                // Either form will do: the part is missing only when neither is there.
+                const bool geo = keep(stem + ".GeoPcDx");
+                if (!keep(stem + ".XSec") && !geo)
+                    g.missingShapes.push_back(stem + ".GeoPcDx");
             }
         }
         if (std::size_t anims = find(xml, "<AnimSet>"); anims > 0) {
@@ -117,13 +134,15 @@ struct Checker {
             if (script && !name.empty())
                 keep(iendsWith(name, ".lua") ? name : name + ".lua");
         }
-        return out;
+        return g;
     }
 
     struct Found {
         std::vector<std::string> used;    // files that exist
         std::vector<std::string> missing; // report lines
         std::vector<ItemMark> otherCase;  // files found only under other letter case
+        std::vector<ItemMark> otherReading; // missing as read, there relative to the shape's folder
+        std::string error;                // the document that could not be read
     };
 
     void require(const std::string& relative, const std::string& caller, Found& f, bool& present) const {
@@ -176,7 +195,7 @@ struct Checker {
             return f;
         }
         const std::string caller = nameOf(geo);
-        const std::string xml = convert(real);
+        const std::string xml = convert(real, f.error);
         bool present = false;
         if (find(geo, "\\Decals\\")) {
             for (std::size_t at = find(xml, "<TextureID"); at > 0; at = find(xml, "<TextureID", at + 1)) {
@@ -213,22 +232,33 @@ struct Checker {
             const auto bracket = value.find('[');
             const std::string code = bracket == std::string::npos ? std::string() : toLowerAscii(value.substr(bracket + 1, 2));
             const std::string stem = texturePath(value, geo);
+            // The asset screen reads a value that is neither "text..." nor "..\\..." as relative
+            // to the shape's folder; a texture there is noted, not passed over in silence.
+            const std::string plain = withoutCode(value);
+            const bool belowAssets = plain.rfind("..\\", 0) != 0 && !iequals(plain.substr(0, std::min<std::size_t>(4, plain.size())), "text");
+            auto need = [&](const std::string& file, bool& found) {
+                require(file, caller, f, found);
+                fs::path other;
+                const std::string alternative = folderOf(geo) + "\\" + plain + file.substr(stem.size());
+                if (!found && belowAssets && exists(alternative, &other))
+                    f.otherReading.push_back({display(file), other.string()});
+            };
             std::vector<const char*> variants;
             if (code == "08") variants = {"_WI"};
             else if (code == "09") variants = {"_SP", "_WI"};
             else if (code == "0c") variants = {"_AU", "_WI"};
             else if (code == "0d") variants = {"_SP", "_AU", "_WI"};
-            require(stem + ".TgPcDx", caller, f, present);
+            need(stem + ".TgPcDx", present);
             if (!present && variants.empty())
                 continue; // the base of a plain texture: on to the next
             bool last = present;
             for (const char* v : variants)
-                require(stem + v + ".TgPcDx", caller, f, last);
+                need(stem + v + ".TgPcDx", last);
             if (!last)
                 continue;
             // A normal map's companion: the same name with "c" behind it.
             if (iendsWith(stem, "_nm"))
-                require(stem + "c.TgPcDx", caller, f, present);
+                need(stem + "c.TgPcDx", present);
         }
         return f;
     }
@@ -239,7 +269,7 @@ struct Checker {
         fs::path real;
         if (!exists(blueprint, &real))
             return f;
-        const std::string xml = convert(real);
+        const std::string xml = convert(real, f.error);
         auto proxy = [&](const std::string& name) {
             fs::path proxyFile;
             if (!exists(name + ".proxyxml", &proxyFile)) {
@@ -318,6 +348,10 @@ std::string RouteCheckResult::marksReport() const {
     };
     section("Missing, but packed in an .ap archive of the product (the simulator reads these):", inArchive);
     section("Found only under a different letter case (the name as written, the file found):", otherCase);
+    section("Shapes the blueprints name that do not exist (the shape, the blueprint naming it):", missingShapes);
+    section("Missing as the texture check reads them, but found relative to the shape's folder (as read, the file "
+            "found):",
+            otherReading);
     return out;
 }
 
@@ -337,7 +371,7 @@ void addMarks(const Checker& c, AppContext& ctx, const RouteCheckOptions& option
         for (const auto& line : result.missingFiles)
             mark(line.substr(0, line.find(" Called by ")));
     }
-    for (auto* marks : {&result.inArchive, &result.otherCase}) {
+    for (auto* marks : {&result.inArchive, &result.otherCase, &result.missingShapes, &result.otherReading}) {
         std::unordered_set<std::string> seen;
         std::erase_if(*marks, [&](const ItemMark& m) { return !seen.insert(m.path).second; });
     }
@@ -369,7 +403,7 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
     }
 
     // The tiles, folder by folder in the check's order, then the scenarios' own scenery.
-    const std::vector<TileJob> jobs = routeTiles(m_ctx, m_route, m_scenarios);
+    const std::vector<TileJob> jobs = routeTiles(m_ctx, m_route, m_scenarios, &result.unreadable);
     result.tiles = jobs.size();
 
     const auto scans = parallelMap<TileScan>(jobs.size(), options.threads, ui, "Tiles of " + m_route.name, result.aborted,
@@ -390,8 +424,10 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
         }
         if (!s.warning.empty())
             result.warnings.push_back(s.warning);
-        if (!s.error.empty())
+        if (!s.error.empty()) {
             m_ctx.log().log("frmDelRoute", "CheckForFiles", err::Conversion, s.error);
+            result.unreadable.push_back(s.error);
+        }
     }
     SortStrings(used, 0, static_cast<std::ptrdiff_t>(used.size()) - 1);
     for (const auto& u : used)
@@ -410,33 +446,53 @@ bool RouteCheck::deepen(RouteCheckResult& result, const RouteCheckOptions& optio
 
     // Down from the blueprints: audio ones to their sounds, the others to their shapes.
     struct BlueprintScan {
-        std::vector<std::string> geo;
+        Checker::Geometry geo;
         Checker::Found audio;
     };
     const auto blueprints = parallelMap<BlueprintScan>(
         result.assetsUnique.size(), options.threads, ui, "Blueprints", result.aborted, [&](std::size_t i) {
-            BlueprintScan b;
             const std::string rel = c.files.relative(result.assetsUnique[i]);
-            if (find(rel, "\\Audio\\"))
-                b.audio = c.audio(rel);
-            else
-                b.geo = c.geometry(rel);
-            return b;
+            return onePiece(
+                [&] {
+                    BlueprintScan b;
+                    if (find(rel, "\\Audio\\"))
+                        b.audio = c.audio(rel);
+                    else
+                        b.geo = c.geometry(rel);
+                    return b;
+                },
+                [&](const std::string& why) {
+                    BlueprintScan failed;
+                    failed.geo.error = c.display(rel) + ": " + why;
+                    return failed;
+                });
         });
     if (result.aborted)
         return false;
     result.blueprintsRead = blueprints.size();
     std::vector<std::string> geo;
     std::unordered_set<std::string> seenGeo;
+    auto unreadable = [&](const std::string& error) {
+        if (error.empty())
+            return;
+        m_ctx.log().log("frmDelRoute", "FindGeopcdx", err::Conversion, error);
+        result.unreadable.push_back(error);
+    };
     auto take = [&](const Checker::Found& f, std::vector<std::string>& usedInto) {
         usedInto.insert(usedInto.end(), f.used.begin(), f.used.end());
         result.missingFiles.insert(result.missingFiles.end(), f.missing.begin(), f.missing.end());
         result.otherCase.insert(result.otherCase.end(), f.otherCase.begin(), f.otherCase.end());
+        result.otherReading.insert(result.otherReading.end(), f.otherReading.begin(), f.otherReading.end());
+        unreadable(f.error);
     };
-    for (const auto& b : blueprints) {
-        for (const auto& g : b.geo)
+    for (std::size_t i = 0; i < blueprints.size(); ++i) {
+        const auto& b = blueprints[i];
+        for (const auto& g : b.geo.found)
             if (seenGeo.insert(g).second)
                 geo.push_back(g);
+        for (const auto& shape : b.geo.missingShapes)
+            result.missingShapes.push_back({c.display(shape), result.assetsUnique[i]});
+        unreadable(b.geo.error);
         take(b.audio, result.audioUsed);
     }
     for (const auto& g : geo) {
@@ -445,7 +501,14 @@ bool RouteCheck::deepen(RouteCheckResult& result, const RouteCheckOptions& optio
             c.noteCase(g, real, result.otherCase);
     }
     const auto found = parallelMap<Checker::Found>(geo.size(), options.threads, ui, "Textures", result.aborted,
-                                                [&](std::size_t i) { return c.textures(geo[i]); });
+                                                [&](std::size_t i) {
+                                                    return onePiece([&] { return c.textures(geo[i]); },
+                                                                    [&](const std::string& why) {
+                                                                        Checker::Found failed;
+                                                                        failed.error = c.display(geo[i]) + ": " + why;
+                                                                        return failed;
+                                                                    });
+                                                });
     if (result.aborted)
         return false;
     for (const auto& f : found)
@@ -457,8 +520,8 @@ bool RouteCheck::deepen(RouteCheckResult& result, const RouteCheckOptions& optio
         const Triple t = readTriple(properties, at);
         fs::path terrain;
         if (!t.id.empty() && c.exists(t.bin(), &terrain)) {
-            const std::string xml = c.convert(terrain);
             Checker::Found f;
+            const std::string xml = c.convert(terrain, f.error);
             for (std::size_t d = find(xml, "<cMixTexDescriptor"); d > 0; d = find(xml, "<cMixTexDescriptor", d + 1)) {
                 for (const char* tag : {"BaseTextureName", "BaseSpringTextureName", "BaseSummerTextureName",
                                         "BaseAutumnTextureName", "BaseWinterTextureName"}) {

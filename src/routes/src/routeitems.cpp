@@ -135,9 +135,12 @@ PlacedScan scanPlaced(const AssetFiles& files, const PlacedJob& job) {
     return scan;
 }
 
-void logRefusal(AppContext& ctx, const char* procedure, const std::string& error) {
-    if (!error.empty())
-        ctx.log().log("frmDelRoute", procedure, err::Conversion, error);
+// A tile the codec refused: logged, and kept in the result so that it is never passed over.
+void refused(AppContext& ctx, const char* procedure, const std::string& error, std::vector<std::string>& unreadable) {
+    if (error.empty())
+        return;
+    ctx.log().log("frmDelRoute", procedure, err::Conversion, error);
+    unreadable.push_back(error);
 }
 
 } // namespace
@@ -151,13 +154,20 @@ PlacedItemsResult listPlacedItems(AppContext& ctx, const RouteEntry& route, int 
         const auto folder = ctx.resolver.resolve(route.path, kind.folder);
         if (!folder)
             continue;
-        for (const auto& file : binFiles(*folder))
+        for (const auto& file : binFiles(*folder, &result.unreadable))
             if (!kind.track || iequals(file.filename().string(), "Tracks.bin"))
                 jobs.push_back({file, &kind});
     }
     result.tiles = jobs.size();
     const auto scans = parallelMap<PlacedScan>(jobs.size(), threads, ui, "Tiles of " + route.name, result.aborted,
-                                            [&](std::size_t i) { return scanPlaced(files, jobs[i]); });
+                                            [&](std::size_t i) {
+                                                return onePiece([&] { return scanPlaced(files, jobs[i]); },
+                                                                [&](const std::string& why) {
+                                                                    PlacedScan failed;
+                                                                    failed.error = jobs[i].file.string() + ": " + why;
+                                                                    return failed;
+                                                                });
+                                            });
     if (result.aborted)
         return result;
     for (std::size_t i = 0; i < scans.size(); ++i) {
@@ -168,7 +178,7 @@ PlacedItemsResult listPlacedItems(AppContext& ctx, const RouteEntry& route, int 
         }
         if (!scans[i].warning.empty())
             result.warnings.push_back(scans[i].warning);
-        logRefusal(ctx, "CheckForFiles2", scans[i].error);
+        refused(ctx, "CheckForFiles2", scans[i].error, result.unreadable);
     }
     return result;
 }
@@ -181,7 +191,7 @@ ProductItemsResult productItemsUsed(AppContext& ctx, const RouteEntry& route, co
     result.product = product;
     ctx.resolver.invalidate();
     const AssetFiles files(ctx);
-    const std::vector<TileJob> jobs = routeTiles(ctx, route, scenarios);
+    const std::vector<TileJob> jobs = routeTiles(ctx, route, scenarios, &result.unreadable);
     result.tiles = jobs.size();
     struct Scan {
         std::vector<std::pair<std::string, bool>> refs; // full path, found
@@ -189,16 +199,26 @@ ProductItemsResult productItemsUsed(AppContext& ctx, const RouteEntry& route, co
     };
     const auto scans = parallelMap<Scan>(jobs.size(), threads, ui, "Tiles of " + route.name, result.aborted,
                                       [&](std::size_t i) {
-                                          Scan scan;
-                                          std::string xml, warning;
-                                          if (const ConvertResult r = binToXmlText(jobs[i].file, xml); !r) {
-                                              scan.error = r.message;
-                                              return scan;
-                                          }
-                                          for (const Triple& t : tileReferences(xml, jobs[i].label, jobs[i].file, warning))
-                                              if (iequals(t.provider, provider) && iequals(t.product, product))
-                                                  scan.refs.emplace_back(files.display(t.bin()), files.exists(t.bin()));
-                                          return scan;
+                                          return onePiece(
+                                              [&] {
+                                                  Scan scan;
+                                                  std::string xml, warning;
+                                                  if (const ConvertResult r = binToXmlText(jobs[i].file, xml); !r) {
+                                                      scan.error = r.message;
+                                                      return scan;
+                                                  }
+                                                  for (const Triple& t :
+                                                       tileReferences(xml, jobs[i].label, jobs[i].file, warning))
+                                                      if (iequals(t.provider, provider) && iequals(t.product, product))
+                                                          scan.refs.emplace_back(files.display(t.bin()),
+                                                                                 files.exists(t.bin()));
+                                                  return scan;
+                                              },
+                                              [&](const std::string& why) {
+                                                  Scan failed;
+                                                  failed.error = jobs[i].file.string() + ": " + why;
+                                                  return failed;
+                                              });
                                       });
     if (result.aborted)
         return result;
@@ -208,7 +228,7 @@ ProductItemsResult productItemsUsed(AppContext& ctx, const RouteEntry& route, co
                 result.missing.push_back({path, jobs[i].label, jobs[i].file.filename().string()});
             result.used.push_back(path);
         }
-        logRefusal(ctx, "CheckForFiles6", scans[i].error);
+        refused(ctx, "CheckForFiles6", scans[i].error, result.unreadable);
     }
     SortStrings(result.used, 0, static_cast<std::ptrdiff_t>(result.used.size()) - 1);
     result.used.erase(std::unique(result.used.begin(), result.used.end()), result.used.end());
@@ -222,7 +242,7 @@ ScenarioSceneryResult scenarioScenery(AppContext& ctx, const RouteEntry& route, 
         return result;
     result.hasScenery = true;
     const AssetFiles files(ctx);
-    for (const auto& tile : binFiles(*folder)) {
+    for (const auto& tile : binFiles(*folder, &result.unreadable)) {
         const TileScan scan = scanTile(files, tile, "(Scenery Item)");
         for (const Ref& ref : scan.refs) {
             if (!ref.found)
@@ -232,12 +252,13 @@ ScenarioSceneryResult scenarioScenery(AppContext& ctx, const RouteEntry& route, 
         }
         if (!scan.warning.empty())
             result.warnings.push_back(scan.warning);
-        logRefusal(ctx, "CheckForFiles", scan.error);
+        refused(ctx, "CheckForFiles", scan.error, result.unreadable);
     }
     return result;
 }
 
-std::vector<std::string> productItemsNotUsed(AppContext& ctx, const ProductItemsResult& used, bool del) {
+std::vector<std::string> productItemsNotUsed(AppContext& ctx, const ProductItemsResult& used, bool del,
+                                             std::vector<std::string>* unreadable) {
     std::vector<std::string> out;
     const AssetFiles files(ctx);
     const auto folder = ctx.resolver.resolve(files.root(), used.provider + "\\" + used.product);
@@ -250,13 +271,25 @@ std::vector<std::string> productItemsNotUsed(AppContext& ctx, const ProductItems
         const std::string r = files.relative(u);
         names.insert(foldName(r.size() > skip ? r.substr(skip) : r));
     }
+    // The product's blueprints, through every folder but those behind links.
     std::vector<fs::path> blueprints;
-    std::error_code ec;
-    for (fs::recursive_directory_iterator it(*folder, fs::directory_options::skip_permission_denied, ec), end;
-         !ec && it != end; it.increment(ec))
-        if (it->is_regular_file(ec) && iendsWith(it->path().filename().string(), ".bin"))
-            blueprints.push_back(it->path());
+    std::vector<fs::path> pending{*folder};
+    while (!pending.empty()) {
+        const fs::path here = pending.back();
+        pending.pop_back();
+        std::error_code ec;
+        for (fs::directory_iterator it(here, ec); !ec && it != fs::directory_iterator(); it.increment(ec)) {
+            const EntryKind kind = entryKind(*it);
+            if (kind == EntryKind::Folder)
+                pending.push_back(it->path());
+            else if (kind == EntryKind::File && iendsWith(it->path().filename().string(), ".bin"))
+                blueprints.push_back(it->path());
+        }
+        if (ec && unreadable)
+            unreadable->push_back(here.string() + ": " + ec.message());
+    }
     std::sort(blueprints.begin(), blueprints.end());
+    std::error_code ec;
     for (const auto& file : blueprints) {
         std::string inside = fs::relative(file, *folder, ec).string();
         std::replace(inside.begin(), inside.end(), '/', '\\');

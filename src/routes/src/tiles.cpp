@@ -2,18 +2,22 @@
 
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
+#include "velmora/core/parallel.h"
 #include "velmora/core/services.h"
 
 #include <algorithm>
 
 namespace velmora::routes::detail {
 
-std::vector<fs::path> binFiles(const fs::path& folder) {
+std::vector<fs::path> binFiles(const fs::path& folder, std::vector<std::string>* unreadable) {
     std::vector<fs::path> out;
     std::error_code ec;
-    for (fs::directory_iterator it(folder, ec); !ec && it != fs::directory_iterator(); it.increment(ec))
-        if (it->is_regular_file(ec) && iendsWith(it->path().filename().string(), ".bin"))
+    for (fs::directory_iterator it(folder, ec); !ec && it != fs::directory_iterator(); it.increment(ec)) {
+        if (entryKind(*it) == EntryKind::File && iendsWith(it->path().filename().string(), ".bin"))
             out.push_back(it->path());
+    }
+    if (ec && unreadable)
+        unreadable->push_back(folder.string() + ": " + ec.message());
     std::sort(out.begin(), out.end(), [](const fs::path& a, const fs::path& b) {
         return toLowerAscii(a.filename().string()) < toLowerAscii(b.filename().string());
     });
@@ -36,11 +40,12 @@ Triple readTriple(const std::string& xml, std::size_t pos) {
     return {r.provider, r.product, r.blueprintId};
 }
 
-std::vector<TileJob> routeTiles(AppContext& ctx, const RouteEntry& route, const std::vector<ScenarioEntry>& scenarios) {
+std::vector<TileJob> routeTiles(AppContext& ctx, const RouteEntry& route, const std::vector<ScenarioEntry>& scenarios,
+                                std::vector<std::string>* unreadable) {
     std::vector<TileJob> jobs;
     auto folder = [&](const std::string& relative, const char* label) {
         if (auto f = ctx.resolver.resolve(route.path, relative))
-            for (const auto& file : binFiles(*f))
+            for (const auto& file : binFiles(*f, unreadable))
                 jobs.push_back({file, label});
     };
     folder("Scenery", "(Scenery Item)");
@@ -148,9 +153,8 @@ void transferContents(const AssetFiles& files, const std::string& relative, Tile
     }
 }
 
-} // namespace
-
-TileScan scanTile(const AssetFiles& files, const fs::path& file, const std::string& label) {
+// A tile whose XML could not be had is the tile's error, not a tile without references.
+TileScan readTile(const AssetFiles& files, const fs::path& file, const std::string& label) {
     TileScan scan;
     std::string xml;
     if (const ConvertResult r = binToXmlText(file, xml); !r) {
@@ -164,6 +168,16 @@ TileScan scanTile(const AssetFiles& files, const fs::path& file, const std::stri
         scan.refs.push_back(makeRef(files, path, false));
     }
     return scan;
+}
+
+} // namespace
+
+TileScan scanTile(const AssetFiles& files, const fs::path& file, const std::string& label) {
+    return onePiece([&] { return readTile(files, file, label); }, [&](const std::string& why) {
+        TileScan failed;
+        failed.error = file.string() + ": " + why;
+        return failed;
+    });
 }
 
 } // namespace velmora::routes::detail

@@ -19,8 +19,10 @@ inline std::size_t find(std::string_view text, std::string_view what, std::size_
     return InStr(from, text, what, Match::Text);
 }
 
-// The .bin files of a folder (not its sub-folders), in name order without regard to case.
-std::vector<fs::path> binFiles(const fs::path& folder);
+// The .bin files of a folder (not its sub-folders), in name order without regard to case: regular
+// files only, so that a FIFO never blocks a reader. A folder that cannot be read is added to
+// `unreadable` as "<folder>: <reason>".
+std::vector<fs::path> binFiles(const fs::path& folder, std::vector<std::string>* unreadable = nullptr);
 
 // The value of a line between its first ">" and the next "<"; false when there is none.
 bool lineValue(const std::string& line, std::string& value);
@@ -41,7 +43,8 @@ struct TileJob {
 };
 // The tiles the check reads, in its order: Scenery, Networks\Loft Tiles, Networks\Road Tiles,
 // Networks (Tracks.bin), then each scenario's own Scenery.
-std::vector<TileJob> routeTiles(AppContext& ctx, const RouteEntry& route, const std::vector<ScenarioEntry>& scenarios);
+std::vector<TileJob> routeTiles(AppContext& ctx, const RouteEntry& route, const std::vector<ScenarioEntry>& scenarios,
+                                std::vector<std::string>* unreadable = nullptr);
 
 // Files below Assets, found by their name as written or as repaired.
 class AssetFiles {

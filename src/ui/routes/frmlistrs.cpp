@@ -216,6 +216,13 @@ void frmListRS::offerUnused(const routes::ProductItemsResult& used) {
 }
 
 frmListRS* frmListRS::Command23_Click() {
+    // What a tile that could not be read places would be offered as unused.
+    if (!m_used.unreadable.empty()) {
+        m_ctx.ui().message("Not every tile of this route could be read, so what it uses is not known:\n" +
+                               m_used.unreadable.front(),
+                           Icon::Warning);
+        return nullptr;
+    }
     const Answer del = m_ctx.ui().ask("Do you wish to add 'DEL ' to each item so that the\n"
                                       "list can be saved as a batch file to enable you to\n"
                                       "delete unused items (Can be very dangerous in \n"

@@ -34,6 +34,13 @@ std::vector<std::string> SplitLines(std::string_view text);
 // alone. When the result has length 0, warns "An error occurred while writing <path>" through `ui`.
 bool WriteTextFile(const fs::path& path, std::string_view text, UserInterface* ui = nullptr);
 
+// What a folder entry is for a walk, without following a link to a folder: a walk that followed
+// them could meet the same folders again and again, or never end. A link to a file is that file.
+// Anything else (FIFOs, sockets, devices, broken links) is Other and is left alone, since
+// opening it may block for ever.
+enum class EntryKind { Folder, File, Other };
+EntryKind entryKind(const fs::directory_entry& entry);
+
 // Creates every missing folder of the path; true when the folder exists afterwards.
 bool MakePath(const fs::path& path);
 

@@ -41,6 +41,9 @@ struct ItemMark {
 struct RouteCheckResult {
     std::string routeName;
     std::vector<std::string> warnings;     // template not found, provider errors in tiles
+    // Tiles, folders and blueprints that could not be read, "<path>: <reason>". The reports
+    // then do not cover the whole route, which a caller must say.
+    std::vector<std::string> unreadable;
     std::vector<MissingItem> missing;       // blueprints the tiles name that do not exist
     std::vector<std::string> assetsUnique;  // every blueprint used, sorted, once each
     std::size_t tiles = 0;
@@ -56,9 +59,14 @@ struct RouteCheckResult {
     // The notes the options ask for, in the order the items were met.
     std::vector<ItemMark> inArchive; // missing item, the .ap that holds it
     std::vector<ItemMark> otherCase; // name as written, the file that answered to it
+    // Notes of the deep stage, which its own lists leave out: shapes and sections the
+    // blueprints name that do not exist (the shape, the blueprint), and textures missing as
+    // the check reads them that exist relative to the shape's folder (as written, the file).
+    std::vector<ItemMark> missingShapes;
+    std::vector<ItemMark> otherReading;
 
     bool aborted = false;
-    bool anyMissing() const { return !missing.empty() || !missingFiles.empty(); }
+    bool anyMissing() const { return !missing.empty() || !missingFiles.empty() || !missingShapes.empty(); }
     // The text report of the missing items, in the route screen's words.
     std::string missingReport() const;
     std::string texturesReport() const;

@@ -28,6 +28,7 @@ struct PlacedItemsResult {
     std::vector<PlacedItem> items;   // tile by tile, in document order
     std::vector<MissingItem> missing; // the items that are not there
     std::vector<std::string> warnings;
+    std::vector<std::string> unreadable; // tiles and folders that could not be read
     std::size_t tiles = 0;
     bool aborted = false;
 };
@@ -41,6 +42,9 @@ struct ProductItemsResult {
     std::string provider, product;
     std::vector<std::string> used;    // full paths, sorted, once each
     std::vector<MissingItem> missing; // those that are not there, in tile order
+    // Tiles and folders that could not be read: `used` may then lack what they place, and
+    // nothing may be called unused.
+    std::vector<std::string> unreadable;
     std::size_t tiles = 0;
     bool aborted = false;
 };
@@ -53,14 +57,16 @@ ProductItemsResult productItemsUsed(AppContext& ctx, const RouteEntry& route, co
 
 // The product's blueprints (.bin below Assets\<provider>\<product>) that `used` does not name,
 // compared in upper case, as full paths in walk order. With `del` each row is "DEL <path>", the
-// form a batch file takes.
-std::vector<std::string> productItemsNotUsed(AppContext& ctx, const ProductItemsResult& used, bool del = false);
+// form a batch file takes. Folders of the product that cannot be read go to `unreadable`.
+std::vector<std::string> productItemsNotUsed(AppContext& ctx, const ProductItemsResult& used, bool del = false,
+                                             std::vector<std::string>* unreadable = nullptr);
 
 struct ScenarioSceneryResult {
     bool hasScenery = false;           // the scenario has its own Scenery folder
     std::vector<std::string> items;    // every blueprint its tiles place, full paths, in tile order
     std::vector<MissingItem> missing;  // those that are not there
     std::vector<std::string> warnings; // broken Provider or Product lines
+    std::vector<std::string> unreadable; // tiles and folders that could not be read
 };
 
 // The scenery a scenario places itself (<scenario>\Scenery), read as the route check reads tiles.
