@@ -4,6 +4,7 @@
 
 #include "velmora/core/paths.h"
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 
 #include <charconv>
 #include <cstdio>
@@ -88,7 +89,7 @@ std::optional<long long> parseNumber(const std::string& s) {
 }
 
 // Paths from the file system are UTF-8 already; repaired names are Windows-1252.
-std::string shown(const std::string& text) { return validUtf8(text) ? text : latin1ToUtf8(text); }
+std::string shown(const std::string& text) { return utf8FromDocument(text); }
 
 std::string csvField(const std::string& text) {
     std::string out = "\"";

@@ -3,6 +3,7 @@
 #include "session.h"
 
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 #include "velmora/routes/routecheck.h"
 #include "velmora/routes/routeitems.h"
 
@@ -144,7 +145,7 @@ int cmdRouteCheck(Session& s) {
             summary += "\r\n" + r.texturesReport();
         if (const std::string marks = r.marksReport(); !marks.empty())
             summary += "\r\n" + marks;
-        put(s.ctx.files().write(fs::path(*out) / (route->name + "_Report.txt"), summary));
+        put(s.ctx.files().write(fs::path(*out) / (fileNameFromText(route->name) + "_Report.txt"), summary));
     }
     if (failed)
         return Error;
@@ -209,7 +210,7 @@ std::optional<std::vector<routes::ScenarioEntry>> chosenScenarios(Session& s, co
     std::vector<routes::ScenarioEntry> chosen;
     for (const auto& n : names) {
         const auto it = std::find_if(all.begin(), all.end(), [&](const routes::ScenarioEntry& e) {
-            return iequals(e.folder, n) || e.name == n || shown(e.name) == n;
+            return iequals(e.folder, n) || sameName(e.name, n);
         });
         if (it == all.end()) {
             s.fail("no scenario with the folder or name '" + n + "' in " + shown(route.name));

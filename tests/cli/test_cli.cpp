@@ -1,7 +1,7 @@
 // velmora-cli cases written as data: each file in cases/ gives the arguments, the exit code
 // and texts that must (or must not) appear on standard output and standard error.
 //
-//   args: --home {home} --railworks {tree} info
+//   args: --home {home} --railworks {tree} info "a word with blanks"
 //   exit: 0
 //   out: Products: 3
 //   err: needs a value
@@ -12,7 +12,7 @@
 // that step. Before the next step runs, "copy: FROM TO" copies a file, "write: PATH TEXT"
 // writes the text (maybe none) into a file, "mode: OCTAL PATH" sets a file's permissions.
 // "same: A B" and "differ: A B" compare two files after the step before, "absent: P" wants P
-// not to exist.
+// not to exist and "exists: P" wants it to.
 //
 // Placeholders: {home} a fresh program folder, {tree} a small hand-made install,
 // {new} a folder that does not exist yet, {missing} a path that never exists,
@@ -27,6 +27,7 @@
 #include <filesystem>
 #include <map>
 #include <fstream>
+#include <iomanip>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -45,7 +46,7 @@ struct Step {
     std::vector<std::string> out, err, noOut;
     bool emptyErr = false;
     std::vector<std::pair<std::string, std::string>> same, differ; // after the run
-    std::vector<std::string> absent;
+    std::vector<std::string> absent, exists;
 };
 
 struct Case {
@@ -93,7 +94,7 @@ Case readCase(const fs::path& file, const std::map<std::string, std::string>& va
             Step step;
             step.before.swap(pending);
             std::istringstream words(value);
-            for (std::string w; words >> w;)
+            for (std::string w; words >> std::quoted(w);)
                 step.args.push_back(w);
             c.steps.push_back(std::move(step));
         } else if (key == "copy" || key == "mode") {
@@ -108,6 +109,8 @@ Case readCase(const fs::path& file, const std::map<std::string, std::string>& va
             current().differ.push_back(pair(value));
         } else if (key == "absent") {
             current().absent.push_back(value);
+        } else if (key == "exists") {
+            current().exists.push_back(value);
         } else if (key == "exit") {
             current().exit = std::stoi(value);
         } else if (key == "out") {
@@ -182,6 +185,7 @@ TEST_P(CliCases, Run) {
             if (p.kind == "copy") {
                 ASSERT_TRUE(fs::copy_file(p.first, p.rest, fs::copy_options::overwrite_existing)) << p.first;
             } else if (p.kind == "write") {
+                fs::create_directories(fs::path(p.first).parent_path());
                 std::ofstream(p.first, std::ios::binary | std::ios::trunc) << p.rest;
             } else {
                 fs::permissions(p.rest, static_cast<fs::perms>(std::stoi(p.first, nullptr, 8)));
@@ -206,6 +210,8 @@ TEST_P(CliCases, Run) {
         }
         for (const auto& p : step.absent)
             EXPECT_FALSE(fs::exists(p)) << p << " should not exist";
+        for (const auto& p : step.exists)
+            EXPECT_TRUE(fs::exists(p)) << p << " should exist";
         for (const auto& [a, b] : step.differ)
             EXPECT_NE(readAll(a), readAll(b)) << a << " and " << b << " are the same";
     }

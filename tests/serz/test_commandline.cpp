@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -102,4 +103,30 @@ TEST_F(SerzProgram, LineEndsExponentsAndTheConvertersOwnFloatImport) {
     EXPECT_NE(slurp(path("again2.xml")).find(">12.5<"), std::string::npos);
     EXPECT_EQ(run(path("rp.bin") + " /xml:" + path("x.xml") + " --exp4"), 2) << "unknown switches are refused";
     EXPECT_FALSE(fs::exists(path("x.xml")));
+}
+
+TEST_F(SerzProgram, TheInputDecidesTheDirectionAndTheSwitchNamesTheOutput) {
+    SKIP_WITHOUT_TESTDATA();
+    // As the simulator's converter takes it: XML in, a binary document out, whatever the switch
+    // says.
+    fs::copy_file(testdata("routeproperties.serz.xml"), path("s1.xml"));
+    ASSERT_EQ(run(path("s1.xml") + " xml:" + path("s4.bin")), 0) << m_output;
+    EXPECT_EQ(slurp(path("s4.bin")), slurp(testdata("routeproperties.bin")));
+    ASSERT_EQ(run(path("s4.bin") + " /bin:" + path("s5.xml") + " --lf"), 0) << m_output;
+    EXPECT_EQ(slurp(path("s5.xml")), slurp(testdata("routeproperties.serz.xml")));
+    // A binary document under an XML name goes to XML beside it.
+    fs::copy_file(testdata("Bogie01.bin"), path("odd.proxyxml"));
+    fs::copy_file(testdata("Bogie01.bin"), path("odd.bin"));
+    ASSERT_EQ(run(path("odd.proxyxml")), 0) << m_output;
+    EXPECT_TRUE(fs::exists(path("odd.proxybin")) == false);
+    ASSERT_EQ(run(path("odd.bin") + " /xml:" + path("odd-plain.xml")), 0);
+    EXPECT_EQ(slurp(path("odd.xml")), slurp(path("odd-plain.xml")));
+
+    // Never the input as its own output; never a wait on a FIFO.
+    const std::string before = slurp(path("s4.bin"));
+    EXPECT_EQ(run(path("s4.bin") + " xml:" + path("s4.bin")), 1);
+    EXPECT_EQ(slurp(path("s4.bin")), before);
+    ASSERT_EQ(::mkfifo(path("pipe.bin").c_str(), 0600), 0);
+    EXPECT_EQ(run(path("pipe.bin") + " /xml:" + path("pipe.xml")), 1);
+    EXPECT_NE(m_output.find("is not a regular file"), std::string::npos) << m_output;
 }

@@ -2,6 +2,7 @@
 
 #include "velmora/core/filewrite.h"
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 
 #include <algorithm>
 
@@ -54,7 +55,7 @@ std::string spreadsheet(const std::vector<AssetRow>& rows) {
     auto row = [&](const std::vector<std::string>& cells) {
         out += "<Row>";
         for (const auto& c : cells)
-            out += "<Cell><Data ss:Type=\"String\">" + xmlEscape(latin1ToUtf8(c)) + "</Data></Cell>";
+            out += "<Cell><Data ss:Type=\"String\">" + xmlEscape(utf8FromDocument(c)) + "</Data></Cell>";
         out += "</Row>\r\n";
     };
     row(assetColumns());
@@ -76,7 +77,7 @@ std::vector<std::vector<std::string>> readSpreadsheet(const std::string& text) {
             const std::size_t c = text.find("</Data>", b);
             if (b == std::string::npos || c == std::string::npos)
                 break;
-            cells.push_back(utf8ToCp1252(xmlUnescape(text.substr(b + 1, c - b - 1))));
+            cells.push_back(documentFromUtf8(xmlUnescape(text.substr(b + 1, c - b - 1))));
         }
         table.push_back(std::move(cells));
     }

@@ -6,6 +6,7 @@
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 #include "velmora/core/xmltext.h"
 
 #include <QRegularExpression>
@@ -109,7 +110,7 @@ RowPicture rowPicture(AppContext& ctx, const AssetRow& row) {
     std::string name = row.name;
     name.erase(std::remove_if(name.begin(), name.end(), [](char c) { return c == '\'' || c == ';' || c == ':'; }),
                name.end());
-    const fs::path thumbnail = ctx.appPath() / "Thumbnails" / (name + ".jpg");
+    const fs::path thumbnail = ctx.appPath() / "Thumbnails" / (fileNameFromText(name) + ".jpg");
     if (!name.empty() && FileExists(thumbnail))
         return {RowPicture::Source::Thumbnail, thumbnail};
     const fs::path blueprint = rowFile(ctx, row);
@@ -253,7 +254,7 @@ StoreResult storeBlueprint(AppContext& ctx, const fs::path& source, const std::s
 
 std::string addLocoInformation(AppContext& ctx, const AssetRow& row,
                                const std::function<std::optional<std::string>(const fs::path& jpg)>& toPng) {
-    const fs::path thumbnail = ctx.appPath() / "Thumbnails" / (row.name + ".jpg");
+    const fs::path thumbnail = ctx.appPath() / "Thumbnails" / (fileNameFromText(row.name) + ".jpg");
     if (!FileExists(thumbnail))
         return "There does not appear to be a thumbnail for\nthis loco in your Velmora\\Thumbnails folder?";
     const fs::path folder = rowFile(ctx, row).parent_path() / "LocoInformation";

@@ -3,15 +3,21 @@
 //   velmora-serz IN /xml:OUT    binary to XML      velmora-serz IN /bin:OUT   XML to binary
 //   velmora-serz IN xml:OUT     (the same without the slash)
 //   velmora-serz IN             beside the input, the other kind by the extension
+// As with the simulator's converter, the input decides the direction (a binary document becomes
+// XML, XML becomes a binary document); the switch names the output.
 // Options: --lf / --crlf (line ends of the XML), --exp2 / --exp3 (exponent digits),
 //          --compatible (floats from the text only, as the converter reads them).
 
 #include "velmora/core/convert.h"
+#include "velmora/core/textboundary.h"
 
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
+
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -26,24 +32,43 @@ bool iequals(const std::string& a, const std::string& b) {
     return true;
 }
 
-// Without a switch: .bin <-> .xml, .proxybin <-> .proxyxml; other binary kinds become .xml.
-bool besideInput(const fs::path& in, fs::path& out, bool& toXml) {
-    const std::string ext = in.extension().string();
-    out = in;
-    if (iequals(ext, ".xml")) {
-        out.replace_extension(".bin");
-        toXml = false;
-    } else if (iequals(ext, ".proxyxml")) {
-        out.replace_extension(".proxybin");
-        toXml = false;
-    } else if (iequals(ext, ".proxybin")) {
-        out.replace_extension(".proxyxml");
-        toXml = true;
-    } else {
-        out.replace_extension(".xml");
-        toXml = true;
+// Which way the input goes: a binary document (it starts with the header) becomes XML, text
+// that starts with markup becomes a binary document; anything else goes by the extension, so
+// that a damaged file gets the error of the kind its name promises.
+bool inputIsBinary(const fs::path& in) {
+    std::error_code ec;
+    if (fs::is_regular_file(in, ec)) {
+        char head[8] = {};
+        std::ifstream file(in, std::ios::binary);
+        file.read(head, sizeof head);
+        const std::string start(head, static_cast<std::size_t>(file.gcount()));
+        if (start == std::string("SERZ\0\0\1\0", 8))
+            return true;
+        const auto text = start.find_first_not_of(" \t\r\n");
+        if (start.rfind("\xEF\xBB\xBF", 0) == 0 || (text != std::string::npos && start[text] == '<'))
+            return false;
     }
-    return true;
+    const std::string ext = in.extension().string();
+    return !iequals(ext, ".xml") && !iequals(ext, ".proxyxml");
+}
+
+// Without a switch: .bin <-> .xml, .proxybin <-> .proxyxml; other binary kinds become .xml.
+// A document whose name promises the other kind (XML named .proxyxml that is binary) must not be
+// written over itself: it gets the plain extension instead.
+fs::path besideInput(const fs::path& in, bool toXml) {
+    const bool proxy = iequals(in.extension().string(), ".proxybin") || iequals(in.extension().string(), ".proxyxml");
+    fs::path out = in;
+    out.replace_extension(toXml ? (proxy ? ".proxyxml" : ".xml") : (proxy ? ".proxybin" : ".bin"));
+    if (out == in)
+        out.replace_extension(toXml ? ".xml" : ".bin");
+    return out;
+}
+
+// What is printed may hold names from the documents: on a terminal their control characters are
+// shown, not obeyed.
+void say(const std::string& text) {
+    const std::string line = ::isatty(STDOUT_FILENO) ? velmora::forTerminal(text) : text;
+    std::fwrite(line.data(), 1, line.size(), stdout);
 }
 
 int usage() {
@@ -72,30 +97,31 @@ int main(int argc, char** argv) {
     if (in.empty())
         return usage();
     fs::path out;
-    bool toXml = true;
+    const bool toXml = inputIsBinary(in);
     if (target.empty()) {
-        besideInput(in, out, toXml);
+        out = besideInput(in, toXml);
     } else {
         std::string t = target;
         if (!t.empty() && t[0] == '/')
             t.erase(0, 1);
         const auto colon = t.find(':');
         const std::string kind = colon == std::string::npos ? std::string() : t.substr(0, colon);
-        if (iequals(kind, "xml"))
-            toXml = true;
-        else if (iequals(kind, "bin"))
-            toXml = false;
-        else
+        if (!iequals(kind, "xml") && !iequals(kind, "bin"))
             return usage();
         out = t.substr(colon + 1);
     }
-    std::printf("Converting %s to %s...\n", in.c_str(), out.string().c_str());
+    std::error_code same;
+    if (fs::equivalent(in, out, same)) {
+        say(in + ": the output would overwrite the input\n");
+        return 1;
+    }
+    say("Converting " + in + " to " + out.string() + "...\n");
     const velmora::ConvertResult r = toXml ? velmora::decodeFileTo(in, out, write) : velmora::encodeFileTo(in, out, read);
     if (!r.ok) {
         // Every message names the file, and the byte or the line where the codec stopped.
-        std::printf("%s\n", r.message.c_str());
+        say(r.message + "\n");
         return 1;
     }
-    std::printf("Conversion complete\n");
+    say("Conversion complete\n");
     return 0;
 }

@@ -8,6 +8,7 @@
 #include "velmora/core/errorlog.h"
 #include "velmora/core/parallel.h"
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/core/xmltext.h"
 
@@ -561,10 +562,7 @@ ReportFiles saveRouteReports(AppContext& ctx, const RouteCheckResult& r) {
             text += csvCell(rows[i]) + (numbered ? ",," + std::to_string(i + 1) : std::string()) + "\r\n";
         reports.emplace_back(name, std::move(text));
     };
-    std::string route = r.routeName;
-    for (char& ch : route)
-        if (ch == '/' || ch == '\\' || ch == ':' || ch == '*' || ch == '?' || ch == '"' || ch == '<' || ch == '>' || ch == '|')
-            ch = '_';
+    const std::string route = fileNameFromText(r.routeName);
     add(route + "_Assets.csv", r.assetsUnique, true);
     if (r.deepDone) {
         add(route + "_GeoShapes.csv", r.geoFiles, false);

@@ -3,6 +3,7 @@
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 #include "velmora/core/xmltext.h"
 
 #include <algorithm>
@@ -148,8 +149,9 @@ const RouteEntry* findRoute(const std::vector<RouteEntry>& routes, const std::st
     for (const auto& r : routes)
         if (iequals(r.folder, key))
             return &r;
+    // The name as typed is UTF-8, the route's name repaired document text.
     for (const auto& r : routes)
-        if (r.name == key)
+        if (sameName(r.name, key))
             return &r;
     return nullptr;
 }

@@ -1,5 +1,7 @@
 #include "frmlistrs.h"
 
+#include "velmora/core/textboundary.h"
+
 #include "../common/desktopui.h"
 #include "velmora/core/services.h"
 
@@ -28,7 +30,7 @@ std::vector<std::string> cellsOf(const std::string& row) {
 
 frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, const std::vector<std::string>& rows,
                      const std::string& routeName, const std::string& suffix, QWidget* parent)
-    : QDialog(parent), m_ctx(ctx), m_kind(kind), m_proposed(routeName + suffix) {
+    : QDialog(parent), m_ctx(ctx), m_kind(kind), m_proposed(fileNameFromText(routeName) + suffix) {
     setObjectName("frmListRS");
     setWindowTitle(title);
     // Where the last grid report was, as the settings keep it.
