@@ -71,3 +71,28 @@ TEST(TreeSearch, FindsFromAnIndexIgnoringCase) {
     EXPECT_EQ(findInTree(tree, 0, "name", TreeSearchKind::Shown), 3);
     EXPECT_EQ(findInTree(tree, 100, "x", TreeSearchKind::Shown), -1);
 }
+
+TEST(XmlTree, AMillionNestedElementsAreBuiltAndFreedWithoutRecursion) {
+    // Seven megabytes of nesting: freeing it level by level through the nodes' destructors
+    // would take a million stack frames.
+    const std::size_t depth = 1000000;
+    std::string text;
+    text.reserve(depth * 7 + 16);
+    for (std::size_t i = 0; i < depth; ++i)
+        text += "<a>";
+    for (std::size_t i = 0; i < depth; ++i)
+        text += "</a>";
+    {
+        XmlTree tree;
+        ASSERT_TRUE(tree.parse(text)) << tree.error().toStdString();
+        EXPECT_EQ(tree.size(), depth);
+        EXPECT_EQ(tree.nodes().back()->parent, tree.nodes()[depth - 2]);
+        tree.clear();
+        EXPECT_TRUE(tree.empty());
+        ASSERT_TRUE(tree.parse(text));
+    } // and freed with the tree
+    // A document that breaks off deep inside is freed the same way.
+    XmlTree broken;
+    EXPECT_FALSE(broken.parse(std::string_view(text).substr(0, depth * 3 + 2)));
+    EXPECT_TRUE(broken.empty());
+}

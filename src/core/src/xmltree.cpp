@@ -4,9 +4,24 @@
 
 namespace velmora {
 
+namespace {
+
+// Frees a tree without recursion: the nodes' own destructors would call each other once per
+// level, and a crafted document nests deeper than the stack holds. `order` lists every node
+// with each parent before its children, so from the back every node's children are leaves.
+void dismantle(std::unique_ptr<XmlNode>& root, std::vector<XmlNode*>& order) {
+    for (auto it = order.rbegin(); it != order.rend(); ++it)
+        (*it)->children.clear();
+    order.clear();
+    root.reset();
+}
+
+} // namespace
+
+XmlTree::~XmlTree() { dismantle(m_document, m_order); }
+
 void XmlTree::clear() {
-    m_document.reset();
-    m_order.clear();
+    dismantle(m_document, m_order);
     m_error.clear();
 }
 
@@ -23,6 +38,7 @@ bool XmlTree::parse(std::string_view text, const std::function<void(double)>& pr
         const auto token = reader.readNext();
         if ((++events & 0xFFFF) == 0) {
             if (cancelled && cancelled()) {
+                dismantle(root, order);
                 m_error = QStringLiteral("Stopped");
                 return false;
             }
@@ -63,6 +79,7 @@ bool XmlTree::parse(std::string_view text, const std::function<void(double)>& pr
         }
     }
     if (reader.hasError()) {
+        dismantle(root, order);
         m_error = QStringLiteral("Line %1, column %2: %3")
                       .arg(reader.lineNumber())
                       .arg(reader.columnNumber())

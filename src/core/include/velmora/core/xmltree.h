@@ -27,6 +27,11 @@ struct XmlNode {
 
 class XmlTree {
 public:
+    XmlTree() = default;
+    ~XmlTree();
+    XmlTree(const XmlTree&) = delete;
+    XmlTree& operator=(const XmlTree&) = delete;
+
     // Parses the text (UTF-8 as the converter writes it). Stops early when `cancelled` says so;
     // `progress` gets the fraction read. On failure the tree is empty and `error` names the line.
     bool parse(std::string_view text, const std::function<void(double)>& progress = {},
