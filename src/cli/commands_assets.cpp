@@ -190,13 +190,28 @@ std::string reportAsJson(const assets::Report& r) {
     return out + "\n]\n";
 }
 
-int printReport(Session& s, const Arguments& a, const assets::Report& r) {
+// The report's text with a mark on each missing file that the text gives as a bare path (the
+// file lists); the reports that mark their missing lines themselves stay as they are.
+std::string reportAsText(const assets::Report& r) {
+    if (r.lines.empty())
+        return r.text();
+    std::string out;
+    for (const auto& l : r.lines)
+        out += (l.missing && l.text == l.path ? "MISSING: " : "") + shown(l.text) + "\r\n";
+    return out;
+}
+
+// A document that could not be read leaves the report short: that ends the command with an
+// error (the error log has already said which).
+int printReport(Session& s, const Arguments& a, const assets::Report& r, const assets::AssetChecks& checks) {
     if (a.has("--json"))
         s.out << reportAsJson(r);
     else if (a.has("--csv"))
         s.out << reportAsCsv(r);
     else
-        s.out << r.text();
+        s.out << reportAsText(r);
+    if (!checks.unreadable.empty())
+        return Error;
     return r.anyMissing() ? ProblemsFound : Success;
 }
 
@@ -222,7 +237,7 @@ int cmdCheckLoco(Session& s) {
     checks.currentFile = s.ctx.currentFile;
     assets::Report report = checks.checkLoco(rows);
     report.lines.insert(report.lines.end(), checks.fileList.lines.begin(), checks.fileList.lines.end());
-    return printReport(s, a, report);
+    return printReport(s, a, report, checks);
 }
 
 // The file list of blueprints: every file each one uses, missing ones marked; or one of the
@@ -235,15 +250,15 @@ int cmdFilesUsed(Session& s) {
     assets::AssetChecks checks(s.ctx);
     const std::string by = a.value("--by").value_or("");
     if (by.empty())
-        return printReport(s, a, checks.getAssetBits(rows));
+        return printReport(s, a, checks.getAssetBits(rows), checks);
     if (by == "locos")
-        return printReport(s, a, checks.filesUsedByLocos(rows));
+        return printReport(s, a, checks.filesUsedByLocos(rows), checks);
     if (by == "wagons")
-        return printReport(s, a, checks.filesUsedByWagons(rows));
+        return printReport(s, a, checks.filesUsedByWagons(rows), checks);
     if (by == "asset")
-        return printReport(s, a, checks.filesUsedByAsset(rows));
+        return printReport(s, a, checks.filesUsedByAsset(rows), checks);
     if (by == "lofts")
-        return printReport(s, a, checks.filesUsedByLofts(rows));
+        return printReport(s, a, checks.filesUsedByLofts(rows), checks);
     return s.fail("--by takes locos, wagons, asset or lofts, not '" + by + "'");
 }
 
@@ -348,7 +363,7 @@ int cmdProcessMissing(Session& s) {
                                                         a.value("--category").value_or(""));
     if (!problem.empty())
         return s.fail(problem);
-    return printReport(s, a, checks.getAssetBits(rows));
+    return printReport(s, a, checks.getAssetBits(rows), checks);
 }
 
 // Package Missing Assets: the files of Reports/MissingFiles.txt copied into NewPackage.

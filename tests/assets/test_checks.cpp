@@ -11,6 +11,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <unistd.h>
 
 using namespace velmora;
@@ -223,4 +224,68 @@ TEST_F(DemoChecks, ProcessMissingAssetsFindsTheNamedBlueprints) {
     EXPECT_EQ(rows[0].path, "Scenery\\Faulty\\Coal_Stage.bin");
     const Report bits = checks.getAssetBits(rows);
     EXPECT_TRUE(mentions(bits, "CoalStage_Missing.TgPcDx", true));
+}
+
+TEST_F(DemoChecks, TheReadingsOfATexturePathAndOfAnAnimationMeet) {
+    // The wagon's shape names a texture below Assets. Read the asset screen's way it is not
+    // beside the shape; it is not called missing for that without saying where it is, and the
+    // line names the shape that calls it.
+    AssetChecks checks(*m_ctx);
+    checks.currentFile = "something opened elsewhere";
+    const Report loco = checks.checkLoco({row("DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin")});
+    EXPECT_FALSE(checks.fileList.anyMissing()) << linesOf(checks.fileList);
+    EXPECT_TRUE(mentions(checks.fileList, "Buffers.TgPcDx Called by " + (s_dir / "rw/Assets/DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.GeoPcDx").string() +
+                                              " (found below Assets as " + (s_dir / "rw/Assets/DemoRail/Class66Pack/RailVehicles/CommonTex/Buffers.TgPcDx").string() + ")",
+                         false))
+        << linesOf(checks.fileList);
+    const Report bits = checks.getAssetBits({row("DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin")});
+    EXPECT_TRUE(mentions(bits, "RailVehicles/CommonTex/Buffers.TgPcDx", false)) << linesOf(bits);
+
+    // An engine's animation lies in a folder of its own, where its value says.
+    const Report engine = checks.getAssetBits({row("DemoRail/Class66Pack/RailVehicles/Diesel/Class66/Engine/Class66_EWS.bin")});
+    EXPECT_FALSE(engine.anyMissing()) << linesOf(engine);
+    EXPECT_TRUE(mentions(engine, "Engine/Animations/Class66_EWS_Wipers.ban", false)) << linesOf(engine);
+}
+
+TEST_F(DemoChecks, ADocumentThatCannotBeReadIsLoggedNotPassedOver) {
+    const fs::path broken = s_dir / "rw/Assets/DemoRail/Class66Pack/Scenery/Broken/Empty_Hut.bin";
+    ASSERT_TRUE(fs::exists(broken));
+    AssetChecks checks(*m_ctx);
+    const int logged = m_ctx->log().count();
+    checks.getAssetBits({row(broken.string())});
+    ASSERT_EQ(checks.unreadable.size(), 1u);
+    EXPECT_NE(checks.unreadable[0].find("Empty_Hut.bin"), std::string::npos);
+    EXPECT_EQ(m_ctx->log().count(), logged + 1);
+    // A blueprint that is not there at all is a finding of the report, not an error.
+    AssetChecks missing(*m_ctx);
+    const Report r = missing.getAssetBits({row("DemoRail/Class66Pack/Scenery/Nothing_Here.bin")});
+    EXPECT_TRUE(missing.unreadable.empty());
+    EXPECT_TRUE(r.anyMissing());
+}
+
+TEST_F(DemoChecks, MissingAssetsWithCommasAndPackagesInTheLetterCaseOnDisk) {
+    // The route check writes a path holding a comma in quotes; it comes back whole.
+    const fs::path odd = s_dir / "rw/Assets/DemoRail/Class66Pack/Scenery/Odd, Folder/Coal_Stage.bin";
+    fs::create_directories(odd.parent_path());
+    fs::copy_file(s_dir / "rw/Assets/DemoRail/Class66Pack/Scenery/Faulty/Coal_Stage.bin", odd,
+                  fs::copy_options::overwrite_existing);
+    m_ctx->resolver.invalidate();
+    fs::create_directories(m_ctx->reports());
+    std::ofstream(m_ctx->reports() / "MissingAssets.csv", std::ios::binary) << csvCell(odd.string()) << "\r\n";
+    AssetChecks checks(*m_ctx);
+    std::vector<AssetRow> rows;
+    EXPECT_EQ(checks.missingAssetRows(rows, "*.bin", ""), "");
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].path, "Scenery\\Odd, Folder\\Coal_Stage.bin");
+
+    // A seasonal variant is copied under the name it has on disk.
+    const fs::path body = s_dir / "rw/Assets/DemoRail/Class66Pack/RailVehicles/Freight/HTA/Textures/HTA_Body.TgPcDx";
+    std::ofstream(m_ctx->reports() / "MissingFiles.txt", std::ios::binary) << body.string() << "\r\n+++\r\n";
+    EXPECT_EQ(checks.packageMissingAssets(), "");
+    const fs::path copied = m_ctx->appPath() / "NewPackage/Assets/DemoRail/Class66Pack/RailVehicles/Freight/HTA/Textures";
+    std::set<std::string> names;
+    for (const auto& e : fs::directory_iterator(copied))
+        names.insert(e.path().filename().string());
+    EXPECT_EQ(names, (std::set<std::string>{"HTA_Body.TgPcDx", "HTA_Body_AU.TgPcDx", "HTA_Body_WI.TgPcDx"}));
+    fs::remove_all(odd.parent_path());
 }

@@ -84,35 +84,6 @@ std::vector<std::vector<std::string>> readSpreadsheet(const std::string& text) {
     return table;
 }
 
-// The cells of a line; in the comma form a cell may stand in quotes, with quotes doubled inside.
-std::vector<std::string> split(const std::string& line, char separator) {
-    std::vector<std::string> cells;
-    std::string cell;
-    bool quoted = false;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        const char ch = line[i];
-        if (quoted) {
-            if (ch == '"' && i + 1 < line.size() && line[i + 1] == '"') {
-                cell += '"';
-                ++i;
-            } else if (ch == '"') {
-                quoted = false;
-            } else {
-                cell += ch;
-            }
-        } else if (ch == separator) {
-            cells.push_back(std::move(cell));
-            cell.clear();
-        } else if (ch == '"' && separator == ',' && cell.empty()) {
-            quoted = true;
-        } else {
-            cell += ch;
-        }
-    }
-    cells.push_back(std::move(cell));
-    return cells;
-}
-
 AssetRow fromCells(std::vector<std::string> cells) {
     cells.resize(8);
     return {cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], cells[6], cells[7]};
@@ -182,7 +153,7 @@ bool loadAssetList(const fs::path& file, ListForm form, std::vector<AssetRow>& r
     } else if (form == ListForm::Csv || form == ListForm::Tabbed) {
         for (const std::string& line : SplitLines(text))
             if (!line.empty())
-                table.push_back(split(line, form == ListForm::Csv ? ',' : '\t'));
+                table.push_back(csvCells(line, form == ListForm::Csv ? ',' : '\t'));
     } else {
         if (error)
             *error = file.string() + ": a list is read from .csv, .txt, .tab or .xls";

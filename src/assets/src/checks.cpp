@@ -3,6 +3,7 @@
 #include "velmora/assets/assetlist.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
+#include "velmora/core/errorlog.h"
 #include "velmora/core/services.h"
 #include "velmora/core/xmltext.h"
 
@@ -185,10 +186,18 @@ fs::path AssetChecks::resolve(const std::string& relative, bool& exists, bool re
     return m_ctx.resolver.resolveForWrite(assets, relative);
 }
 
-std::string AssetChecks::convert(const fs::path& file) const {
+std::string AssetChecks::convert(const fs::path& file) {
     std::string xml;
-    if (!binToXmlText(file, xml))
+    if (const ConvertResult r = binToXmlText(file, xml); !r) {
+        // A file that is not there is a finding of the report; one that is there and cannot be
+        // read is an error.
+        std::error_code ec;
+        if (fs::exists(file, ec)) {
+            m_ctx.log().log("frmAssets", m_procedure, err::Conversion, r.message);
+            unreadable.push_back(r.message);
+        }
         return {};
+    }
     return xml;
 }
 
@@ -209,7 +218,8 @@ void AssetChecks::textures(const std::string& shapeXml, const std::string& shape
         const std::size_t lt = gt == std::string::npos ? gt : line.find('<', gt + 1);
         if (lt == std::string::npos)
             continue;
-        const std::string relative = texturePath(line.substr(gt + 1, lt - gt - 1), shapeRelative);
+        const std::string value = line.substr(gt + 1, lt - gt - 1);
+        const std::string relative = texturePath(value, shapeRelative);
         if (walk == TextureWalk::Show) {
             bool exists = false;
             add(out, resolve(relative, exists, false).string(), relative);
@@ -217,10 +227,28 @@ void AssetChecks::textures(const std::string& shapeXml, const std::string& shape
         }
         bool exists = false;
         const fs::path file = resolve(relative, exists);
-        if (walk == TextureWalk::List)
-            add(out, file.string(), file.string(), !exists);
-        else if (!exists)
-            add(out, file.string() + " Called by " + currentFile, file.string(), true);
+        // The route check reads a value that is neither "text..." nor "..\..." as a path below
+        // Assets: a texture found that way is not passed off as missing.
+        fs::path other;
+        if (!exists) {
+            const std::string plain = withoutBracket(value);
+            const bool belowAssets = plain.rfind("..\\", 0) != 0 && !iequals(plain.substr(0, std::min<std::size_t>(4, plain.size())), "text");
+            bool found = false;
+            if (belowAssets)
+                if (const fs::path candidate = resolve(plain + ".TgPcDx", found); found)
+                    other = candidate;
+        }
+        if (walk == TextureWalk::List) {
+            add(out, other.empty() ? file.string() : other.string(), other.empty() ? file.string() : other.string(),
+                !exists && other.empty());
+        } else if (!exists) {
+            bool shapeExists = false;
+            const std::string called = file.string() + " Called by " + resolve(shapeRelative, shapeExists, false).string();
+            if (other.empty())
+                add(out, called, file.string(), true);
+            else
+                add(out, called + " (found below Assets as " + other.string() + ")", file.string(), false);
+        }
     }
 }
 
@@ -332,6 +360,7 @@ void AssetChecks::walkTags(const std::string& xml, Walk walk, Report& report) {
 }
 
 Report AssetChecks::walkRows(const std::vector<AssetRow>& rows, Walk walk) {
+    m_procedure = walk == Walk::Check ? "mnuCheckLoco_Click" : walk == Walk::ShowLoco ? "mnuShowFiles_Click" : "mnuWag_Click";
     Report report;
     for (const AssetRow& row : rows) {
         const std::string relative = row.relativePath();
@@ -455,8 +484,17 @@ void AssetChecks::animationsAndAudio(const std::string& xml, const AssetRow& row
         std::size_t pos = anims;
         for (std::string name; GetDetail(xml, pos, "AnimationName", name, kText), pos > 0 && !name.empty();) {
             bool animExists = false;
-            const fs::path anim =
+            fs::path anim =
                 resolve(withSuffix(folderOf(row.relativePath()) + "\\" + lastElement(name), ".ban"), animExists);
+            // The value is a path below Assets, as the loco check reads it: an animation kept in
+            // a folder of its own is found there rather than listed as missing beside the blueprint.
+            if (bool asWritten = false; !animExists) {
+                const fs::path written = resolve(withSuffix(name, ".ban"), asWritten);
+                if (asWritten) {
+                    anim = written;
+                    animExists = true;
+                }
+            }
             add(fileList, anim.string(), anim.string(), !animExists);
         }
         add(fileList, "");
@@ -477,6 +515,7 @@ void AssetChecks::animationsAndAudio(const std::string& xml, const AssetRow& row
 }
 
 Report AssetChecks::filesUsedByAsset(const std::vector<AssetRow>& rows) {
+    m_procedure = "mnuSFA_Click";
     for (const AssetRow& row : rows) {
         if (row.name == "Name" || row.provider.empty())
             continue;
@@ -500,6 +539,7 @@ Report AssetChecks::filesUsedByAsset(const std::vector<AssetRow>& rows) {
 }
 
 Report AssetChecks::filesUsedByLofts(const std::vector<AssetRow>& rows) {
+    m_procedure = "mnuLoft_Click";
     for (const AssetRow& row : rows) {
         if (row.provider.empty())
             continue;
@@ -514,6 +554,7 @@ Report AssetChecks::filesUsedByLofts(const std::vector<AssetRow>& rows) {
 }
 
 Report AssetChecks::getAssetBits(const std::vector<AssetRow>& rows) {
+    m_procedure = "GetAssetBits";
     for (const AssetRow& row : rows) {
         if (row.name == "Name" || row.provider.empty())
             continue;
@@ -547,6 +588,7 @@ Report AssetChecks::getAssetBits(const std::vector<AssetRow>& rows) {
 }
 
 std::vector<std::string> AssetChecks::useInScenarios(std::vector<AssetRow>& rows) {
+    m_procedure = "mnuInScene_Click";
     std::vector<std::string> problems;
     for (AssetRow& row : rows) {
         bool exists = false;
@@ -598,7 +640,9 @@ std::string AssetChecks::missingAssetRows(std::vector<AssetRow>& rows, const std
     const fs::path list = m_ctx.reports() / "MissingAssets.csv";
     if (!FileExists(list))
         return "Your missing assets file could not be found, must be saved as\nReports\\MissingAssets.csv";
-    for (std::string line : SplitLines(ReadTextFile(list))) {
+    for (const std::string& text : SplitLines(ReadTextFile(list))) {
+        // The route check quotes a path that holds a comma or a quote.
+        std::string line = csvCells(text).front();
         while (!line.empty() && line.back() == ' ')
             line.pop_back();
         if (line.empty())
@@ -668,9 +712,9 @@ std::string AssetChecks::packageMissingAssets(int* copied) {
             for (const char* season : {"_Au", "_Sp", "_Wi"}) {
                 const fs::path variant = fs::path(stem + season + ".TgPcDx");
                 const fs::path parent = variant.parent_path();
-                // The seasonal file may be spelt in any letter case.
+                // The seasonal file may be spelt in any letter case; the copy keeps the one on disk.
                 if (auto found = m_ctx.resolver.resolve(parent, variant.filename().string()))
-                    copy(*found, relStem + season + ".TgPcDx");
+                    copy(*found, (fs::path(relative).parent_path() / found->filename()).generic_string());
             }
         }
     }

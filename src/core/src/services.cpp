@@ -59,6 +59,34 @@ std::string csvCell(std::string_view text) {
     return out + "\"";
 }
 
+std::vector<std::string> csvCells(std::string_view line, char separator) {
+    std::vector<std::string> cells;
+    std::string cell;
+    bool quoted = false;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const char ch = line[i];
+        if (quoted) {
+            if (ch == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+                cell += '"';
+                ++i;
+            } else if (ch == '"') {
+                quoted = false;
+            } else {
+                cell += ch;
+            }
+        } else if (ch == separator) {
+            cells.push_back(std::move(cell));
+            cell.clear();
+        } else if (ch == '"' && separator == ',' && cell.empty()) {
+            quoted = true;
+        } else {
+            cell += ch;
+        }
+    }
+    cells.push_back(std::move(cell));
+    return cells;
+}
+
 std::string jsonQuoted(std::string_view utf8) {
     std::string out = "\"";
     for (char c : utf8) {

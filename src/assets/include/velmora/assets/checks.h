@@ -34,7 +34,7 @@ struct Report {
 // How a texture reference of a shape is written down after it is found.
 enum class TextureWalk {
     List,        // every texture, repaired when missing (the file lists)
-    CheckMissing, // only the missing ones, as "<path> Called by <current file>" (the loco check)
+    CheckMissing, // only the missing ones, as "<path> Called by <shape>" (the loco check)
     Show,        // every texture, untested (the files-used reports)
 };
 
@@ -46,6 +46,9 @@ public:
 
     Report fileList;          // the shared file list buffer
     std::string currentFile;  // named in "Called by" lines
+    // Documents that exist but could not be read, "<file>: <reason>", each also in the error
+    // log: the reports then lack what those documents name.
+    std::vector<std::string> unreadable;
 
     // Check Loco for missing files.
     Report checkLoco(const std::vector<AssetRow>& rows);
@@ -87,9 +90,10 @@ private:
     void shapeOfAsset(const std::string& xml, const std::string& product, Report& out, bool loft);
     void GetLoftBits(const std::string& xml, Report& out);
     void animationsAndAudio(const std::string& xml, const AssetRow& row);
-    std::string convert(const std::filesystem::path& file) const;
+    std::string convert(const std::filesystem::path& file);
 
     AppContext& m_ctx;
+    const char* m_procedure = "GetAssetBits"; // the command that logs a document it could not read
 };
 
 // The path a texture value of a shape names, below Assets: the [xx] code taken out, "..\" climbed

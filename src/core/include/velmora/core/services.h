@@ -84,6 +84,9 @@ std::string toLowerAscii(std::string_view text);
 // A cell of a comma-separated file: as it stands, or in quotes with its quotes doubled when it
 // holds a comma, a quote or a line break.
 std::string csvCell(std::string_view text);
+// The cells of a line. With ',' as separator a cell may stand in quotes, with its quotes doubled
+// inside (the form csvCell writes); with any other separator quotes are plain characters.
+std::vector<std::string> csvCells(std::string_view line, char separator = ',');
 // A JSON string of UTF-8 text, in quotes, with quotes, backslashes and control characters escaped.
 std::string jsonQuoted(std::string_view utf8);
 
