@@ -49,6 +49,9 @@ TEST(AssetFind, FirstLetterInEitherCaseAndStepsOn) {
     std::string error;
     EXPECT_FALSE(findRow(kRows, 3, "(unclosed", 0, &error));
     EXPECT_NE(error.find("cannot be searched for"), std::string::npos);
+    // Show All with an empty Find box keeps every row, empty cells included.
+    EXPECT_EQ(matchingRows(kRows, 3, ""), (std::vector<std::size_t>{0, 1, 2}));
+    EXPECT_EQ(matchingRows({{"A", "B", "c.bin", "", "", "", "", "1"}}, 4, ""), (std::vector<std::size_t>{0}));
 }
 
 TEST(ChildEntries, ListRemoveAndRepairTheSmokeStack) {

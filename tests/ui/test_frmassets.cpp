@@ -87,6 +87,12 @@ private slots:
         QCOMPARE(screen.grid()->rowCount(), 6);
         QCOMPARE(screen.rows()[3].index, std::string("1"));
 
+        // Show All with nothing to find keeps every row.
+        screen.findChild<QComboBox*>("Combo1")->setCurrentIndex(3);
+        screen.findChild<QLineEdit*>("Text6")->setText("");
+        screen.Command8_Click();
+        QCOMPARE(screen.grid()->rowCount(), 6);
+
         // Find steps through the matches of a column; Show All keeps only them.
         screen.findChild<QComboBox*>("Combo1")->setCurrentIndex(0);
         screen.findChild<QLineEdit*>("Text6")->setText("kuju");

@@ -27,8 +27,10 @@ std::string cell(const AssetRow& row, int column) {
 
 std::optional<QRegularExpression> findPattern(const std::string& text, std::string* error) {
     QString typed = QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+    // An empty box is three empty alternatives, which every cell matches: Show All then keeps
+    // every row.
     if (typed.isEmpty())
-        return std::nullopt;
+        return QRegularExpression(QString());
     QString upper = typed, lower = typed;
     upper[0] = upper[0].toUpper();
     lower[0] = lower[0].toLower();
