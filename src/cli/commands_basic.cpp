@@ -5,6 +5,7 @@
 #include "velmora/core/installinfo.h"
 #include "velmora/core/services.h"
 #include "velmora/demo/demoinstall.h"
+#include "velmora/routes/routes.h"
 
 namespace velmora::cli {
 
@@ -30,9 +31,11 @@ int cmdInfo(Session& s) {
     s.out << "Products: " << info.products.size() << '\n';
     for (const auto& p : info.products)
         s.out << "  " << p.provider << '\\' << p.product << '\n';
-    s.out << "Routes: " << info.routes.size() << '\n';
-    for (const auto& r : info.routes)
-        s.out << "  " << r.folder << "  " << (r.displayName.empty() ? "(no name)" : r.displayName) << '\n';
+    // The routes as the route list counts them: GUID folders with a named RouteProperties.xml.
+    const auto routes = routes::listRoutes(s.ctx);
+    s.out << "Routes: " << routes.size() << '\n';
+    for (const auto& r : routes)
+        s.out << "  " << r.folder << "  " << shown(r.name) << '\n';
     return Success;
 }
 
