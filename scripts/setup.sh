@@ -28,7 +28,14 @@ if ((${#missing[@]})); then
   DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
 
+# VELMORA_WARNINGS_AS_ERRORS=ON makes every warning an error (CI sets it through scripts/test.sh).
+WERROR=()
+if [ -n "${VELMORA_WARNINGS_AS_ERRORS:-}" ]; then
+  WERROR=(-DVELMORA_WARNINGS_AS_ERRORS="$VELMORA_WARNINGS_AS_ERRORS")
+fi
 if [ ! -f "$BUILD/build.ninja" ]; then
-  cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
+  cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${WERROR[@]}"
+elif ((${#WERROR[@]})); then
+  cmake -S "$ROOT" -B "$BUILD" "${WERROR[@]}" >/dev/null
 fi
 cmake --build "$BUILD" -j "$(nproc)"

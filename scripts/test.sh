@@ -6,7 +6,8 @@ set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD="${VELMORA_BUILD_DIR:-$ROOT/build}"
 
-"$ROOT/scripts/setup.sh"
+# Warnings are errors here, and only here: CI must not let one in.
+VELMORA_WARNINGS_AS_ERRORS=ON "$ROOT/scripts/setup.sh"
 export QT_QPA_PLATFORM=offscreen
 ctest --test-dir "$BUILD" --output-on-failure -j "$(nproc)" --timeout 600
 

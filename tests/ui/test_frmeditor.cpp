@@ -1,12 +1,18 @@
 // The main screen driven through its commands, offscreen.
 
+#include "assets/frmassets.h"
+#include "common/frmreport.h"
 #include "editor/frmeditor.h"
+#include "routes/frmdelroute.h"
+#include "routes/frmlistrs.h"
 #include "velmora/core/editorcaptions.h"
 #include "velmora/core/settings.h"
 #include "velmora/core/userinterface.h"
 
 #include <QAction>
 #include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QMenu>
 #include <QMenuBar>
@@ -96,6 +102,71 @@ private slots:
         QVERIFY(!editor->action("mnuSaveRS")->isEnabled()); // nothing open yet
         QVERIFY(!editor->action("mnuBackup")->isEnabled()); // its tool is not built yet
         QVERIFY(editor->action("mnuDont")->isEnabled());
+        // What works is live; what does not says what it waits for.
+        for (const char* name : {"mnuCSV", "mnuExcel", "mnuTxt", "mnuCTF", "mnuClearTemp", "mnuQDPreload"})
+            QVERIFY2(editor->action(name)->isEnabled(), name);
+        QCOMPARE(editor->action("mnuBackup")->toolTip(), QString("Waits for the backup and housekeeping tools"));
+        QCOMPARE(editor->action("mnuSaveRS")->toolTip(), QString("Works while a document is open"));
+        for (QAction* a : editor->findChildren<QAction*>())
+            if (!a->isEnabled() && !a->menu() && !a->isSeparator() && a->objectName().startsWith("mnu"))
+                QVERIFY2(!a->toolTip().isEmpty() && a->toolTip() != a->text(), qPrintable(a->objectName()));
+    }
+
+    void theReportsAndOptionsCommandsThatWork() {
+        auto editor = open();
+        // A saved grid report in the grid screen, a text report in the report screen.
+        writeFile(m_dir / "home/Reports/Demo_Assets.csv", "C:\\RW\\Assets\\A\\B\\x.bin,,1\r\n\"a, b.bin\",,2\r\n");
+        m_ui->pushPath(m_dir / "home/Reports/Demo_Assets.csv");
+        ui::frmListRS* grid = editor->openGridReport("Comma Separated (*.csv)|*.csv");
+        QVERIFY(grid);
+        QCOMPARE(grid->rows(), (std::vector<std::string>{"C:\\RW\\Assets\\A\\B\\x.bin\t\t1", "a, b.bin\t\t2"}));
+        writeFile(m_dir / "home/Reports/Notes.txt", "line one\r\nline two");
+        m_ui->pushPath(m_dir / "home/Reports/Notes.txt");
+        ui::frmReport* report = editor->mnuTxt_Click();
+        QVERIFY(report);
+        QVERIFY(report->findChild<QPlainTextEdit*>("Text1")->toPlainText().contains("line two"));
+
+        // Clear Temp Files empties the program's scratch folder and makes it again.
+        writeFile(m_ctx->tempFiles() / "old.xml", "x");
+        editor->action("mnuCTF")->trigger();
+        QVERIFY(!fs::exists(m_ctx->tempFiles() / "old.xml"));
+        QVERIFY(fs::is_directory(m_ctx->tempFiles()));
+
+        // PreLoad Folder goes to the settings.
+        m_ui->pushPath(m_dir / "rw/Assets/DemoRail/PreLoad");
+        editor->action("mnuQDPreload")->trigger();
+        Settings back;
+        loadSettings(m_dir / "home/VLpreferences.txt", back, nullptr);
+        QCOMPARE(QString::fromStdString(back.preloadFolder), QString::fromStdString((m_dir / "rw/Assets/DemoRail/PreLoad").string()));
+
+        // Clear Railworks\Temp: a file at a time, or the lot.
+        writeFile(m_dir / "rw/Temp/a.tmp", "a");
+        writeFile(m_dir / "rw/Temp/b.tmp", "b");
+        ui::frmFolder6 temp(*m_ctx);
+        QCOMPARE(temp.files()->count(), 2);
+        temp.files()->item(0)->setSelected(true);
+        temp.Command1_Click();
+        QVERIFY(!fs::exists(m_dir / "rw/Temp/a.tmp"));
+        QCOMPARE(temp.files()->count(), 1);
+        temp.Command2_Click();
+        QCOMPARE(temp.files()->count(), 0);
+        QVERIFY(fs::is_directory(m_dir / "rw/Temp"));
+    }
+
+    void everyScreenTakesItsCaptionsFromTheLanguageTable() {
+        auto editor = open();
+        editor->applyLanguage("Lang_Test.txt");
+        // Each screen reads its entries when it is opened, so these show the new language.
+        ui::frmAssets assets(*m_ctx);
+        QCOMPARE(assets.findChild<QPushButton*>("Command1")->text(), QString("Test 87"));
+        QCOMPARE(assets.windowTitle(), QString("Test 67"));
+        ui::frmDelRoute routes(*m_ctx, false);
+        QCOMPARE(routes.findChild<QPushButton*>("Command4")->text(), QString("Test 117"));
+        ui::frmListRS grid(*m_ctx, ui::ReportKind::Used, "t", {});
+        QCOMPARE(grid.findChild<QPushButton*>("Command1")->text(), QString("Test 123"));
+        ui::frmReport report(*m_ctx, "t", "text");
+        QCOMPARE(report.findChild<QPushButton*>("cmdSave")->text(), QString("Test 201"));
+        QCOMPARE(report.findChild<QPushButton*>("cmdExit")->text(), QString("Test 9"));
     }
 
     void captionsComeFromTheLanguageTableAndSwitchAtOnce() {

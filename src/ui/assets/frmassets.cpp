@@ -64,7 +64,7 @@ QImage pictureOf(const assets::RowPicture& p) {
 
 frmAssets::frmAssets(AppContext& ctx, QWidget* parent) : QMainWindow(parent), m_ctx(ctx), m_checks(ctx) {
     setObjectName("frmAssets");
-    setWindowTitle(tr("Build List of Assets"));
+    setWindowTitle(caption(m_ctx, 67, "Build List of Assets"));
     setAttribute(Qt::WA_DeleteOnClose, false);
     buildWidgets();
     // A fresh scratch folder for this screen's conversions.
@@ -96,11 +96,11 @@ void frmAssets::buildWidgets() {
     m_mask->addItems({"*.bin", "*_WI*.TgPcDx", "*.xml", "*.cost*;*.tgt", "*.bak*"});
     m_category = new QLineEdit;
     m_category->setObjectName("Text5");
-    m_rollingStock = new QCheckBox(tr("Rolling stock only"));
+    m_rollingStock = new QCheckBox(caption(m_ctx, 84, "Rolling stock only"));
     m_rollingStock->setObjectName("Check1");
-    m_excludePreload = new QCheckBox(tr("Exclude PreLoad"));
+    m_excludePreload = new QCheckBox(caption(m_ctx, 71, "Exclude PreLoad"));
     m_excludePreload->setObjectName("Check3");
-    m_defaultFolders = new QCheckBox(tr("Default folders"));
+    m_defaultFolders = new QCheckBox(caption(m_ctx, 72, "Default folders"));
     m_defaultFolders->setObjectName("Check4");
     m_minLod = new QLineEdit;
     m_minLod->setObjectName("Text3");
@@ -127,48 +127,49 @@ void frmAssets::buildWidgets() {
     inputs->addWidget(new QLabel(tr("Start folder")), 0, 0);
     inputs->addWidget(m_start, 0, 1, 1, 4);
     inputs->addWidget(browse, 0, 5);
-    inputs->addWidget(new QLabel(tr("Mask")), 1, 0);
+    inputs->addWidget(new QLabel(caption(m_ctx, 93, "Mask:")), 1, 0);
     inputs->addWidget(m_mask, 1, 1);
-    inputs->addWidget(new QLabel(tr("Category")), 1, 2);
+    inputs->addWidget(new QLabel(caption(m_ctx, 94, "Category:")), 1, 2);
     inputs->addWidget(m_category, 1, 3);
-    inputs->addWidget(new QLabel(tr("Min LOD")), 2, 0);
+    inputs->addWidget(new QLabel(caption(m_ctx, 73, "Min LOD")), 2, 0);
     inputs->addWidget(m_minLod, 2, 1);
-    inputs->addWidget(new QLabel(tr("Max LOD")), 2, 2);
+    inputs->addWidget(new QLabel(caption(m_ctx, 74, "Max LOD")), 2, 2);
     inputs->addWidget(m_maxLod, 2, 3);
     inputs->addWidget(m_rollingStock, 3, 0, 1, 2);
     inputs->addWidget(m_excludePreload, 3, 2);
     inputs->addWidget(m_defaultFolders, 3, 3);
-    inputs->addWidget(new QLabel(tr("Find")), 4, 0);
+    inputs->addWidget(new QLabel(caption(m_ctx, 80, "Search for:")), 4, 0);
     inputs->addWidget(m_find, 4, 1);
     inputs->addWidget(m_findColumn, 4, 2);
 
     struct Button {
         const char* name;
+        int entry; // of the language table
         const char* caption;
         void (frmAssets::*slot)();
     };
     const Button buttons[] = {
-        {"Command1", "Add to List", &frmAssets::Command1_Click},
-        {"Command5", "Clear List", &frmAssets::Command5_Click},
-        {"Command3", "Save List", &frmAssets::Command3_Click},
-        {"Command11", "Load List", &frmAssets::Command11_Click},
-        {"Command18", "Restore", &frmAssets::Command18_Click},
-        {"Command2", "Print List", &frmAssets::Command2_Click},
-        {"Command13", "Save Stock Index", &frmAssets::Command13_Click},
-        {"Command22", "List QD consists", &frmAssets::Command22_Click},
-        {"Command14", "Find", &frmAssets::Command14_Click},
-        {"Command8", "Show All", &frmAssets::Command8_Click},
-        {"Command15", "Select All", &frmAssets::Command15_Click},
-        {"Command16", "Unselect All", &frmAssets::Command16_Click},
-        {"Command10", "Find Zero Length Files", &frmAssets::Command10_Click},
-        {"Command6", "Delete Selected", &frmAssets::Command6_Click},
-        {"Command9", "Display Child Entries.", &frmAssets::Command9_Click},
-        {"Command20", "Add LocoInformation", &frmAssets::Command20_Click},
+        {"Command1", 87, "Add to List", &frmAssets::Command1_Click},
+        {"Command5", 292, "Clear List", &frmAssets::Command5_Click},
+        {"Command3", 91, "Save List", &frmAssets::Command3_Click},
+        {"Command11", 92, "Load List", &frmAssets::Command11_Click},
+        {"Command18", 301, "Restore", &frmAssets::Command18_Click},
+        {"Command2", 89, "Print List", &frmAssets::Command2_Click},
+        {"Command13", 69, "Save Stock Index", &frmAssets::Command13_Click},
+        {"Command22", 70, "List QD consists", &frmAssets::Command22_Click},
+        {"Command14", 373, "Find", &frmAssets::Command14_Click},
+        {"Command8", 380, "Show All", &frmAssets::Command8_Click},
+        {"Command15", 375, "Select All", &frmAssets::Command15_Click},
+        {"Command16", 376, "Unselect All", &frmAssets::Command16_Click},
+        {"Command10", 381, "Find Zero Length Files", &frmAssets::Command10_Click},
+        {"Command6", 293, "Delete Selected", &frmAssets::Command6_Click},
+        {"Command9", 78, "Display Child Entries.", &frmAssets::Command9_Click},
+        {"Command20", 82, "Add LocoInformation", &frmAssets::Command20_Click},
     };
     auto* commands = new QGridLayout;
     int i = 0;
     for (const Button& b : buttons) {
-        QPushButton* button = commandButton(b.name, tr(b.caption));
+        QPushButton* button = commandButton(b.name, caption(m_ctx, b.entry, b.caption));
         connect(button, &QPushButton::clicked, this, b.slot);
         if (QString(b.name) == "Command14")
             button->setShortcut(Qt::Key_F3); // F3 repeats the find
@@ -176,12 +177,12 @@ void frmAssets::buildWidgets() {
         ++i;
     }
     {
-        QPushButton* process = commandButton("Command19", tr("Process Missing Assets File"));
-        QPushButton* package = commandButton("Command21", tr("Package Missing Assets"));
+        QPushButton* process = commandButton("Command19", caption(m_ctx, 75, "Process Missing Assets File"));
+        QPushButton* package = commandButton("Command21", caption(m_ctx, 76, "Package Missing Assets"));
         connect(process, &QPushButton::clicked, this, &frmAssets::Command19_Click);
         connect(package, &QPushButton::clicked, this, &frmAssets::Command21_Click);
         // Renaming comes with the cloning tools: present, not yet live.
-        QPushButton* rename = commandButton("Command17", tr("Rename Selected Asset"));
+        QPushButton* rename = commandButton("Command17", caption(m_ctx, 77, "Rename Selected Asset"));
         rename->setEnabled(false);
         for (QPushButton* b : {rename, process, package}) {
             commands->addWidget(b, i / 4, i % 4);
@@ -189,7 +190,7 @@ void frmAssets::buildWidgets() {
         }
     }
 
-    auto* hide = new QGroupBox(tr("Hide Columns"));
+    auto* hide = new QGroupBox(caption(m_ctx, 382, "Hide Columns"));
     auto* hideLayout = new QHBoxLayout(hide);
     for (int c = 0; c < 8; ++c) {
         auto* box = new QCheckBox(toQt(assets::assetColumns()[static_cast<std::size_t>(c)]));
@@ -215,12 +216,12 @@ void frmAssets::buildWidgets() {
     m_children = new QListWidget;
     m_children->setObjectName("List1");
     m_children->setSelectionMode(QAbstractItemView::MultiSelection);
-    m_childCaption = new QLabel(tr("Child Entries For:-"));
+    m_childCaption = new QLabel(caption(m_ctx, 85, "Child Entries For:-"));
     m_childCaption->setObjectName("Label3");
     m_childName = new QLabel;
     m_childName->setObjectName("Label4");
-    m_removeChildren = commandButton("Command12", tr(" Remove Selected Child Entries."));
-    m_smokeStack = commandButton("Command7", tr("Correct Selected Smoke Stack"));
+    m_removeChildren = commandButton("Command12", caption(m_ctx, 79, " Remove Selected Child Entries."));
+    m_smokeStack = commandButton("Command7", caption(m_ctx, 81, "Correct Selected Smoke Stack"));
     connect(m_removeChildren, &QPushButton::clicked, this, &frmAssets::Command12_Click);
     connect(m_smokeStack, &QPushButton::clicked, this, &frmAssets::Command7_Click);
 
@@ -250,15 +251,20 @@ void frmAssets::buildWidgets() {
     layout->addWidget(split, 1);
     layout->addLayout(counts);
 
-    m_checkMenu = menuBar()->addMenu(tr("Check Assets"));
+    m_checkMenu = menuBar()->addMenu(caption(m_ctx, 294, "Check Assets"));
     m_checkMenu->setObjectName("mnuCheckStock");
-    for (const auto& [name, caption] :
-         {std::pair{"mnuCheckLoco", "Check Loco for missing files"}, std::pair{"mnuShowFiles", "Show Files Used by Locos"},
-          std::pair{"mnuWag", "Show Files Used by Wagons"}, std::pair{"mnuSFA", "Show files used by Asset"},
-          std::pair{"mnuLoft", "Show files used by Lofts"}, std::pair{"mnuWhere", "Where is it used?"},
-          std::pair{"mnuInScene", "Use in Scenarios"}}) {
-        QAction* a = m_checkMenu->addAction(tr(caption));
-        a->setObjectName(name);
+    struct Entry {
+        const char* name;
+        int entry;
+        const char* caption;
+    };
+    for (const Entry& e : {Entry{"mnuCheckLoco", 295, "Check Loco for missing files"},
+                           Entry{"mnuShowFiles", 296, "Show Files Used by Locos"},
+                           Entry{"mnuWag", 297, "Show Files Used by Wagons"}, Entry{"mnuSFA", 298, "Show files used by Asset"},
+                           Entry{"mnuLoft", 299, "Show files used by Lofts"}, Entry{"mnuWhere", 300, "Where is it used?"},
+                           Entry{"mnuInScene", 370, "Use in Scenarios"}}) {
+        QAction* a = m_checkMenu->addAction(caption(m_ctx, e.entry, e.caption));
+        a->setObjectName(e.name);
     }
     const std::pair<const char*, void (frmAssets::*)()> wired[] = {
         {"mnuCheckLoco", &frmAssets::mnuCheckLoco_Click}, {"mnuShowFiles", &frmAssets::mnuShowFiles_Click},
@@ -299,8 +305,9 @@ std::vector<assets::AssetRow> frmAssets::selectedRows() const {
 }
 
 void frmAssets::updateCounts() {
-    m_total->setText(tr("Total: %1").arg(m_grid->rowCount()));
-    m_selected->setText(tr("Selected: %1").arg(m_grid->selectionModel()->selectedRows().size()));
+    m_total->setText(caption(m_ctx, 88, "Total rows:") + QString(" %1").arg(m_grid->rowCount()));
+    m_selected->setText(caption(m_ctx, 86, "Selected rows:") +
+                        QString(" %1").arg(m_grid->selectionModel()->selectedRows().size()));
 }
 
 void frmAssets::hideChildControls() {
@@ -344,10 +351,10 @@ void frmAssets::runList(assets::AssetListOptions options, bool announce) {
     m_category->setText(toQt(result.categoryFilter));
     if (announce && !result.stopped) {
         if (m_deleting) {
-            m_ctx.ui().message("Selected items have been removed from the grid.");
+            m_ctx.ui().message(fromQt(caption(m_ctx, 429, "Selected items have been removed from the grid.")));
             m_deleting = false;
         } else {
-            m_ctx.ui().message("Selected items have been added to the grid.");
+            m_ctx.ui().message(fromQt(caption(m_ctx, 90, "Selected items have been added to the grid.")));
         }
     }
     emit listBuilt();
@@ -532,7 +539,7 @@ void frmAssets::copySelectionToClipboard() {
         text += line.join('\t') + '\n';
     }
     QApplication::clipboard()->setText(text);
-    m_ctx.ui().message("Data has been sent to clipboard.");
+    m_ctx.ui().message(fromQt(caption(m_ctx, 291, "Data has been sent to clipboard.")));
 }
 
 void frmAssets::showRowPicture(int row) {

@@ -10,6 +10,10 @@
 
 namespace velmora::ui {
 
+QString caption(const AppContext& ctx, int entry, const char* design) {
+    return ctx.lang.has(entry) ? toQt(ctx.lang.text(entry)) : QString::fromUtf8(design);
+}
+
 QString toQt(const std::string& text) {
     // Names in documents are UTF-8 or single-byte; take UTF-8 when it is valid.
     QString s = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));

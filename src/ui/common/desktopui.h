@@ -2,6 +2,7 @@
 // The desktop front end of the logic's user-interface channel: message boxes, file dialogs
 // and a progress dialog with an Abort button.
 
+#include "velmora/core/appcontext.h"
 #include "velmora/core/settings.h"
 #include "velmora/core/userinterface.h"
 
@@ -40,6 +41,10 @@ private:
     std::int64_t m_total = 0;
     bool m_cancelled = false;
 };
+
+// The text of language entry `entry`, or `design` when the table has no such entry: every screen
+// takes its captions and messages through here, when it is opened.
+QString caption(const AppContext& ctx, int entry, const char* design);
 
 // Text of the program (bytes, Windows-1252 where not UTF-8) for Qt and back.
 QString toQt(const std::string& text);

@@ -33,10 +33,10 @@ frmReport::frmReport(AppContext& ctx, const QString& title, const std::string& t
         b->setAutoDefault(false);
         return b;
     };
-    QPushButton* save = button("cmdSave", tr("Save"));
-    QPushButton* print = button("cmdPrint", m_ctx.lang.has(8) ? toQt(m_ctx.lang.text(8)) : tr("Print"));
+    QPushButton* save = button("cmdSave", caption(m_ctx, 201, "Save Report"));
+    QPushButton* print = button("cmdPrint", caption(m_ctx, 8, "Print"));
     QPushButton* font = button("cmdFont", tr("Font"));
-    QPushButton* close = button("cmdExit", m_ctx.lang.has(9) ? toQt(m_ctx.lang.text(9)) : tr("Exit"));
+    QPushButton* close = button("cmdExit", caption(m_ctx, 9, "Exit"));
     connect(save, &QPushButton::clicked, this, &frmReport::saveReport);
     connect(print, &QPushButton::clicked, this, [this] {
         QPrinter printer;

@@ -38,134 +38,6 @@ namespace velmora::ui {
 
 namespace {
 
-// The menu bar: control name, parent menu, design caption; a parent of "" is a top-level menu.
-struct MenuEntry {
-    const char* name;
-    const char* parent;
-    const char* caption;
-    bool checkable = false;
-};
-
-const char* const kSeparator = "-";
-
-const MenuEntry kMenus[] = {
-    {"mnuFileS", "", "Files"},
-    {"mnuOpenRS", "mnuFileS", "Open TS 2019 File"},
-    {"mnuSaveRS", "mnuFileS", "SaveTS 2019 File"},
-    {"mnuItSaveAs", "mnuFileS", "Save TS2019 File As"},
-    {"mnuUndoLast", "mnuFileS", "Undo Last Change..."},
-    {"mnu2bin", "mnuFileS", "Open 2nd Window"},
-    {"mnuFile2", "mnuFileS", "Open 2nd .bin file"},
-    {kSeparator, "mnuFileS", ""},
-    {"mnuXML", "mnuFileS", "Open .xml/.proxyxml file"},
-    {"mnuSavexml", "mnuFileS", "Save .xml file"},
-    {"mnuSaveAs", "mnuFileS", "Save .xml As"},
-    {kSeparator, "mnuFileS", ""},
-    {"mnuOpenTex", "mnuFileS", "Open .TgPcDx Texture Files"},
-    {kSeparator, "mnuFileS", ""},
-    {"mnuAP", "mnuFileS", "Open .ap FileManager"},
-    {"mnuListAP", "mnuFileS", "List files in .ap"},
-    {"mnuFindAllAP", "mnuFileS", "Find all .AP files - full detail"},
-    {"mnuNoDet", "mnuFileS", "Find all .AP files - no detail"},
-    {"mnuMC", "mnuFileS", "Find all MainContent.ap files"},
-    {"mnuSce", "mnuFileS", "Find all Scenario.ap files"},
-    {"mnuFA", "mnuFileS", "Find all .ap files in Assets"},
-    {kSeparator, "mnuFileS", ""},
-    {"mnuPrint", "mnuFileS", "Print"},
-    {"mnuBackup", "mnuFileS", "Backup Train Simulator 2019"},
-    {"mnuInc", "mnuFileS", "Incremental Backup"},
-    {kSeparator, "mnuFileS", ""},
-    {"mnuExit", "mnuFileS", "Exit"},
-
-    {"mnuSearch", "", "Search"},
-    {"mnuFind", "mnuSearch", "Find"},
-    {"mnuFindMult", "mnuSearch", "Find in Multiple Files"},
-    {"mnuGoToLine", "mnuSearch", "Go to Line..."},
-
-    {"mnuConv", "", "Graphics Tools"},
-    {"mnuDDS", "mnuConv", "Convert to .dds"},
-    {"mnuView", "mnuConv", "View Texture"},
-    {"mnuEditDDS", "mnuConv", "Edit Texture"},
-    {"mnuDDStoKrs", "mnuConv", "Convert .dds to TgPcDx"},
-    {"mnuEmpt", "mnuConv", "Empty TempDDS"},
-    {"mnuRSBT", "mnuConv", "RSBinTool"},
-    {"mnuTgpcdx", "mnuConv", "TgPcDx/DDS Viewer"},
-
-    {"mnuTools", "", "Tools"},
-    {"mnuTime", "mnuTools", "Convert RW time to hrs/mins"},
-    {"mnuUUID", "mnuTools", "Generate GUID/UUID"},
-    {"mnuIdent", "mnuTools", "Identify Object"},
-    {"mnuClearTemp", "mnuTools", "Clear Railworks\\Temp"},
-    {kSeparator, "mnuTools", ""},
-    {"mnuDelRoute", "mnuTools", "Check Routes or Scenarios"},
-    {"mnuCheckQD", "mnuTools", "Check QD consists and fragments"},
-    {"mnuAddProv", "mnuTools", "Edit Providers"},
-    {"mnuDRS", "mnuTools", "Direct Route Setup"},
-    {"mnuRouteInfo", "mnuTools", "Add Route Description"},
-    {"mnuMap", "mnuTools", "Add Route Loading Picture"},
-    {"mnuMarkers", "mnuTools", "Markers"},
-    {"mnuMultiMarker", "mnuMarkers", "Convert  Marker files"},
-    {"mnuMkrDCSV", "mnuMarkers", "Convert Markers Direct to DCSV"},
-    {"mnuCSV2DCSV", "mnuMarkers", "Convert .csv Direct to DCSV"},
-    {"mnuMkRW", "mnuMarkers", "Set Markers from WorldEditor"},
-    {kSeparator, "mnuTools", ""},
-    {"mnuDeveloper", "mnuTools", "Set Up Developer Folders"},
-    {"mnuDevFolders", "mnuTools", "Set Up Sub- Folders"},
-
-    {"mnuLists", "", "Assets"},
-    {"mnuAE", "mnuLists", "Asset Editor"},
-    {"mnuAPEdit", "mnuLists", "AP Assets Editor"},
-    {"mnuCnt", "mnuLists", "Content Editor"},
-    {"mnuAPCont", "mnuLists", "AP Content Editor"},
-    {"mnuRollingStock", "mnuLists", "View Rolling-stock list"},
-
-    {"mnuScen", "", "Scenarios"},
-    {"mnuOstrand", "mnuScen", "Edit Scenarios"},
-    {"mnuEC", "mnuScen", "Compare Consists"},
-    {"mnuBuildCon", "mnuScen", "Build or Edit Consists"},
-    {"mnuBuildQD", "mnuScen", "Build QD Consists or Fragments"},
-
-    {"mnuEB", "", "Packaging"},
-    {"mnuPackAss", "mnuEB", "Package Assets"},
-    {"mnuReskin", "mnuEB", "Package Reskins"},
-    {"mnuPack", "mnuEB", "Package Route"},
-    {"mnuPackSce", "mnuEB", "Package Scenarios"},
-
-    {"mnuReports", "", "Reports"},
-    {"mnuCSV", "mnuReports", "Open .csv Reports"},
-    {"mnuExcel", "mnuReports", "Open Excel Reports"},
-    {"mnuTxt", "mnuReports", "Open Reports"},
-
-    {"mnuOpt", "", "Options"},
-    {"mnuClear", "mnuOpt", "Clear Screen"},
-    {"mnuCTF", "mnuOpt", "Clear Temp Files"},
-    {"mnuReadWrite", "mnuOpt", "Make all RW files Read/Write"},
-    {"mnuSelRW", "mnuOpt", "Make files in Selected folder Read/Write"},
-    {"mnuNoMarkers", "mnuOpt", "No Markers in Scenario Editor", true},
-    {kSeparator, "mnuOpt", ""},
-    {"mnuDont", "mnuOpt", "Don't ask on closing down", true},
-    {"mnuNewVer", "mnuOpt", "Don't advise of new version on StartUp", true},
-    {"mnuEdMax", "mnuOpt", "Start the editor maximised", true},
-    {"mnuWarn", "mnuOpt", "Warn if Edit not saved", true},
-    {kSeparator, "mnuOpt", ""},
-    {"mnuAcro", "mnuOpt", "PDF Reader Path"},
-    {"mnuIRF", "mnuOpt", "Texture Editor Path"},
-    {"mnuViewer", "mnuOpt", "Viewer Path"},
-    {"mnuQDPreload", "mnuOpt", "PreLoad Folder"},
-    {"mnuRWPath", "mnuOpt", "RailWorks Path"},
-    {"mnuRWB", "mnuOpt", "RailWorks Backup Folder"},
-    {"mnuLang", "mnuOpt", "Language"},
-    {"mnuPaths", "mnuOpt", "Show Paths"},
-    {"mnuSP", "mnuOpt", "Register SuperPicture2.ocx"},
-
-    {"mnuHelp", "", "Help"},
-    {"mnuContents", "mnuHelp", "Contents"},
-    {"mnuAbout", "mnuHelp", "About"},
-    {"mnuVer", "mnuHelp", "Check for Newer Version"},
-    {"mnuWeb", "mnuHelp", "Go to My Web Site"},
-    {"mnuEmail", "mnuHelp", "Send me Email"},
-};
-
 QPushButton* commandButton(const char* name, const QString& caption) {
     auto* b = new QPushButton(caption);
     b->setObjectName(name);
@@ -183,6 +55,7 @@ frmEditor::frmEditor(AppContext& ctx, const StartupOptions& options, QWidget* pa
     connectCommands();
     m_startup = runStartup(m_ctx, options);
     applyStartup();
+    markWaitingEntries();
 }
 
 frmEditor::~frmEditor() = default;
@@ -416,42 +289,6 @@ QWidget* frmEditor::buildRoutesTab() {
     return frame5;
 }
 
-void frmEditor::buildMenus() {
-    for (const MenuEntry& e : kMenus) {
-        const QString name = e.name;
-        if (QString(e.parent).isEmpty()) {
-            QMenu* top = menuBar()->addMenu(e.caption);
-            top->setObjectName(name);
-            top->menuAction()->setObjectName(name);
-            m_menus[name] = top;
-            m_actions[name] = top->menuAction();
-            continue;
-        }
-        QMenu* parentMenu = m_menus.at(e.parent);
-        if (name == kSeparator) {
-            parentMenu->addSeparator();
-            continue;
-        }
-        // A row that has children of its own is a submenu.
-        bool hasChildren = std::any_of(std::begin(kMenus), std::end(kMenus),
-                                       [&](const MenuEntry& c) { return name == c.parent; });
-        QAction* action;
-        if (hasChildren) {
-            QMenu* sub = parentMenu->addMenu(e.caption);
-            sub->setObjectName(name);
-            m_menus[name] = sub;
-            action = sub->menuAction();
-        } else {
-            action = parentMenu->addAction(e.caption);
-            action->setCheckable(e.checkable);
-            // Until its tool exists an entry is shown but cannot be chosen.
-            action->setEnabled(false);
-        }
-        action->setObjectName(name);
-        m_actions[name] = action;
-    }
-}
-
 void frmEditor::buildContextMenu() {
     // mnuPop1: the right-click menu of both text views.
     m_context = new QMenu(this);
@@ -528,6 +365,13 @@ void frmEditor::connectCommands() {
     wire("mnuRollingStock", &frmEditor::mnuRollingStock_Click);
     wire("mnuIdent", &frmEditor::mnuIdent_Click);
     wire("mnuDelRoute", &frmEditor::mnuDelRoute_Click);
+    wire("mnuCSV", &frmEditor::mnuCSV_Click);
+    wire("mnuExcel", &frmEditor::mnuExcel_Click);
+    wire("mnuCTF", &frmEditor::mnuCTF_Click);
+    wire("mnuClearTemp", &frmEditor::mnuClearTemp_Click);
+    wire("mnuQDPreload", &frmEditor::mnuQDPreload_Click);
+    connect(action("mnuTxt"), &QAction::triggered, this, [this] { mnuTxt_Click(); });
+    action("mnuTxt")->setEnabled(true);
     action("mnu2bin")->setCheckable(true);
     action("mnuFile2")->setEnabled(false);
 }

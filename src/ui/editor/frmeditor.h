@@ -10,6 +10,7 @@
 
 #include "numberedview.h"
 
+#include <QDialog>
 #include <QMainWindow>
 #include <QPointer>
 
@@ -37,6 +38,24 @@ namespace velmora::ui {
 class XmlHighlighter;
 class XmlTreeModel;
 class dlgSearch;
+class frmListRS;
+class frmReport;
+
+// Clear Railworks\Temp: the files of the simulator's Temp folder, deleted one by one or all.
+class frmFolder6 : public QDialog {
+    Q_OBJECT
+public:
+    frmFolder6(AppContext& ctx, QWidget* parent = nullptr);
+    QListWidget* files() const { return m_files; }
+public slots:
+    void Command1_Click(); // Delete Selected
+    void Command2_Click(); // Delete All
+private:
+    void refresh();
+    AppContext& m_ctx;
+    std::filesystem::path m_folder;
+    QListWidget* m_files;
+};
 
 class frmEditor : public QMainWindow {
     Q_OBJECT
@@ -47,6 +66,12 @@ public:
 
     AppContext& context() { return m_ctx; }
     const StartupResult& startup() const { return m_startup; }
+
+    // What a menu entry that is not yet live waits for: the tooltip it shows when disabled.
+    static QString waitsFor(const QString& entry);
+    void markWaitingEntries();
+    // A saved .csv or .xls report chosen by the user, in a grid report screen (or nothing).
+    frmListRS* openGridReport(const std::string& filter);
 
     // Every menu entry by its control name (mnuOpenRS, mnuDont, ...).
     QAction* action(const QString& name) const;
@@ -120,6 +145,12 @@ public slots:
     void mnuRollingStock_Click(); // the rolling-stock index
     void mnuIdent_Click();        // Search For Assets Details
     void mnuDelRoute_Click();     // the route screen
+    void mnuCSV_Click();          // a saved grid report in frmListRS
+    void mnuExcel_Click();
+    frmReport* mnuTxt_Click();    // a saved text report in frmReport
+    void mnuCTF_Click();          // Clear Temp Files
+    void mnuClearTemp_Click();    // Clear Railworks\Temp
+    void mnuQDPreload_Click();    // PreLoad Folder
     void Command1_Click(); // Highlight XML
     void Command2_Click(); // Find in the tree
     void Command3_Click(); // Find All in the tree

@@ -21,7 +21,7 @@ namespace velmora::ui {
 frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
     : QDialog(parent), m_ctx(ctx), m_packageMode(packageMode), m_work(ctx.ui()) {
     setObjectName("frmDelRoute");
-    setWindowTitle(packageMode && ctx.lang.has(617) ? toQt(ctx.lang.text(617)) : tr("Select Route"));
+    setWindowTitle(packageMode ? caption(ctx, 617, "Select Route to Package") : tr("Select Route"));
     resize(1000, 650);
     m_routes = new QListWidget;
     m_routes->setObjectName("List1");
@@ -40,28 +40,29 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
 
     struct Button {
         const char* name;
+        int entry; // of the language table
         const char* caption;
         void (frmDelRoute::*slot)();
     };
     const Button buttons[] = {
-        {"Command1", "List Scenarios in Selected Route", &frmDelRoute::Command1_Click},
-        {"Command4", "Check Route", &frmDelRoute::Command4_Click},
-        {"Command12", "Print list of all Routes and Scenarios", &frmDelRoute::Command12_Click},
-        {"Command26", "List Routes with Scenario types", &frmDelRoute::Command26_Click},
-        {"Command14", "Show Provider / Products used in selected route", &frmDelRoute::Command14_Click},
-        {"Command18", "Check ScenarioProperties", &frmDelRoute::Command18_Click},
-        {"Command3", "List Stock used by selected scenario", &frmDelRoute::Command3_Click},
-        {"Command15", "List Stock used by all scenarios", &frmDelRoute::Command15_Click},
-        {"Command19", "List Stock used with wagon numbers", &frmDelRoute::Command19_Click},
-        {"Command21", "List ALL rolling stock used by all routes.", &frmDelRoute::Command21_Click},
-        {"Command17", "Display items used with their locations", &frmDelRoute::Command17_Click},
-        {"Command22", "Display items used from selected P/P", &frmDelRoute::Command22_Click},
-        {"Command10", "&Abort", &frmDelRoute::Command10_Click},
+        {"Command1", 116, "List Scenarios in Selected Route", &frmDelRoute::Command1_Click},
+        {"Command4", 117, "Check Route", &frmDelRoute::Command4_Click},
+        {"Command12", 119, "Print list of all Routes and Scenarios", &frmDelRoute::Command12_Click},
+        {"Command26", 120, "List Routes with Scenario types", &frmDelRoute::Command26_Click},
+        {"Command14", 346, "Show Provider / Products used in selected route", &frmDelRoute::Command14_Click},
+        {"Command18", 350, "Check ScenarioProperties", &frmDelRoute::Command18_Click},
+        {"Command3", 619, "List Stock used by Selected Scenario", &frmDelRoute::Command3_Click},
+        {"Command15", 347, "List Stock used by all scenarios", &frmDelRoute::Command15_Click},
+        {"Command19", 348, "List Stock used with wagon numbers", &frmDelRoute::Command19_Click},
+        {"Command21", 349, "List ALL rolling stock used by all routes.", &frmDelRoute::Command21_Click},
+        {"Command17", 620, "List Items used with Locations", &frmDelRoute::Command17_Click},
+        {"Command22", 351, "Display items used from selected P/P", &frmDelRoute::Command22_Click},
+        {"Command10", 130, "&Abort", &frmDelRoute::Command10_Click},
     };
     auto* grid = new QGridLayout;
     int i = 0;
     for (const Button& b : buttons) {
-        auto* button = new QPushButton(tr(b.caption));
+        auto* button = new QPushButton(caption(m_ctx, b.entry, b.caption));
         button->setObjectName(b.name);
         connect(button, &QPushButton::clicked, this, b.slot);
         grid->addWidget(button, i / 3, i % 3);
@@ -72,11 +73,11 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
         }
     }
     // The delete and package actions come with their own tools; their buttons are here already.
-    auto* ok = new QPushButton(ctx.lang.has(packageMode ? 314 : 121) ? toQt(ctx.lang.text(packageMode ? 314 : 121))
-                                                                     : tr("Delete"));
+    auto* ok = new QPushButton(packageMode ? caption(m_ctx, 314, "Package Selected Route")
+                                           : caption(m_ctx, 121, "Delete Selected Route"));
     ok->setObjectName("OKButton");
     ok->setEnabled(false);
-    auto* package = new QPushButton(tr("Package this routes Assets"));
+    auto* package = new QPushButton(caption(m_ctx, 312, "Package this routes Assets"));
     package->setObjectName("Command16");
     package->setVisible(packageMode);
     package->setEnabled(false);
@@ -109,7 +110,7 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
         m_ctx.ui().message(w, Icon::Warning);
     for (const auto& r : m_routeEntries)
         m_routes->addItem(toQt(r.folder + "\t" + r.name));
-    m_routeCount->setText(tr("Routes: %1").arg(m_routeEntries.size()));
+    m_routeCount->setText(caption(m_ctx, 129, "No. of Routes") + QString(": %1").arg(m_routeEntries.size()));
 }
 
 const routes::RouteEntry* frmDelRoute::selectedRoute() {
@@ -161,7 +162,7 @@ void frmDelRoute::Command1_Click() {
             m_scenarios->setItem(r, c++, item);
         }
     }
-    m_scenarioCount->setText(tr("Scenarios: %1").arg(m_scenarioEntries.size()));
+    m_scenarioCount->setText(caption(m_ctx, 132, "No. of Scenarios") + QString(": %1").arg(m_scenarioEntries.size()));
 }
 
 void frmDelRoute::Command4_Click() {

@@ -41,22 +41,22 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_grid->horizontalHeader()->setStretchLastSection(true);
-    auto* caption = new QLabel(title);
-    caption->setObjectName("Label1");
+    auto* heading = new QLabel(title);
+    heading->setObjectName("Label1");
     auto* note = new QLabel;
     note->setObjectName("Label5");
     if (kind == ReportKind::MissingItems)
-        note->setText(tr("Note: Items might list as missing because they are in unpacked .ap files"));
+        note->setText(caption(m_ctx, 576, "Note: Items might list as missing because they are in unpacked .ap files"));
     auto button = [this](const char* name, const QString& text) {
         auto* b = new QPushButton(text);
         b->setObjectName(name);
         return b;
     };
-    QPushButton* dupes = button("Command1", tr("Remove dupes"));
-    QPushButton* save = button("Command6", tr("Save Grid as File"));
-    QPushButton* batch = button("Command7", tr("Save Grid as Batch File"));
-    QPushButton* close = button("Command2", m_ctx.lang.has(9) ? toQt(m_ctx.lang.text(9)) : tr("Exit"));
-    m_unused = button("Command23", tr("Display items NOT used"));
+    QPushButton* dupes = button("Command1", caption(m_ctx, 123, "Remove dupes from list"));
+    QPushButton* save = button("Command6", caption(m_ctx, 201, "Save Report"));
+    QPushButton* batch = button("Command7", caption(m_ctx, 569, "Save Grid as Batch File"));
+    QPushButton* close = button("Command2", caption(m_ctx, 9, "Exit"));
+    m_unused = button("Command23", caption(m_ctx, 352, "Display items NOT used"));
     m_unused->setVisible(false);
     connect(m_unused, &QPushButton::clicked, this, [this] { Command23_Click(); });
     connect(dupes, &QPushButton::clicked, this, &frmListRS::Command1_Click);
@@ -74,7 +74,7 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     buttons->addStretch(1);
     buttons->addWidget(close);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(caption);
+    layout->addWidget(heading);
     layout->addWidget(m_grid, 1);
     layout->addWidget(note);
     layout->addLayout(buttons);
