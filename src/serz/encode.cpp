@@ -144,12 +144,8 @@ private:
     }
     bool skipPast(std::string_view end) {
         const std::size_t at = m_in.find(end, m_pos);
-        if (at == std::string_view::npos) {
-            // Built by appends: GCC 12 warns falsely (-Wrestrict) on a chain of + here.
-            std::string message(1, '\'');
-            message.append(end).append("' is missing");
-            return fail(std::move(message));
-        }
+        if (at == std::string_view::npos)
+            return fail("'" + std::string(end) + "' is missing");
         countLines(m_pos, at + end.size());
         m_pos = at + end.size();
         return true;
@@ -335,11 +331,7 @@ template <typename T> bool parseInt(std::string_view text, T& v) {
 
 bool Encoder::number(ValueType vt, std::string_view t, std::optional<std::string_view> alt, std::string& bytes) {
     auto put = [&](const auto& v) { bytes.append(reinterpret_cast<const char*>(&v), sizeof v); };
-    auto bad = [&](const char* what) {
-        std::string message(1, '\'');
-        message.append(t).append("' is not ").append(what);
-        return fail(std::move(message));
-    };
+    auto bad = [&](const char* what) { return fail("'" + std::string(t) + "' is not " + what); };
     switch (vt) {
     case ValueType::Bool: {
         std::string_view s = t;
