@@ -81,6 +81,8 @@ TEST(Steam, LibraryFoldersAndTheSimulatorInThem) {
     ASSERT_EQ(libs.size(), 2u);
     EXPECT_EQ(libs[1], dir / "games");
     EXPECT_EQ(parseLibraryFolders(R"("path" "D:\\SteamLibrary")")[0], fs::path("D:\\SteamLibrary"));
+    // An empty or relative library would be looked for from the current folder.
+    EXPECT_TRUE(parseLibraryFolders(R"("path" "" "path" "steamapps" "path")").empty());
 
     dir.write("home/.local/share/Steam/steamapps/libraryfolders.vdf", vdf);
     EXPECT_FALSE(findRailWorksInSteam(dir / "home"));

@@ -1,5 +1,7 @@
 #include "velmora/core/paths.h"
 
+#include <cctype>
+
 #include "velmora/core/services.h"
 
 #include <cstdlib>
@@ -67,8 +69,15 @@ std::vector<fs::path> parseLibraryFolders(std::string_view vdf) {
         tokens.push_back(std::move(token));
         i = j;
     }
+    // A library is a whole path (here or in Windows' form); an empty or relative value would be
+    // looked for from wherever the program was started.
+    auto whole = [](const std::string& v) {
+        const bool drive = v.size() >= 3 && std::isalpha(static_cast<unsigned char>(v[0])) && v[1] == ':' &&
+                           (v[2] == '\\' || v[2] == '/');
+        return !v.empty() && (v[0] == '/' || v[0] == '\\' || drive || fs::path(v).is_absolute());
+    };
     for (std::size_t k = 0; k + 1 < tokens.size(); ++k)
-        if (iequals(tokens[k], "path"))
+        if (iequals(tokens[k], "path") && whole(tokens[k + 1]))
             out.emplace_back(tokens[k + 1]);
     return out;
 }
