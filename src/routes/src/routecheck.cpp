@@ -405,6 +405,8 @@ RouteCheckResult RouteCheck::run(const RouteCheckOptions& options, UserInterface
 
     // The tiles, folder by folder in the check's order, then the scenarios' own scenery.
     const std::vector<TileJob> jobs = routeTiles(m_ctx, m_route, m_scenarios, &result.unreadable);
+    for (const auto& folder : result.unreadable)
+        m_ctx.log().log("frmDelRoute", "CheckForFiles", err::PermissionDenied, folder);
     result.tiles = jobs.size();
 
     const auto scans = parallelMap<TileScan>(jobs.size(), options.threads, ui, "Tiles of " + m_route.name, result.aborted,

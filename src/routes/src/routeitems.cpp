@@ -135,6 +135,12 @@ PlacedScan scanPlaced(const AssetFiles& files, const PlacedJob& job) {
     return scan;
 }
 
+// Tile folders that could not be read, into the error log as well as the result.
+void logFolders(AppContext& ctx, const char* procedure, const std::vector<std::string>& folders) {
+    for (const auto& folder : folders)
+        ctx.log().log("frmDelRoute", procedure, err::PermissionDenied, folder);
+}
+
 // A tile the codec refused: logged, and kept in the result so that it is never passed over.
 void refused(AppContext& ctx, const char* procedure, const std::string& error, std::vector<std::string>& unreadable) {
     if (error.empty())
@@ -158,6 +164,7 @@ PlacedItemsResult listPlacedItems(AppContext& ctx, const RouteEntry& route, int 
             if (!kind.track || iequals(file.filename().string(), "Tracks.bin"))
                 jobs.push_back({file, &kind});
     }
+    logFolders(ctx, "CheckForFiles2", result.unreadable);
     result.tiles = jobs.size();
     const auto scans = parallelMap<PlacedScan>(jobs.size(), threads, ui, "Tiles of " + route.name, result.aborted,
                                             [&](std::size_t i) {
@@ -192,6 +199,7 @@ ProductItemsResult productItemsUsed(AppContext& ctx, const RouteEntry& route, co
     ctx.resolver.invalidate();
     const AssetFiles files(ctx);
     const std::vector<TileJob> jobs = routeTiles(ctx, route, scenarios, &result.unreadable);
+    logFolders(ctx, "CheckForFiles6", result.unreadable);
     result.tiles = jobs.size();
     struct Scan {
         std::vector<std::pair<std::string, bool>> refs; // full path, found
