@@ -2,6 +2,7 @@
 
 #include "velmora/core/filewrite.h"
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -365,10 +366,7 @@ UndoResult undoEntry(WriteService& files, long id, bool force) {
 }
 
 namespace {
-std::string shownPath(const fs::path& p) {
-    const std::string s = p.string();
-    return validUtf8(s) ? s : latin1ToUtf8(s);
-}
+std::string shownPath(const fs::path& p) { return utf8FromDocument(p.string()); }
 
 std::string headline(const JournalEntry& e) {
     std::string line = std::to_string(e.id) + "  " + e.time + "  " + e.command + "  (" +

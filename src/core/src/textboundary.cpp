@@ -6,28 +6,6 @@ namespace velmora {
 
 namespace {
 
-// The length of the UTF-8 sequence at `i`, or 0 when the bytes there are not one.
-std::size_t utf8Length(std::string_view s, std::size_t i) {
-    const auto c = static_cast<unsigned char>(s[i]);
-    const std::size_t n = c < 0x80 ? 1 : (c >> 5) == 6 ? 2 : (c >> 4) == 14 ? 3 : (c >> 3) == 30 ? 4 : 0;
-    if (n == 0 || i + n > s.size())
-        return 0;
-    for (std::size_t k = 1; k < n; ++k)
-        if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80)
-            return 0;
-    return n;
-}
-
-bool validUtf8(std::string_view s) {
-    for (std::size_t i = 0; i < s.size();) {
-        const std::size_t n = utf8Length(s, i);
-        if (n == 0)
-            return false;
-        i += n;
-    }
-    return true;
-}
-
 void appendEscape(std::string& out, const char* prefix, unsigned value) {
     static const char kHex[] = "0123456789ABCDEF";
     out += prefix;
