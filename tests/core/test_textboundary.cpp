@@ -4,6 +4,7 @@
 #include "tempdir.h"
 
 #include "velmora/core/textboundary.h"
+#include "velmora/core/userinterface.h"
 
 #include <gtest/gtest.h>
 
@@ -66,4 +67,18 @@ TEST(TextBoundary, TheTerminalSeesControlCharactersAsText) {
         out << "x\n";
     }
     EXPECT_EQ(target.str(), "a\\x1B[2J\\u009B end\r\nnext\\x0Dx\n");
+}
+
+TEST(TextBoundary, TheConsoleSaysDocumentNamesInUtf8) {
+    std::ostringstream out, err;
+    {
+        ConsoleUi console(false, {}, out, err);
+        console.message("No route named Gotthard S\xFC" "drampe", Icon::Information, "");
+        console.message("S\xFC" "d", Icon::Warning, "Velmora");
+        console.beginProgress("Tiles of Gotthard S\xFC" "drampe", 1);
+        console.progress(1, "");
+    }
+    EXPECT_EQ(out.str(), "No route named Gotthard S\xC3\xBC" "drampe\n");
+    EXPECT_NE(err.str().find("Velmora: S\xC3\xBC" "d\n"), std::string::npos) << err.str();
+    EXPECT_NE(err.str().find("Tiles of Gotthard S\xC3\xBC" "drampe: 1/1"), std::string::npos) << err.str();
 }

@@ -1,6 +1,7 @@
 #include "velmora/core/userinterface.h"
 
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 
 #include <atomic>
 #include <chrono>
@@ -92,9 +93,10 @@ void ConsoleUi::message(const std::string& text, Icon icon, const std::string& t
     std::ostream& out = (icon == Icon::Warning || icon == Icon::Critical) ? m_err : m_out;
     if (m_quiet && &out == &m_out)
         return;
+    // Messages carry names from the documents, in Windows-1252 when repaired: the console is UTF-8.
     if (!title.empty())
-        out << title << ": ";
-    out << text << '\n';
+        out << utf8FromDocument(title) << ": ";
+    out << utf8FromDocument(text) << '\n';
 }
 
 Answer ConsoleUi::ask(const std::string& text, Buttons buttons, Icon, const std::string&) {
@@ -105,7 +107,7 @@ Answer ConsoleUi::ask(const std::string& text, Buttons buttons, Icon, const std:
     if (a) {
         std::string v = toLowerAscii(*a);
         if (!m_quiet)
-            m_out << text << " -> " << v << '\n';
+            m_out << utf8FromDocument(text) << " -> " << v << '\n';
         if (v == "yes" || v == "y")
             return yesNo ? Answer::Yes : Answer::Ok;
         if (v == "ok")
@@ -159,7 +161,7 @@ void ConsoleUi::progress(std::int64_t done, const std::string& label) {
         return;
     m_lastTime = t;
     m_lastShown = done;
-    m_err << (label.empty() ? m_progressLabel : label) << ": " << done;
+    m_err << utf8FromDocument(label.empty() ? m_progressLabel : label) << ": " << done;
     if (m_progressTotal > 0)
         m_err << '/' << m_progressTotal;
     m_err << '\n';
