@@ -6,6 +6,7 @@
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTableWidget>
 #include <QtTest>
@@ -72,6 +73,34 @@ private slots:
         QCOMPARE(ReadTextFile(m_dir / "n.csv"), std::string("\"AP\\Wagons, vol. 2\\a.bin\",\"a, \"\"b\"\"\"\r\n"));
         QVERIFY(used.saveBatch(m_dir / "del.bat"));
         QCOMPARE(ReadTextFile(m_dir / "del.bat"), std::string("a.bin\r\nb.bin\r\nc.bin\r\n"));
+    }
+
+    // Headers say what a column holds; any column sorts; a filter shows the rows that hold its
+    // text, and the window counts rows and missing items. Rows come in their own order first.
+    void gridReportsNameSortFilterAndCount() {
+        ui::frmListRS missing(*m_ctx, ui::ReportKind::MissingItems, "Missing",
+                              {"Kuju\\Core\\Zeta.xml\t(Scenery Item) on tile -1-1.bin",
+                               "DemoRail\\Pack\\Alpha.xml\t(Track Item) on tile 0+0.bin",
+                               "DemoRail\\Pack\\Coal_Drops.xml\t(Scenery Item) on tile -1-1.bin"});
+        QCOMPARE(missing.grid()->horizontalHeaderItem(0)->text(), QString("Missing item"));
+        QCOMPARE(missing.grid()->horizontalHeaderItem(1)->text(), QString("Placed as"));
+        QVERIFY(missing.grid()->isSortingEnabled());
+        QCOMPARE(missing.grid()->item(0, 0)->text(), QString("Kuju\\Core\\Zeta.xml"));
+        QCOMPARE(missing.counts(), QString("3 row(s), 3 missing"));
+
+        missing.grid()->sortItems(0, Qt::AscendingOrder);
+        QCOMPARE(missing.grid()->item(0, 0)->text(), QString("DemoRail\\Pack\\Alpha.xml"));
+
+        missing.filterBox()->setText("scenery");
+        int shown = 0;
+        for (int r = 0; r < missing.grid()->rowCount(); ++r)
+            shown += !missing.grid()->isRowHidden(r);
+        QCOMPARE(shown, 2);
+        QCOMPARE(missing.counts(), QString("2 of 3 row(s), 3 missing"));
+        QCOMPARE(missing.rows().size(), std::size_t(3)); // a filter hides rows, never drops them from a save
+
+        ui::frmListRS located(*m_ctx, ui::ReportKind::ItemsWithLocations, "Items", {"a.xml\tScenery\t-1-1.bin\t1.5\t2"});
+        QCOMPARE(located.grid()->horizontalHeaderItem(2)->text(), QString("Tile"));
     }
 
     void theGridOpensWhereTheSettingsSayAndRemembersWhereItWas() {

@@ -8,6 +8,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -26,6 +27,26 @@ std::vector<std::string> cellsOf(const std::string& row) {
         start = tab + 1;
     }
 }
+
+// Column headers named for what each kind of report holds.
+QStringList headersFor(ReportKind kind, int columns) {
+    QStringList names;
+    switch (kind) {
+    case ReportKind::MissingItems: names = {"Missing item", "Placed as"}; break;
+    case ReportKind::ItemsWithLocations:
+    case ReportKind::ScenarioScenery: names = {"Item", "Kind", "Tile", "X", "Z"}; break;
+    case ReportKind::Used:
+    case ReportKind::GeoFiles: names = {"File"}; break;
+    case ReportKind::MissingTextures: names = {"Texture"}; break;
+    case ReportKind::ScenarioStock:
+    case ReportKind::AllStock: names = {"Blueprint", "Name"}; break;
+    case ReportKind::StockWithNumbers: names = {"Number"}; break;
+    case ReportKind::ProviderItems: names = {"Blueprint"}; break;
+    }
+    while (names.size() < columns)
+        names << QString("Column %1").arg(names.size() + 1);
+    return names.mid(0, columns);
+}
 } // namespace
 
 frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, const std::vector<std::string>& rows,
@@ -41,6 +62,16 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_grid->horizontalHeader()->setStretchLastSection(true);
+    // Long paths show their end, where the file's own name is.
+    m_grid->setTextElideMode(Qt::ElideLeft);
+    m_grid->verticalHeader()->setVisible(false);
+    m_filter = new QLineEdit;
+    m_filter->setObjectName("txtFilter");
+    m_filter->setPlaceholderText(tr("Filter the rows"));
+    m_filter->setClearButtonEnabled(true);
+    connect(m_filter, &QLineEdit::textChanged, this, &frmListRS::applyFilter);
+    m_counts = new QLabel;
+    m_counts->setObjectName("lblCounts");
     auto* heading = new QLabel(title);
     heading->setObjectName("Label1");
     auto* note = new QLabel;
@@ -75,6 +106,10 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     buttons->addWidget(close);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(heading);
+    auto* filterRow = new QHBoxLayout;
+    filterRow->addWidget(m_filter, 1);
+    filterRow->addWidget(m_counts);
+    layout->addLayout(filterRow);
     layout->addWidget(m_grid, 1);
     layout->addWidget(note);
     layout->addLayout(buttons);
@@ -98,8 +133,11 @@ void frmListRS::setRows(const std::vector<std::string>& rows) {
         table.push_back(cellsOf(r));
         columns = std::max(columns, table.back().size());
     }
+    // Rows go in as they come; a click on a header sorts them afterwards.
+    m_grid->setSortingEnabled(false);
     m_grid->clear();
     m_grid->setColumnCount(static_cast<int>(columns));
+    m_grid->setHorizontalHeaderLabels(headersFor(m_kind, static_cast<int>(columns)));
     m_grid->setRowCount(static_cast<int>(table.size()));
     for (int r = 0; r < static_cast<int>(table.size()); ++r)
         for (int c = 0; c < static_cast<int>(table[static_cast<std::size_t>(r)].size()); ++c)
@@ -115,7 +153,32 @@ void frmListRS::setRows(const std::vector<std::string>& rows) {
                     if (auto* item = m_grid->item(r, c))
                         item->setForeground(Qt::red);
     }
+    m_grid->resizeColumnsToContents();
+    for (int c = 0; c + 1 < m_grid->columnCount(); ++c)
+        m_grid->setColumnWidth(c, std::min(m_grid->columnWidth(c), 600));
+    m_grid->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+    m_grid->setSortingEnabled(true);
+    applyFilter(m_filter->text());
 }
+
+void frmListRS::applyFilter(const QString& text) {
+    int shown = 0;
+    for (int r = 0; r < m_grid->rowCount(); ++r) {
+        bool match = text.isEmpty();
+        for (int c = 0; !match && c < m_grid->columnCount(); ++c)
+            if (auto* item = m_grid->item(r, c))
+                match = item->text().contains(text, Qt::CaseInsensitive);
+        m_grid->setRowHidden(r, !match);
+        shown += match;
+    }
+    QString counts = shown == m_grid->rowCount() ? tr("%n row(s)", nullptr, shown)
+                                                 : tr("%1 of %n row(s)", nullptr, m_grid->rowCount()).arg(shown);
+    if (m_kind == ReportKind::MissingItems)
+        counts += tr(", %n missing", nullptr, m_grid->rowCount());
+    m_counts->setText(counts);
+}
+
+QString frmListRS::counts() const { return m_counts->text(); }
 
 std::vector<std::string> frmListRS::rows() const {
     std::vector<std::string> out;

@@ -8,6 +8,7 @@
 #include <QDialog>
 
 class QLabel;
+class QLineEdit;
 class QPushButton;
 class QTableWidget;
 
@@ -34,6 +35,8 @@ public:
               const std::string& routeName = {}, const std::string& suffix = {}, QWidget* parent = nullptr);
 
     QTableWidget* grid() const { return m_grid; }
+    QLineEdit* filterBox() const { return m_filter; } // txtFilter: shows the rows that hold its text
+    QString counts() const;                             // lblCounts: rows shown, and missing ones
     std::vector<std::string> rows() const;
 
 public slots:
@@ -59,10 +62,13 @@ protected:
 
 private:
     void setRows(const std::vector<std::string>& rows);
+    void applyFilter(const QString& text);
     AppContext& m_ctx;
     ReportKind m_kind;
     std::string m_proposed;
     QTableWidget* m_grid;
+    QLineEdit* m_filter;
+    QLabel* m_counts;
     QPushButton* m_unused;
     routes::ProductItemsResult m_used;
 };
