@@ -10,6 +10,7 @@
 #include "velmora/core/userinterface.h"
 
 #include <QAction>
+#include <QDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
@@ -73,6 +74,22 @@ private slots:
     void cleanup() {
         m_ctx.reset();
         fs::remove_all(m_dir);
+    }
+
+    void theUsualKeysReachTheirCommands() {
+        auto editor = open();
+        QCOMPARE(editor->action("mnuOpenRS")->shortcut(), QKeySequence(QKeySequence::Open));
+        QCOMPARE(editor->action("mnuSaveRS")->shortcut(), QKeySequence(QKeySequence::Save));
+        QCOMPARE(editor->action("mnuFind")->shortcut(), QKeySequence(QKeySequence::Find));
+        QCOMPARE(editor->action("mnuContents")->shortcut(), QKeySequence(QKeySequence::HelpContents));
+        QCOMPARE(editor->action("mnuExit")->shortcut(), QKeySequence(QKeySequence::Quit));
+        QCOMPARE(editor->action("mnuGoToLine")->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_G));
+        // Find Next with no search yet opens the Find dialog.
+        auto* findNext = editor->findChild<QAction*>("findNext");
+        QVERIFY(findNext);
+        QCOMPARE(findNext->shortcut(), QKeySequence(QKeySequence::FindNext));
+        findNext->trigger();
+        QVERIFY(editor->findChild<QDialog*>("dlgSearch"));
     }
 
     void menuBarHasEveryCommandAndOnlyBuiltOnesAreEnabled() {

@@ -346,7 +346,6 @@ void frmEditor::connectCommands() {
     wire("mnuFile2", &frmEditor::mnufile2_Click);
     wire("mnuFind", &frmEditor::mnuFind_Click);
     wire("mnuGoToLine", &frmEditor::mnuGoToLine_Click);
-    action("mnuGoToLine")->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_G));
     wire("mnuDont", &frmEditor::mnuDont_Click);
     wire("mnuNewVer", &frmEditor::mnuNewVer_Click);
     wire("mnuEdMax", &frmEditor::mnuEdMax_Click);
@@ -374,6 +373,24 @@ void frmEditor::connectCommands() {
     action("mnuTxt")->setEnabled(true);
     action("mnu2bin")->setCheckable(true);
     action("mnuFile2")->setEnabled(false);
+
+    // The keys desktop users expect.
+    action("mnuOpenRS")->setShortcut(QKeySequence::Open);
+    action("mnuSaveRS")->setShortcut(QKeySequence::Save);
+    action("mnuFind")->setShortcut(QKeySequence::Find);
+    action("mnuGoToLine")->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_G));
+    action("mnuContents")->setShortcut(QKeySequence::HelpContents);
+    action("mnuExit")->setShortcut(QKeySequence::Quit);
+    auto* findNext = new QAction(this);
+    findNext->setObjectName("findNext");
+    findNext->setShortcut(QKeySequence::FindNext);
+    connect(findNext, &QAction::triggered, this, [this] {
+        if (m_search && !m_search->searchBox()->text().isEmpty())
+            m_search->Command2_Click();
+        else
+            mnuFind_Click();
+    });
+    addAction(findNext);
 }
 
 QAction* frmEditor::action(const QString& name) const {
