@@ -1,5 +1,6 @@
 // The checks and files-used reports on the demo install, against its manifest of faults.
 
+#include "../common/demofixture.h"
 #include "velmora/assets/checks.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
@@ -34,32 +35,17 @@ std::string linesOf(const Report& r) {
     return s;
 }
 
-class DemoChecks : public ::testing::Test {
+class DemoChecks : public test::DemoInstallTest<DemoChecks> {
+public:
+    static constexpr const char* kName = "checks";
+
 protected:
-    static void SetUpTestSuite() {
-        s_dir = fs::temp_directory_path() / ("velmora-checks-" + std::to_string(::getpid()));
-        fs::remove_all(s_dir);
-        s_ok = demo::generateDemoInstall(s_dir / "rw", {}).ok;
-    }
-    static void TearDownTestSuite() { fs::remove_all(s_dir); }
-    void SetUp() override {
-        ASSERT_TRUE(s_ok);
-        m_ctx = std::make_unique<AppContext>(s_dir / "home", s_dir / "data", m_ui);
-        StartupOptions o;
-        o.railWorks = s_dir / "rw";
-        o.askForRoot = false;
-        runStartup(*m_ctx, o);
-    }
     AssetRow row(const std::string& relative) {
         AssetRow r;
         EXPECT_TRUE(rowForBlueprint(relative, s_dir / "rw/Assets", r)) << relative;
         r.name = "x";
         return r;
     }
-    static inline fs::path s_dir;
-    static inline bool s_ok = false;
-    ScriptedUi m_ui;
-    std::unique_ptr<AppContext> m_ctx;
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 // The commands that write, on the demo install, with every step of the write service failing in
 // turn; and the journal's history and undo over whole commands from the command line.
 
+#include "../common/demofixture.h"
 #include "../core/faultyfiles.h"
 
 #include "cli.h"
@@ -78,12 +79,11 @@ int run(const std::vector<std::string>& args, std::string* output = nullptr, std
     return code;
 }
 
-class DemoWrites : public ::testing::Test {
-protected:
+class DemoWrites : public test::DemoInstallTest<DemoWrites> {
+public:
+    static constexpr const char* kName = "writes";
     static void SetUpTestSuite() {
-        s_dir = fs::temp_directory_path() / ("velmora-writes-" + std::to_string(::getpid()));
-        fs::remove_all(s_dir);
-        s_ok = demo::generateDemoInstall(s_dir / "rw", {}).ok;
+        DemoInstallTest::SetUpTestSuite();
         // Two scenery blueprints not yet offered in scenarios, for Use in Scenarios.
         for (const char* name : {"Hidden_A", "Hidden_B"}) {
             std::string xml;
@@ -100,16 +100,12 @@ protected:
         }
         s_pristine = snapshot(s_dir / "rw");
     }
-    static void TearDownTestSuite() { fs::remove_all(s_dir); }
 
+protected:
     void SetUp() override {
         ASSERT_TRUE(s_ok);
         restore();
-        m_ctx = std::make_unique<AppContext>(s_dir / "home", s_dir / "data", m_ui);
-        StartupOptions o;
-        o.railWorks = s_dir / "rw";
-        o.askForRoot = false;
-        runStartup(*m_ctx, o);
+        DemoInstallTest::SetUp();
     }
 
     // The install as generated: later tests start from the same files.
@@ -134,11 +130,7 @@ protected:
         return s_dir / "rw/Assets/DemoRail/Class66Pack/Scenery/Buildings" / (name + ".bin");
     }
 
-    static inline fs::path s_dir;
-    static inline bool s_ok = false;
     static inline std::map<std::string, std::string> s_pristine;
-    ScriptedUi m_ui;
-    std::unique_ptr<AppContext> m_ctx;
 };
 
 } // namespace

@@ -1,5 +1,6 @@
 // The route list and the route check on the demo install, against its manifest of faults.
 
+#include "../common/demofixture.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/archive.h"
 #include "velmora/core/convert.h"
@@ -41,24 +42,16 @@ std::vector<fs::path> binFilesOf(const fs::path& folder) {
     return out;
 }
 
-class DemoRoutes : public ::testing::Test {
-protected:
+class DemoRoutes : public test::DemoInstallTest<DemoRoutes> {
+public:
+    static constexpr const char* kName = "routes";
     static void SetUpTestSuite() {
-        s_dir = fs::temp_directory_path() / ("velmora-routes-" + std::to_string(::getpid()));
-        fs::remove_all(s_dir);
-        s_ok = demo::generateDemoInstall(s_dir / "rw", {}).ok;
+        DemoInstallTest::SetUpTestSuite();
         const std::string text = ReadTextFile(s_dir / "rw/manifest.json");
         s_manifest = QJsonDocument::fromJson(QByteArray(text.data(), static_cast<qsizetype>(text.size()))).object();
     }
-    static void TearDownTestSuite() { fs::remove_all(s_dir); }
-    void SetUp() override {
-        ASSERT_TRUE(s_ok);
-        m_ctx = std::make_unique<AppContext>(s_dir / "home", s_dir / "data", m_ui);
-        StartupOptions o;
-        o.railWorks = s_dir / "rw";
-        o.askForRoot = false;
-        runStartup(*m_ctx, o);
-    }
+
+protected:
     // The faults of a kind the manifest lists for a route.
     static std::vector<QJsonObject> faults(const QString& kind, const std::string& route = {}) {
         std::vector<QJsonObject> out;
@@ -87,11 +80,7 @@ protected:
         const auto scenarios = listScenarios(*m_ctx, *r);
         return RouteCheck(*m_ctx, *r, scenarios).run(o);
     }
-    static inline fs::path s_dir;
-    static inline bool s_ok = false;
     static inline QJsonObject s_manifest;
-    ScriptedUi m_ui;
-    std::unique_ptr<AppContext> m_ctx;
 };
 
 bool endsWithPath(const std::string& full, const QString& relative) {

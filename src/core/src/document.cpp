@@ -31,16 +31,23 @@ bool prepare(const fs::path& file, const fs::path& tempFolder, EditorDocument& d
     return true;
 }
 
+// Scratch files: replaced whole, never journalled, and not synced, since nothing is lost with
+// them and a sync of a large document's text would slow every open and save.
+WriteOptions scratchWrite() {
+    WriteOptions scratch;
+    scratch.backup = Backup::None;
+    scratch.journal = false;
+    scratch.refuseReadOnly = false;
+    scratch.sync = false;
+    return scratch;
+}
+
 // The scratch copy of a document; a document opened from the scratch folder is its own copy.
 bool copyOver(const fs::path& from, const fs::path& to, std::string& message) {
     std::error_code ec;
     if (fs::equivalent(from, to, ec))
         return true;
-    WriteOptions scratch;
-    scratch.backup = Backup::None;
-    scratch.journal = false;
-    scratch.refuseReadOnly = false;
-    const WriteResult copied = WriteService().copy(from, to, scratch);
+    const WriteResult copied = WriteService().copy(from, to, scratchWrite());
     if (!copied)
         message = copied.message;
     return copied.ok;
@@ -63,8 +70,8 @@ bool convertBack(const fs::path& base, const std::string& extension, std::string
     const fs::path tempXml(base.string() + "xml");
     const fs::path tempBin(base.string() + "bin");
     removeIfPresent(tempXml);
-    if (!WriteTextFile(tempXml, xml)) {
-        r.message = tempXml.string() + ": the text cannot be written to the scratch folder";
+    if (const WriteResult written = WriteService().write(tempXml, xml, scratchWrite()); !written) {
+        r.message = written.message;
         return false;
     }
     removeIfPresent(tempBin);
@@ -146,7 +153,7 @@ SaveResult saveBinaryDocument(WriteService& files, const EditorDocument& doc, st
         return r;
     // The scratch copy stays for the user to see, as it always has; a failure there is no
     // reason not to save.
-    writeFileSafely(r.written, bin);
+    WriteService().write(r.written, bin, scratchWrite());
     if (progress)
         progress("Making Backup of strBin");
     if (progress)

@@ -298,7 +298,7 @@ bool WriteService::mayOverwriteWithoutBackup(const fs::path& target) {
                      Buttons::YesNo, Icon::Warning) == Answer::Yes;
 }
 
-WriteResult WriteService::replace(const fs::path& requested, std::string_view bytes, const WriteOptions& options) {
+WriteResult WriteService::write(const fs::path& requested, std::string_view bytes, const WriteOptions& options) {
     WriteResult r;
     r.target = requested;
     std::error_code ec;
@@ -396,10 +396,6 @@ WriteResult WriteService::replace(const fs::path& requested, std::string_view by
     return r;
 }
 
-WriteResult WriteService::write(const fs::path& target, std::string_view bytes, const WriteOptions& options) {
-    return replace(target, bytes, options);
-}
-
 WriteResult WriteService::copy(const fs::path& source, const fs::path& target, const WriteOptions& options) {
     std::string bytes;
     std::error_code ec;
@@ -410,7 +406,7 @@ WriteResult WriteService::copy(const fs::path& source, const fs::path& target, c
                     target.string() + ".";
         return r;
     }
-    return replace(target, bytes, options);
+    return write(target, bytes, options);
 }
 
 WriteResult WriteService::remove(const fs::path& target) {

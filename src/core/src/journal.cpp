@@ -88,11 +88,6 @@ std::string formatLine(long id, const std::string& time, const std::string& comm
     return QJsonDocument(o).toJson(QJsonDocument::Compact).toStdString() + "\n";
 }
 
-std::string readAll(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return in ? std::string(std::istreambuf_iterator<char>(in), {}) : std::string();
-}
-
 bool endsWithLineEnd(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
     if (!in)
@@ -104,7 +99,8 @@ bool endsWithLineEnd(const fs::path& file) {
     return in.get() == '\n';
 }
 
-// The hash of a file as it stands, empty when it cannot be read.
+// The hash of a file's bytes as they stand, nothing when it cannot be read. Raw bytes, not
+// ReadTextFile: that one turns marker files from UTF-16 into single bytes.
 std::optional<std::string> currentHash(const fs::path& file) {
     std::error_code ec;
     if (!fs::is_regular_file(file, ec))
@@ -193,7 +189,7 @@ bool Journal::record(const JournalFile& file, std::string* error) {
 std::vector<JournalEntry> Journal::entries() const {
     std::vector<JournalEntry> out;
     std::map<long, std::size_t> index;
-    for (const std::string& text : SplitLines(readAll(m_file))) {
+    for (const std::string& text : SplitLines(ReadTextFile(m_file))) {
         const auto line = parseLine(text);
         if (!line)
             continue;

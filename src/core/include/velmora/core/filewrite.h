@@ -108,7 +108,6 @@ public:
     WriteResult remove(const fs::path& target);
 
 private:
-    WriteResult replace(const fs::path& requested, std::string_view bytes, const WriteOptions& options);
     std::error_code writeTemporary(const fs::path& folder, const std::string& name, std::string_view bytes,
                                    fs::path& temp, WriteStep& step, std::optional<fs::perms> perms, bool sync);
     std::error_code makeBackup(const fs::path& target, fs::path& backup);
