@@ -201,6 +201,14 @@ std::string reportAsText(const assets::Report& r) {
     return out;
 }
 
+// The closing line of a report read by a person: how many of the files it names are missing.
+std::string missingSummary(const assets::Report& r) {
+    const auto missing = std::count_if(r.lines.begin(), r.lines.end(), [](const auto& l) { return l.missing; });
+    if (missing == 0)
+        return "No missing files";
+    return std::to_string(missing) + (missing == 1 ? " missing file" : " missing files");
+}
+
 // A document that could not be read leaves the report short: that ends the command with an
 // error (the error log has already said which).
 int printReport(Session& s, const Arguments& a, const assets::Report& r, const assets::AssetChecks& checks) {
@@ -209,7 +217,7 @@ int printReport(Session& s, const Arguments& a, const assets::Report& r, const a
     else if (a.has("--csv"))
         s.out << reportAsCsv(r);
     else
-        s.out << reportAsText(r);
+        s.out << reportAsText(r) << missingSummary(r) << "\r\n";
     if (!checks.unreadable.empty())
         return Error;
     return r.anyMissing() ? ProblemsFound : Success;

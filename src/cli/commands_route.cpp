@@ -263,7 +263,7 @@ int cmdRouteStock(Session& s) {
                 s.out << '\t' << shown(row) << '\n';
         } else {
             for (const auto& item : routes::scenarioStock(s.ctx, *route, sc, &message))
-                s.out << '\t' << shown(item.path) << '\t' << shown(item.name) << '\n';
+                s.out << '\t' << shown(item.path) << '\t' << shown(item.name) << (item.missing ? "\tmissing\n" : "\n");
         }
         if (!message.empty())
             s.out << '\t' << message << '\n';

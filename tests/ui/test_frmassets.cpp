@@ -1,6 +1,7 @@
 // The asset screen driven through its commands, offscreen.
 
 #include "assets/frmassets.h"
+#include "common/frmreport.h"
 #include "assets/frmindex.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/userinterface.h"
@@ -214,6 +215,10 @@ private slots:
         QCOMPARE(shown.count(), 1);
         const QString report = shown.at(0).at(0).toString();
         QVERIFY(report.contains("Class66_EWS.bin"));
+        // The report window says in words that nothing is missing.
+        auto* reportScreen = screen.findChild<ui::frmReport*>("frmReport");
+        QVERIFY(reportScreen);
+        QVERIFY(reportScreen->summary().contains("no missing files"));
         QVERIFY(screen.action("mnuWhere")->isEnabled());
 
         // Child entries: shown for the loco, one removed into a new item beside it.

@@ -1,6 +1,7 @@
 // The route screen on a demo install, offscreen: the lists, the check and its reports.
 
 #include "common/frmreport.h"
+#include "common/frmresults.h"
 #include "routes/frmdelroute.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
@@ -10,6 +11,8 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QPlainTextEdit>
+#include <QTabBar>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QtTest>
 
@@ -86,6 +89,75 @@ private slots:
         for (const char* name : {"m.csv", "m.txt", "m.xls"})
             QVERIFY(missing->saveTo(m_dir / name));
         QVERIFY(!missing->saveTo(m_dir / "m.doc"));
+    }
+
+    void theChecksReportsComeIntoOneWindowWithATabEach() {
+        ui::frmDelRoute screen(*m_ctx);
+        screen.routeList()->setCurrentRow(0);
+        for (int i = 0; i < 4; ++i)
+            m_ui->pushAnswer(Answer::Yes); // every list the check offers
+        screen.Command4_Click();
+        ui::frmResults* results = screen.results();
+        QVERIFY(results);
+        QVERIFY(results->windowTitle().contains("Demo Valley Line"));
+        QStringList tabs;
+        for (int i = 0; i < results->pageCount(); ++i)
+            tabs << results->tabs()->tabText(i);
+        // The notes on what the check found come last, when there are any.
+        if (tabs.back() == "Notes")
+            tabs.pop_back();
+        QCOMPARE(tabs, QStringList({"Missing items", "Shapes used", "Geometry used", "Missing textures", "Textures used",
+                                    "Audio used"}));
+        // Every report is a page of that one window, not a window of its own.
+        for (const auto& r : screen.reports())
+            QVERIFY(r && !r->isWindow() && r->window() == results);
+        // The check's questions are asked as they always were, between the reports.
+        QCOMPARE(std::count_if(m_ui->prompts.begin(), m_ui->prompts.end(),
+                               [](const auto& p) { return p.kind == ScriptedUi::Prompt::Kind::Question; }),
+                 4);
+
+        // A page's own Exit closes its tab; the window goes with the last one.
+        QPointer<ui::frmResults> guard(results);
+        auto* first = results->page(0);
+        first->findChild<QPushButton*>("Command2")->click();
+        QCOMPARE(results->pageCount(), static_cast<int>(screen.reports().size()) - 1);
+        QCOMPARE(results->tabs()->tabText(0), QString("Shapes used"));
+        while (results->pageCount() > 0)
+            results->tabs()->tabCloseRequested(0);
+        QTRY_VERIFY(guard.isNull());
+
+        // The next command starts a window of its own.
+        screen.Command12_Click();
+        QVERIFY(screen.results() && screen.results()->pageCount() == 1);
+    }
+
+    void aScenariosMissingStockIsMarkedWithAWord() {
+        ui::frmDelRoute screen(*m_ctx);
+        screen.routeList()->setCurrentRow(0);
+        screen.Command15_Click(); // the stock of all the route's scenarios
+        auto* stock = qobject_cast<ui::frmListRS*>(screen.reports().back().data());
+        QVERIFY(stock);
+        QCOMPARE(stock->grid()->horizontalHeaderItem(0)->text(), QString("Status"));
+        int missing = 0;
+        for (int r = 0; r < stock->grid()->rowCount(); ++r) {
+            if (!stock->rowMissing(r))
+                continue;
+            ++missing;
+            QCOMPARE(stock->grid()->item(r, 0)->text(), QString("missing"));
+            QVERIFY(stock->grid()->item(r, 1)->text().contains("HTA_Sludge"));
+        }
+        QVERIFY(missing >= 1);
+        QVERIFY(stock->counts().contains(QString("%1 missing").arg(missing)));
+        // The status is the window's, not the report's: rows and saves hold the blueprints only.
+        QVERIFY(stock->rows().front().find("missing") == std::string::npos);
+        QVERIFY(stock->saveTo(m_dir / "stock.csv"));
+        QVERIFY(ReadTextFile(m_dir / "stock.csv").find("missing") == std::string::npos);
+        // Remove dupes keeps each row's mark with it.
+        stock->Command1_Click();
+        int after = 0;
+        for (int r = 0; r < stock->grid()->rowCount(); ++r)
+            after += stock->rowMissing(r);
+        QVERIFY(after >= 1 && after <= missing);
     }
 
     void notesOnArchivesAndLetterCaseWhenAskedFor() {

@@ -2,12 +2,15 @@
 
 #include "common/doctext.h"
 #include "common/frmreport.h"
+#include "common/numberedview.h"
+#include "common/windowplace.h"
 #include "routes/frmlistrs.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QTextBlock>
 #include <QTableWidget>
 #include <QtTest>
 
@@ -109,6 +112,7 @@ private slots:
             ui::frmListRS grid(*m_ctx, ui::ReportKind::Used, "Used", {"a.bin"});
             QCOMPARE(grid.geometry().size(), QSize(600, 400));
             QCOMPARE(grid.geometry().topLeft(), QPoint(200, 100));
+            grid.show();
             grid.setGeometry(150, 75, 750, 450);
             grid.accept();
         }
@@ -116,6 +120,82 @@ private slots:
         QCOMPARE(m_ctx->settings.reportGrid.height, std::int16_t(450 * 15));
         QCOMPARE(m_ctx->settings.reportGrid.top, std::int16_t(75 * 15));
         QCOMPARE(m_ctx->settings.reportGrid.left, std::int16_t(150 * 15));
+    }
+
+    void theTextReportMarksMissingFilesAndFindsText() {
+        ui::frmReport report(*m_ctx, "Check Loco", "Loco: a.bin\nShapes used:\nb.GeoPcDx\nMISSING: c.TgPcDx\n");
+        // Nothing looked for: nothing said about missing files.
+        QVERIFY(!report.summary().contains("missing"));
+        report.markMissing({}, true);
+        QVERIFY(report.summary().contains("no missing files"));
+        report.markMissing({3}, true);
+        QVERIFY(report.summary().contains("1 missing file"));
+        // The mark is a word in the margin as well as a tint: the margin grows to hold it.
+        QCOMPARE(report.view()->marks().at(3), QString("missing"));
+        ui::NumberedView plain;
+        plain.setFont(report.view()->font());
+        plain.setPlainText(report.textBox()->toPlainText());
+        QVERIFY(report.view()->marginWidth() > plain.marginWidth());
+        QCOMPARE(report.view()->extraSelections().size(), 1);
+        QCOMPARE(report.view()->extraSelections().front().cursor.block().blockNumber(), 3);
+
+        // Find goes from line to line, round to the top, and says when there is nothing.
+        report.findBox()->setText("GeoPcDx");
+        QVERIFY(report.findNext());
+        QCOMPARE(report.textBox()->textCursor().block().blockNumber(), 2);
+        QVERIFY(report.findNext()); // round to the top finds the same line again
+        QCOMPARE(report.textBox()->textCursor().block().blockNumber(), 2);
+        report.findBox()->setText("no such text");
+        QVERIFY(!report.findNext());
+        QVERIFY(report.summary().contains("\"no such text\" was not found"));
+        QCOMPARE(report.textBox()->textCursor().block().blockNumber(), 2); // the cursor stays
+    }
+
+    void everyScreenOpensWhereItWasLeft() {
+        {
+            QWidget screen;
+            ui::rememberPlace(*m_ctx, &screen, "frmTest", {640, 480});
+            QCOMPARE(screen.size(), QSize(640, 480)); // no place yet: the first size
+            screen.show();
+            screen.setGeometry(120, 90, 700, 500);
+            screen.showMaximized();
+            screen.hide();
+        }
+        const auto place = m_ctx->desktop().place("frmTest");
+        QVERIFY(place);
+        QCOMPARE(QRect(place->left, place->top, place->width, place->height), QRect(120, 90, 700, 500));
+        QVERIFY(place->maximised);
+        // A new run reads the place from the program's folder.
+        AppContext next(m_dir / "home", m_dir / "data", *m_ui);
+        QWidget again;
+        ui::rememberPlace(next, &again, "frmTest", {640, 480});
+        QCOMPARE(again.geometry(), QRect(120, 90, 700, 500));
+        QVERIFY(again.windowState() & Qt::WindowMaximized);
+
+        // A place on no screen any more (a monitor unplugged) gives the first size instead.
+        next.desktop().setPlace("frmGone", {-30000, -30000, 500, 400, false});
+        QWidget gone;
+        ui::rememberPlace(next, &gone, "frmGone", {640, 480});
+        QCOMPARE(gone.size(), QSize(640, 480));
+        QVERIFY(gone.pos().x() > -30000);
+    }
+
+    void theGridMarksMissingRowsWithAWord() {
+        ui::frmListRS list(*m_ctx, ui::ReportKind::ScenarioStock, "Stock",
+                           {"P\\a.bin\ta.bin", "P\\b.bin\tb.bin", "P\\a.bin\ta.bin"});
+        list.markMissing({false, true, false});
+        QCOMPARE(list.grid()->columnCount(), 3);
+        QCOMPARE(list.grid()->horizontalHeaderItem(0)->text(), QString("Status"));
+        QCOMPARE(list.grid()->item(1, 0)->text(), QString("missing"));
+        QVERIFY(list.grid()->item(1, 1)->background() != list.grid()->item(0, 1)->background());
+        QCOMPARE(list.counts(), QString("3 row(s), 1 missing"));
+        QCOMPARE(list.rows().at(1), std::string("P\\b.bin\tb.bin"));
+        // The filter looks at the status too: "missing" shows the missing rows.
+        list.filterBox()->setText("missing");
+        QCOMPARE(list.counts(), QString("1 of 3 row(s), 1 missing"));
+        list.filterBox()->clear();
+        list.markMissing({false, false, false});
+        QCOMPARE(list.counts(), QString("3 row(s), none missing"));
     }
 
     void theTextReportSavesUnderReports() {

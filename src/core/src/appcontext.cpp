@@ -34,6 +34,14 @@ void AppContext::setUserInterface(UserInterface& ui) {
     m_files.setUserInterface(&ui);
 }
 
+DesktopState& AppContext::desktop() {
+    if (!m_desktop) {
+        m_desktop.emplace(m_appPath / DesktopState::kFileName);
+        m_desktop->load();
+    }
+    return *m_desktop;
+}
+
 fs::path AppContext::railWorks() const {
     if (m_railWorksOverride)
         return *m_railWorksOverride;

@@ -273,6 +273,7 @@ std::vector<StockItem> scenarioStock(AppContext& ctx, const RouteEntry& route, c
             *message = "This appears to be a Quick Drive scenario, as such there\nis no rolling stock listed for the route.";
         return out;
     }
+    const fs::path assets = ctx.railWorks() / "Assets";
     std::string xml;
     if (const ConvertResult r = binToXmlText(*file, xml); !r) {
         if (message)
@@ -293,7 +294,9 @@ std::vector<StockItem> scenarioStock(AppContext& ctx, const RouteEntry& route, c
         if (iendsWith(id, "xml"))
             id = id.substr(0, id.size() - 3) + "bin";
         const auto slash = id.find_last_of("\\/");
-        out.push_back({provider + "\\" + product + "\\" + id, slash == std::string::npos ? id : id.substr(slash + 1)});
+        std::string path = provider + "\\" + product + "\\" + id;
+        const bool missing = !ctx.resolver.exists(assets, path);
+        out.push_back({std::move(path), slash == std::string::npos ? id : id.substr(slash + 1), missing});
     }
     return out;
 }

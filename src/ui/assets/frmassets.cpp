@@ -684,7 +684,16 @@ bool frmAssets::haveSelection() {
 
 void frmAssets::showReport(const assets::Report& report, const QString& title) {
     const std::string text = report.text();
-    frmReport::show(m_ctx, title, text, this);
+    frmReport* screen = frmReport::show(m_ctx, title, text, this);
+    // The lines naming a missing file, counted in the lines the view shows.
+    std::vector<int> missing;
+    int line = 0;
+    for (const auto& l : report.lines) {
+        if (l.missing)
+            missing.push_back(line);
+        line += 1 + static_cast<int>(std::count(l.text.begin(), l.text.end(), '\n'));
+    }
+    screen->markMissing(missing, true);
     emit reportShown(toQt(text));
 }
 

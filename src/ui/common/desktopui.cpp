@@ -169,4 +169,8 @@ QRect fromTwips(const WindowGeometry& g) {
 
 WindowGeometry toTwips(const QRect& r) { return {twips(r.width()), twips(r.height()), twips(r.top()), twips(r.left())}; }
 
+QColor missingTint(const QPalette& palette) {
+    return palette.color(QPalette::Base).lightness() > 128 ? QColor(255, 210, 200) : QColor(110, 40, 30);
+}
+
 } // namespace velmora::ui

@@ -6,6 +6,8 @@
 #include "velmora/core/settings.h"
 #include "velmora/core/userinterface.h"
 
+#include <QColor>
+#include <QPalette>
 #include <QPointer>
 #include <QRect>
 
@@ -45,6 +47,10 @@ private:
 // The text of language entry `entry`, or `design` when the table has no such entry: every screen
 // takes its captions and messages through here, when it is opened.
 QString caption(const AppContext& ctx, int entry, const char* design);
+
+// The background of a line or row that names a missing file: warm, and light or dark to suit the
+// palette so that its text stays readable. The word "missing" goes with it, never colour alone.
+QColor missingTint(const QPalette& palette);
 
 // Text of the program (bytes, Windows-1252 where not UTF-8) for Qt and back.
 QString toQt(const std::string& text);

@@ -1,5 +1,5 @@
 #include "frmeditor.h"
-#include "numberedview.h"
+#include "../common/numberedview.h"
 
 #include "../common/desktopui.h"
 #include "../assets/frmassets.h"
@@ -13,6 +13,7 @@
 #include "velmora/core/services.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDateTime>
@@ -605,6 +606,10 @@ void frmEditor::closeEvent(QCloseEvent* event) {
     }
     m_closing = true;
     event->accept();
+    // The other screens still open keep their places for the next run.
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w != this && w->isVisible())
+            w->hide();
     // The whole program ends with this screen, whatever other screens are still open.
     QCoreApplication::quit();
 }

@@ -8,7 +8,7 @@
 #include "velmora/core/document.h"
 #include "velmora/core/xmltree.h"
 
-#include "numberedview.h"
+#include "../common/numberedview.h"
 
 #include <QDialog>
 #include <QMainWindow>

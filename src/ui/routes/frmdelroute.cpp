@@ -2,6 +2,7 @@
 
 #include "../common/desktopui.h"
 #include "../common/frmreport.h"
+#include "../common/frmresults.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
 #include "velmora/routes/routeitems.h"
@@ -13,6 +14,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -123,17 +125,34 @@ const routes::RouteEntry* frmDelRoute::selectedRoute() {
     return &m_routeEntries[static_cast<std::size_t>(row)];
 }
 
-void frmDelRoute::showList(ReportKind kind, const QString& title, const std::vector<std::string>& rows,
-                           const std::string& suffix) {
-    const routes::RouteEntry* route = m_routes->currentRow() >= 0 ? &m_routeEntries[static_cast<std::size_t>(m_routes->currentRow())] : nullptr;
-    auto* list = new frmListRS(m_ctx, kind, title, rows, route ? route->name : std::string(), suffix, this);
-    list->setAttribute(Qt::WA_DeleteOnClose);
-    list->show();
-    m_reports.push_back(list);
+void frmDelRoute::beginResults(const QString& title) {
+    m_results = nullptr;
+    const routes::RouteEntry* route =
+        m_routes->currentRow() >= 0 ? &m_routeEntries[static_cast<std::size_t>(m_routes->currentRow())] : nullptr;
+    m_resultsTitle = route ? title + ": " + toQt(route->name) : title;
 }
 
-void frmDelRoute::showText(const QString& title, const std::string& text) {
-    m_reports.push_back(frmReport::show(m_ctx, title, text, this));
+void frmDelRoute::addResult(QDialog* page, const QString& tab) {
+    if (!m_results) {
+        m_results = new frmResults(m_ctx, m_resultsTitle.isEmpty() ? page->windowTitle() : m_resultsTitle, this);
+        m_results->show();
+    }
+    m_results->addPage(page, tab);
+    m_results->tabs()->setCurrentWidget(page);
+    m_reports.push_back(page);
+}
+
+frmListRS* frmDelRoute::showList(ReportKind kind, const QString& tab, const QString& title,
+                                 const std::vector<std::string>& rows, const std::string& suffix) {
+    const routes::RouteEntry* route =
+        m_routes->currentRow() >= 0 ? &m_routeEntries[static_cast<std::size_t>(m_routes->currentRow())] : nullptr;
+    auto* list = new frmListRS(m_ctx, kind, title, rows, route ? route->name : std::string(), suffix, this);
+    addResult(list, tab);
+    return list;
+}
+
+void frmDelRoute::showText(const QString& tab, const QString& title, const std::string& text) {
+    addResult(new frmReport(m_ctx, title, text, this), tab);
 }
 
 void frmDelRoute::Command1_Click() {
@@ -169,6 +188,7 @@ void frmDelRoute::Command4_Click() {
     const routes::RouteEntry* route = selectedRoute();
     if (!route)
         return;
+    beginResults(tr("Check Route"));
     if (m_scenarioEntries.empty())
         Command1_Click();
     routes::RouteCheck check(m_ctx, *route, m_scenarioEntries);
@@ -187,9 +207,9 @@ void frmDelRoute::Command4_Click() {
     if (rows.empty())
         m_ctx.ui().message("No Assets were missing from this route.");
     else
-        showList(ReportKind::MissingItems, tr("Following Asset(s) were missing from this route:-"), rows);
+        showList(ReportKind::MissingItems, tr("Missing items"), tr("Following Asset(s) were missing from this route:-"), rows);
     if (m_ctx.ui().ask("Do you wish to view a list of Shapes used by this route?", Buttons::YesNo) == Answer::Yes)
-        showList(ReportKind::Used, tr("Following Asset(s) were used by this route:-"), m_check.assetsUnique, "_Assets.csv");
+        showList(ReportKind::Used, tr("Shapes used"), tr("Following Asset(s) were used by this route:-"), m_check.assetsUnique, "_Assets.csv");
     if (m_ctx.ui().ask("Would you like to check for missing Texture/Audio/Animation & Script files?", Buttons::YesNo) !=
         Answer::Yes) {
         saveReports();
@@ -200,15 +220,15 @@ void frmDelRoute::Command4_Click() {
     if (!check.deepen(m_check, options, &m_work))
         return;
     saveReports();
-    showList(ReportKind::GeoFiles, tr("Following geometric item(s) were used by this route:-"), m_check.geoFiles,
+    showList(ReportKind::GeoFiles, tr("Geometry used"), tr("Following geometric item(s) were used by this route:-"), m_check.geoFiles,
              "_GeoShapes.csv");
-    showText(tr("Missing Textures:-"), m_check.texturesReport());
+    showText(tr("Missing textures"), tr("Missing Textures:-"), m_check.texturesReport());
     if (m_ctx.ui().ask("Do you wish to view a list of Textures used by this route?", Buttons::YesNo) == Answer::Yes)
-        showList(ReportKind::Used, tr("Following Textures files were used by this route:-"), m_check.texturesUsed,
+        showList(ReportKind::Used, tr("Textures used"), tr("Following Textures files were used by this route:-"), m_check.texturesUsed,
                  "_Textures.csv");
     if (!m_check.audioUsed.empty() &&
         m_ctx.ui().ask("Do you wish to view a list of Audio files used by this route?", Buttons::YesNo) == Answer::Yes)
-        showList(ReportKind::Used, tr("Following Audio files were used by this route:-"), m_check.audioUsed, "_Sounds.csv");
+        showList(ReportKind::Used, tr("Audio used"), tr("Following Audio files were used by this route:-"), m_check.audioUsed, "_Sounds.csv");
     showMarks();
 }
 
@@ -220,15 +240,19 @@ void frmDelRoute::saveReports() {
 
 void frmDelRoute::showMarks() {
     if (const std::string notes = m_check.marksReport(); !notes.empty())
-        showText(tr("Notes on the check"), notes);
+        showText(tr("Notes"), tr("Notes on the check"), notes);
 }
 
 void frmDelRoute::Command10_Click() { m_work.abort(); }
 
-void frmDelRoute::Command12_Click() { showText(tr("Routes and Scenarios"), routes::routesOverview(m_ctx, m_routeEntries)); }
+void frmDelRoute::Command12_Click() {
+    beginResults(tr("Routes and Scenarios"));
+    showText(tr("Routes and Scenarios"), tr("Routes and Scenarios"), routes::routesOverview(m_ctx, m_routeEntries));
+}
 
 void frmDelRoute::Command26_Click() {
-    showText(tr("Routes with Scenario types"), routes::scenarioTypesTable(m_ctx, m_routeEntries));
+    beginResults(tr("Routes with Scenario types"));
+    showText(tr("Scenario types"), tr("Routes with Scenario types"), routes::scenarioTypesTable(m_ctx, m_routeEntries));
 }
 
 void frmDelRoute::Command14_Click() {
@@ -261,6 +285,7 @@ void frmDelRoute::Command17_Click() {
     const routes::RouteEntry* route = selectedRoute();
     if (!route)
         return;
+    beginResults(tr("Items used with locations"));
     m_work.reset();
     const auto r = routes::listPlacedItems(m_ctx, *route, 0, &m_work);
     if (r.aborted)
@@ -271,17 +296,18 @@ void frmDelRoute::Command17_Click() {
     for (const auto& m : r.missing)
         rows.push_back(m.row());
     if (!rows.empty())
-        showList(ReportKind::MissingItems, tr("Following Asset(s) were missing from this route:-"), rows);
+        showList(ReportKind::MissingItems, tr("Missing items"), tr("Following Asset(s) were missing from this route:-"), rows);
     rows.clear();
     for (const auto& item : r.items)
         rows.push_back(item.row());
-    showList(ReportKind::ItemsWithLocations, tr("Following item(s) were used by this route:-"), rows, "_Locations.csv");
+    showList(ReportKind::ItemsWithLocations, tr("Items used"), tr("Following item(s) were used by this route:-"), rows, "_Locations.csv");
 }
 
 void frmDelRoute::Command22_Click() {
     const routes::RouteEntry* route = selectedRoute();
     if (!route)
         return;
+    beginResults(tr("Items used from the product"));
     const auto chosen = selectedProvider();
     if (!chosen)
         return;
@@ -294,15 +320,14 @@ void frmDelRoute::Command22_Click() {
     for (const auto& m : r.missing)
         rows.push_back(m.row());
     if (!rows.empty())
-        showList(ReportKind::MissingItems, tr("Following Asset(s) were missing from this route:-"), rows);
+        showList(ReportKind::MissingItems, tr("Missing items"), tr("Following Asset(s) were missing from this route:-"), rows);
     if (r.used.empty()) {
         m_ctx.ui().message("No shapes used by this provider/product");
         return;
     }
-    showList(ReportKind::ProviderItems,
-             tr("Items of %1\\%2 used by this route:-").arg(toQt(r.provider), toQt(r.product)), r.used, "_" + r.product + ".csv");
-    if (auto* list = qobject_cast<frmListRS*>(m_reports.back().data()))
-        list->offerUnused(r);
+    showList(ReportKind::ProviderItems, tr("Items of the product"),
+             tr("Items of %1\\%2 used by this route:-").arg(toQt(r.provider), toQt(r.product)), r.used, "_" + r.product + ".csv")
+        ->offerUnused(r);
 }
 
 void frmDelRoute::Command18_Click() {
@@ -328,16 +353,20 @@ void frmDelRoute::Command3_Click() {
     const int row = m_scenarios->currentRow();
     if (!route || row < 0 || row >= static_cast<int>(m_scenarioEntries.size()))
         return;
+    beginResults(tr("Stock used by the scenario"));
     const routes::ScenarioEntry& scenario = m_scenarioEntries[static_cast<std::size_t>(row)];
     std::string message;
     std::vector<std::string> rows;
-    for (const auto& item : routes::scenarioStock(m_ctx, *route, scenario, &message))
+    std::vector<bool> missing;
+    for (const auto& item : routes::scenarioStock(m_ctx, *route, scenario, &message)) {
         rows.push_back(item.path + "\t" + item.name);
+        missing.push_back(item.missing);
+    }
     if (!message.empty()) {
         m_ctx.ui().message(message);
         return;
     }
-    showList(ReportKind::ScenarioStock, tr("Stock used by this scenario"), rows);
+    showList(ReportKind::ScenarioStock, tr("Stock"), tr("Stock used by this scenario"), rows)->markMissing(missing);
 
     // The scenery the scenario places itself.
     const auto scenery = routes::scenarioScenery(m_ctx, *route, scenario);
@@ -351,21 +380,25 @@ void frmDelRoute::Command3_Click() {
     for (const auto& m : scenery.missing)
         rows.push_back(m.row());
     if (!rows.empty())
-        showList(ReportKind::MissingItems, tr("Following Asset(s) were missing from this route:-"), rows);
-    showList(ReportKind::ScenarioScenery, tr("Scenery items of this scenario"), scenery.items);
+        showList(ReportKind::MissingItems, tr("Missing items"), tr("Following Asset(s) were missing from this route:-"), rows);
+    showList(ReportKind::ScenarioScenery, tr("Scenery"), tr("Scenery items of this scenario"), scenery.items);
 }
 
 void frmDelRoute::Command15_Click() {
     const routes::RouteEntry* route = selectedRoute();
     if (!route)
         return;
+    beginResults(tr("Stock used by all scenarios"));
     if (m_scenarioEntries.empty())
         Command1_Click();
     std::vector<std::string> rows;
+    std::vector<bool> missing;
     for (const auto& s : m_scenarioEntries)
-        for (const auto& item : routes::scenarioStock(m_ctx, *route, s))
+        for (const auto& item : routes::scenarioStock(m_ctx, *route, s)) {
             rows.push_back(item.path + "\t" + item.name);
-    showList(ReportKind::ScenarioStock, tr("Stock used by all scenarios"), rows);
+            missing.push_back(item.missing);
+        }
+    showList(ReportKind::ScenarioStock, tr("Stock"), tr("Stock used by all scenarios"), rows)->markMissing(missing);
 }
 
 void frmDelRoute::Command19_Click() {
@@ -373,20 +406,22 @@ void frmDelRoute::Command19_Click() {
     const int row = m_scenarios->currentRow();
     if (!route || row < 0 || row >= static_cast<int>(m_scenarioEntries.size()))
         return;
+    beginResults(tr("Stock used with wagon numbers"));
     std::string message;
     const auto rows = routes::scenarioNumbers(m_ctx, *route, m_scenarioEntries[static_cast<std::size_t>(row)], &message);
     if (!message.empty())
         m_ctx.ui().message(message);
     else
-        showList(ReportKind::StockWithNumbers, tr("Stock used with wagon numbers"), rows);
+        showList(ReportKind::StockWithNumbers, tr("Numbers"), tr("Stock used with wagon numbers"), rows);
 }
 
 void frmDelRoute::Command21_Click() {
+    beginResults(tr("All rolling stock"));
     std::vector<std::string> warnings;
     const auto rows = routes::allRoutesStock(m_ctx, m_routeEntries, &warnings);
     for (const auto& w : warnings)
         m_ctx.ui().message(w);
-    showList(ReportKind::AllStock, tr("All rolling stock used by all routes"), rows);
+    showList(ReportKind::AllStock, tr("All stock"), tr("All rolling stock used by all routes"), rows);
 }
 
 frmFindLoco::frmFindLoco(AppContext& ctx, const std::string& assetPath, const std::string& assetName, QWidget* parent)

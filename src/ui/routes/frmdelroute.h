@@ -2,6 +2,7 @@
 // frmDelRoute: the routes of the install, the scenarios of one, and the route check.
 // frmFindLoco: where an asset is used in the scenarios of all routes.
 
+#include "../common/frmresults.h"
 #include "frmlistrs.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/routes/routecheck.h"
@@ -19,6 +20,7 @@ class QTableWidget;
 
 namespace velmora::ui {
 
+
 class frmDelRoute : public QDialog {
     Q_OBJECT
 public:
@@ -30,6 +32,8 @@ public:
     const routes::RouteCheckResult& lastCheck() const { return m_check; }
     // The report screens opened so far, newest last (for the tests and for closing them).
     const std::vector<QPointer<QWidget>>& reports() const { return m_reports; }
+    // The window holding the last command's reports, if it is still open.
+    frmResults* results() const { return m_results; }
 
 public slots:
     void Command1_Click();  // List Scenarios in Selected Route
@@ -48,9 +52,13 @@ public slots:
 
 private:
     const routes::RouteEntry* selectedRoute();
-    void showList(ReportKind kind, const QString& title, const std::vector<std::string>& rows,
-                  const std::string& suffix = {});
-    void showText(const QString& title, const std::string& text);
+    // The reports of one command go into one results window, a tab each; a command starts its
+    // own window with beginResults.
+    void beginResults(const QString& title);
+    frmListRS* showList(ReportKind kind, const QString& tab, const QString& title, const std::vector<std::string>& rows,
+                        const std::string& suffix = {});
+    void showText(const QString& tab, const QString& title, const std::string& text);
+    void addResult(QDialog* page, const QString& tab);
     void showMarks();
     // The check's reports under Reports; a report that cannot be written is said.
     void saveReports();
@@ -71,6 +79,8 @@ private:
     QCheckBox* m_markArchives;
     QCheckBox* m_markCase;
     std::vector<QPointer<QWidget>> m_reports;
+    QPointer<frmResults> m_results;
+    QString m_resultsTitle;
     AbortableUi m_work; // the check's channel: the screen's Abort as well as the progress bar's
 };
 

@@ -3,6 +3,7 @@
 #include "velmora/core/textboundary.h"
 
 #include "../common/desktopui.h"
+#include "../common/windowplace.h"
 #include "velmora/core/services.h"
 
 #include <QHBoxLayout>
@@ -54,8 +55,6 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     : QDialog(parent), m_ctx(ctx), m_kind(kind), m_proposed(fileNameFromText(routeName) + suffix) {
     setObjectName("frmListRS");
     setWindowTitle(title);
-    // Where the last grid report was, as the settings keep it.
-    setGeometry(fromTwips(m_ctx.settings.reportGrid));
     m_grid = new QTableWidget;
     m_grid->setObjectName("VSFG1");
     m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -114,34 +113,48 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     layout->addWidget(note);
     layout->addLayout(buttons);
     setRows(rows);
+    // Where the last grid report was, as the settings keep it (fields 28 to 31).
+    rememberPlace(m_ctx, this, objectName(), {900, 600}, &m_ctx.settings.reportGrid);
 }
 
-void frmListRS::done(int result) {
-    m_ctx.settings.reportGrid = toTwips(normalGeometry());
-    QDialog::done(result);
-}
-
-void frmListRS::closeEvent(QCloseEvent* event) {
-    m_ctx.settings.reportGrid = toTwips(normalGeometry());
-    QDialog::closeEvent(event);
-}
-
-void frmListRS::setRows(const std::vector<std::string>& rows) {
+void frmListRS::setRows(const std::vector<std::string>& rows, const std::vector<bool>& missing) {
     std::size_t columns = 1;
     std::vector<std::vector<std::string>> table;
     for (const auto& r : rows) {
         table.push_back(cellsOf(r));
         columns = std::max(columns, table.back().size());
     }
+    m_marked = !missing.empty();
+    const int first = dataColumn();
     // Rows go in as they come; a click on a header sorts them afterwards.
     m_grid->setSortingEnabled(false);
     m_grid->clear();
-    m_grid->setColumnCount(static_cast<int>(columns));
-    m_grid->setHorizontalHeaderLabels(headersFor(m_kind, static_cast<int>(columns)));
+    m_grid->setColumnCount(static_cast<int>(columns) + first);
+    QStringList headers = headersFor(m_kind, static_cast<int>(columns));
+    if (m_marked)
+        headers.prepend(tr("Status"));
+    m_grid->setHorizontalHeaderLabels(headers);
     m_grid->setRowCount(static_cast<int>(table.size()));
-    for (int r = 0; r < static_cast<int>(table.size()); ++r)
-        for (int c = 0; c < static_cast<int>(table[static_cast<std::size_t>(r)].size()); ++c)
-            m_grid->setItem(r, c, new QTableWidgetItem(toQt(table[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)])));
+    const QColor tint = missingTint(m_grid->palette());
+    for (int r = 0; r < static_cast<int>(table.size()); ++r) {
+        const auto& cells = table[static_cast<std::size_t>(r)];
+        for (int c = 0; c < static_cast<int>(cells.size()); ++c)
+            m_grid->setItem(r, c + first, new QTableWidgetItem(toQt(cells[static_cast<std::size_t>(c)])));
+        if (!m_marked)
+            continue;
+        const bool isMissing = static_cast<std::size_t>(r) < missing.size() && missing[static_cast<std::size_t>(r)];
+        auto* status = new QTableWidgetItem(isMissing ? tr("missing") : QString());
+        status->setData(Qt::UserRole, isMissing);
+        m_grid->setItem(r, 0, status);
+        if (isMissing) {
+            QFont bold = status->font();
+            bold.setBold(true);
+            status->setFont(bold);
+            for (int c = 0; c < m_grid->columnCount(); ++c)
+                if (auto* item = m_grid->item(r, c))
+                    item->setBackground(tint);
+        }
+    }
     // Stock with numbers: a number that occurs twice is drawn in red.
     if (m_kind == ReportKind::StockWithNumbers) {
         std::map<std::string, int> seen;
@@ -175,17 +188,38 @@ void frmListRS::applyFilter(const QString& text) {
                                                  : tr("%1 of %n row(s)", nullptr, m_grid->rowCount()).arg(shown);
     if (m_kind == ReportKind::MissingItems)
         counts += tr(", %n missing", nullptr, m_grid->rowCount());
+    else if (m_marked) {
+        int missing = 0;
+        for (int r = 0; r < m_grid->rowCount(); ++r)
+            missing += rowMissing(r);
+        counts += missing ? tr(", %n missing", nullptr, missing) : tr(", none missing");
+    }
     m_counts->setText(counts);
 }
 
 QString frmListRS::counts() const { return m_counts->text(); }
 
+bool frmListRS::rowMissing(int row) const {
+    const QTableWidgetItem* status = m_marked ? m_grid->item(row, 0) : nullptr;
+    return status && status->data(Qt::UserRole).toBool();
+}
+
+std::vector<bool> frmListRS::missingFlags() const {
+    std::vector<bool> flags;
+    if (m_marked)
+        for (int r = 0; r < m_grid->rowCount(); ++r)
+            flags.push_back(rowMissing(r));
+    return flags;
+}
+
+void frmListRS::markMissing(const std::vector<bool>& missing) { setRows(rows(), missing); }
+
 std::vector<std::string> frmListRS::rows() const {
     std::vector<std::string> out;
     for (int r = 0; r < m_grid->rowCount(); ++r) {
         std::string row;
-        for (int c = 0; c < m_grid->columnCount(); ++c) {
-            if (c)
+        for (int c = dataColumn(); c < m_grid->columnCount(); ++c) {
+            if (c > dataColumn())
                 row += '\t';
             if (auto* item = m_grid->item(r, c))
                 row += fromQt(item->text());
@@ -199,12 +233,21 @@ std::vector<std::string> frmListRS::rows() const {
 
 void frmListRS::Command1_Click() {
     auto all = rows();
+    // A row's mark goes with its text through the sort.
+    const std::vector<bool> flags = missingFlags();
+    std::map<std::string, bool> missingOf;
+    for (std::size_t i = 0; i < flags.size(); ++i)
+        missingOf[all[i]] = flags[i];
     SortStrings(all, 0, static_cast<std::ptrdiff_t>(all.size()) - 1);
     std::vector<std::string> unique;
+    std::vector<bool> uniqueFlags;
     for (const auto& r : all)
-        if (unique.empty() || unique.back() != r)
+        if (unique.empty() || unique.back() != r) {
             unique.push_back(r);
-    setRows(unique);
+            if (m_marked)
+                uniqueFlags.push_back(missingOf[r]);
+        }
+    setRows(unique, uniqueFlags);
 }
 
 bool frmListRS::saveTo(const std::filesystem::path& file) {

@@ -37,7 +37,12 @@ public:
     QTableWidget* grid() const { return m_grid; }
     QLineEdit* filterBox() const { return m_filter; } // txtFilter: shows the rows that hold its text
     QString counts() const;                             // lblCounts: rows shown, and missing ones
+    // The rows as TAB-separated text, without the status column.
     std::vector<std::string> rows() const;
+    // Marks the rows (in the order given at construction) that name a missing file: a first
+    // column "Status" says "missing" and the row is tinted, so the mark never rests on colour.
+    void markMissing(const std::vector<bool>& missing);
+    bool rowMissing(int row) const;
 
 public slots:
     void Command1_Click(); // Remove dupes
@@ -55,13 +60,10 @@ public slots:
 public:
     void offerUnused(const routes::ProductItemsResult& used);
 
-protected:
-    // The screen's place goes to the settings (fields 28 to 31) when it closes.
-    void done(int result) override;
-    void closeEvent(QCloseEvent* event) override;
-
 private:
-    void setRows(const std::vector<std::string>& rows);
+    void setRows(const std::vector<std::string>& rows, const std::vector<bool>& missing = {});
+    std::vector<bool> missingFlags() const;
+    int dataColumn() const { return m_marked ? 1 : 0; }
     void applyFilter(const QString& text);
     AppContext& m_ctx;
     ReportKind m_kind;
@@ -70,6 +72,7 @@ private:
     QLineEdit* m_filter;
     QLabel* m_counts;
     QPushButton* m_unused;
+    bool m_marked = false; // column 0 is the status column
     routes::ProductItemsResult m_used;
 };
 

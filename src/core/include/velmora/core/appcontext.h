@@ -3,6 +3,7 @@
 // the route index, the error log and the front end. Screens pass it to each other;
 // there are no process-wide globals.
 
+#include "velmora/core/desktopstate.h"
 #include "velmora/core/errorlog.h"
 #include "velmora/core/filewrite.h"
 #include "velmora/core/journal.h"
@@ -53,6 +54,8 @@ public:
     WriteService& files() { return m_files; }
     Journal& journal() { return m_journal; }
     fs::path journalFile() const { return m_appPath / "Journal.jsonl"; }
+    // Window places and recent files, read from the program's folder on first use.
+    DesktopState& desktop();
     UserInterface& ui() { return *m_ui; }
     void setUserInterface(UserInterface& ui);
 
@@ -75,6 +78,7 @@ private:
     ErrorLog m_log;
     Journal m_journal;
     WriteService m_files;
+    std::optional<DesktopState> m_desktop;
 };
 
 struct StartupOptions {

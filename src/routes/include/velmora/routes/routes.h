@@ -50,6 +50,7 @@ std::vector<std::pair<std::string, std::string>> routeProviders(AppContext& ctx,
 struct StockItem {
     std::string path; // Provider\Product\...\file.bin
     std::string name; // the file's name, as the stock list shows it
+    bool missing = false; // no such blueprint below Assets (it may still be packed in an .ap)
 };
 
 // The rolling stock a scenario's Scenario.bin names, in document order. `message` gets the

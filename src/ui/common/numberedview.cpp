@@ -27,7 +27,36 @@ int NumberedView::marginWidth() const {
     int digits = 1;
     for (int n = std::max(1, blockCount()); n >= 10; n /= 10)
         ++digits;
-    return 8 + fontMetrics().horizontalAdvance(QLatin1Char('9')) * std::max(digits, 3);
+    int marks = 0;
+    QFont bold = font();
+    bold.setBold(true);
+    const QFontMetrics boldMetrics(bold);
+    for (const auto& [line, word] : m_marks)
+        marks = std::max(marks, boldMetrics.horizontalAdvance(word + QLatin1Char(' ')));
+    return 8 + fontMetrics().horizontalAdvance(QLatin1Char('9')) * std::max(digits, 3) + marks;
+}
+
+void NumberedView::setMarks(const std::map<int, QString>& marks, const QColor& tint) {
+    m_marks = marks;
+    m_tint = tint;
+    setViewportMargins(marginWidth(), 0, 0, 0);
+    paintMarks();
+    m_margin->update();
+}
+
+void NumberedView::paintMarks() {
+    QList<QTextEdit::ExtraSelection> lines;
+    for (const auto& [line, word] : m_marks) {
+        const QTextBlock block = document()->findBlockByNumber(line);
+        if (!block.isValid())
+            continue;
+        QTextEdit::ExtraSelection mark;
+        mark.cursor = QTextCursor(block);
+        mark.format.setBackground(m_tint);
+        mark.format.setProperty(QTextFormat::FullWidthSelection, true);
+        lines << mark;
+    }
+    setExtraSelections(lines);
 }
 
 bool NumberedView::goToLine(int line) {
@@ -62,9 +91,19 @@ void NumberedView::paintMargin(QPaintEvent* event) {
     int top = qRound(blockBoundingGeometry(block).translated(contentOffset()).top());
     int bottom = top + qRound(blockBoundingRect(block).height());
     while (block.isValid() && top <= event->rect().bottom()) {
-        if (block.isVisible() && bottom >= event->rect().top())
+        if (block.isVisible() && bottom >= event->rect().top()) {
             painter.drawText(0, top, m_margin->width() - 4, fontMetrics().height(), Qt::AlignRight,
                              QString::number(block.blockNumber() + 1));
+            if (const auto mark = m_marks.find(block.blockNumber()); mark != m_marks.end()) {
+                painter.save();
+                painter.setPen(pal.color(QPalette::Text));
+                QFont bold = painter.font();
+                bold.setBold(true);
+                painter.setFont(bold);
+                painter.drawText(4, top, m_margin->width(), fontMetrics().height(), Qt::AlignLeft, mark->second);
+                painter.restore();
+            }
+        }
         block = block.next();
         top = bottom;
         bottom = top + qRound(blockBoundingRect(block).height());
