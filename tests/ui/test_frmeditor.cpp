@@ -2,6 +2,7 @@
 
 #include "assets/frmassets.h"
 #include "common/frmreport.h"
+#include "common/mnemonics.h"
 #include "editor/frmeditor.h"
 #include "routes/frmdelroute.h"
 #include "routes/frmlistrs.h"
@@ -188,18 +189,20 @@ private slots:
 
     void captionsComeFromTheLanguageTableAndSwitchAtOnce() {
         auto editor = open();
-        QCOMPARE(editor->action("mnuFileS")->text(), QString("English 1"));
-        QCOMPARE(editor->menu("mnuFileS")->title(), QString("English 1"));
-        QCOMPARE(editor->action("mnuBackup")->text(), QString("English 278")); // the later entry stands
-        QCOMPARE(editor->action("mnuRollingStock")->text(), QString("English 389"));
-        QCOMPARE(editor->action("mnuMap")->text(), QString("English 126"));
+        // Captions are compared without the mnemonics the screen adds.
+        auto text = [&](const char* name) { return editor->action(name)->text().remove('&'); };
+        QCOMPARE(text("mnuFileS"), QString("English 1"));
+        QCOMPARE(editor->menu("mnuFileS")->title().remove('&'), QString("English 1"));
+        QCOMPARE(text("mnuBackup"), QString("English 278")); // the later entry stands
+        QCOMPARE(text("mnuRollingStock"), QString("English 389"));
+        QCOMPARE(text("mnuMap"), QString("English 126"));
         // No entry for this one: it keeps its design caption.
-        QCOMPARE(editor->action("mnuEmail")->text(), QString("Send me Email"));
+        QCOMPARE(text("mnuEmail"), QString("Send me Email"));
         QCOMPARE(editor->findChild<QLabel*>("StatusPanel1")->text(), QString("English 321"));
 
         editor->applyLanguage("Lang_Test.txt");
-        QCOMPARE(editor->action("mnuFileS")->text(), QString("Test 1"));
-        QCOMPARE(editor->action("mnuDont")->text(), QString("Test 319"));
+        QCOMPARE(text("mnuFileS"), QString("Test 1"));
+        QCOMPARE(text("mnuDont"), QString("Test 319"));
         QCOMPARE(editor->findChild<QLabel*>("StatusPanel3")->text(), QString("Test"));
         Settings back;
         loadSettings(m_dir / "home/VLpreferences.txt", back, nullptr);
@@ -254,6 +257,93 @@ private slots:
         // Only a binary document counts as edited: an XML file is saved as text anyway.
         editor->textView()->appendPlainText("x");
         QVERIFY(!editor->edited());
+    }
+
+    void everyMenuEntryHasAKeyOfItsOwn() {
+        auto editor = open();
+        // A long menu may run out of letters (this table's captions are all "English <n>"), but
+        // no two entries of a menu ever share a key.
+        auto check = [](const QList<QAction*>& actions, const QString& where, bool everyOne) {
+            QString taken;
+            for (QAction* a : actions) {
+                if (a->isSeparator() || a->text().isEmpty())
+                    continue;
+                const qsizetype amp = a->text().indexOf('&');
+                QVERIFY2(!everyOne || amp >= 0, qPrintable(where + ": " + a->text()));
+                if (amp < 0)
+                    continue;
+                const QChar key = a->text()[amp + 1].toLower();
+                QVERIFY2(!taken.contains(key), qPrintable(where + ": " + a->text() + " shares its key"));
+                taken += key;
+            }
+        };
+        check(editor->menuBar()->actions(), "menu bar", true);
+        for (QMenu* m : editor->menuBar()->findChildren<QMenu*>())
+            if (m->objectName() != "mnuRecent") // numbered entries, checked below
+                check(m->actions(), m->objectName(), false);
+        QString none;
+        QCOMPARE(ui::withMnemonic("Load & Save", none), QString("&Load && Save"));
+        QString taken = "ls";
+        QCOMPARE(ui::withMnemonic("Load & Save", taken), QString("L&oad && Save"));
+        QCOMPARE(ui::withMnemonic("E&xit", taken), QString("E&xit"));
+    }
+
+    void recentFilesReopenWithoutADialog() {
+        const fs::path a = m_dir / "rw/Content/Routes/r1/RouteProperties.xml";
+        const fs::path b = m_dir / "rw/Caf\xc3\xa9 & Co/Other.xml"; // an accent and an ampersand
+        writeFile(a, "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<cRouteProperties/>\r\n");
+        writeFile(b, "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<cOther/>\r\n");
+        {
+            auto editor = open();
+            for (const fs::path& p : {a, b}) {
+                m_ui->pushPath(p);
+                editor->mnuXML_Click();
+            }
+        }
+        // The next run lists them newest first, and one click opens a document again.
+        auto editor = open();
+        QMenu* recent = editor->menu("mnuRecent");
+        QVERIFY(recent);
+        emit recent->aboutToShow();
+        QList<QAction*> entries;
+        for (QAction* act : recent->actions())
+            if (!act->data().toByteArray().isEmpty())
+                entries << act;
+        QCOMPARE(entries.size(), 2);
+        QCOMPARE(entries[0]->data().toByteArray().toStdString(), b.string());
+        QVERIFY(entries[0]->text().startsWith("&1 "));
+        QVERIFY(entries[0]->text().contains("&& Co")); // the ampersand shown, not taken as a key
+        const std::size_t prompts = m_ui->prompts.size();
+        entries[1]->trigger();
+        QVERIFY(editor->textView()->toPlainText().contains("cRouteProperties"));
+        QCOMPARE(m_ui->prompts.size(), prompts); // no file dialog
+        QCOMPARE(m_ctx->desktop().recentFiles().front(), a.string());
+
+        // A document that has gone is said and taken off the list.
+        fs::remove(b);
+        emit recent->aboutToShow();
+        for (QAction* act : recent->actions())
+            if (act->data().toByteArray().toStdString() == b.string())
+                act->trigger();
+        QVERIFY(m_ui->prompts.back().text.find("no longer exists") != std::string::npos);
+        QCOMPARE(m_ctx->desktop().recentFiles().size(), std::size_t(1));
+    }
+
+    void theRouteTabListsTheRouteFolders() {
+        const std::string guid = "0a1b2c3d-0000-1111-2222-333344445555";
+        writeFile(m_dir / "rw/Content/Routes" / guid / "RouteProperties.xml",
+                  "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<cRouteProperties><ID><cGUID><DevString "
+                  "d:type=\"cDeltaString\">" + guid + "</DevString></cGUID></ID><DisplayName>"
+                  "<Localisation-cUserLocalisedString><English d:type=\"cDeltaString\">Folder Route</English>"
+                  "</Localisation-cUserLocalisedString></DisplayName></cRouteProperties>\r\n");
+        // The index is out of date: it does not know the route.
+        writeFile(m_dir / "home/Reports/RouteIndex.csv", "folder-a,Route A\r\n");
+        auto editor = open();
+        editor->findChild<QTabWidget*>("SSTab1")->setCurrentIndex(2);
+        auto* grid = editor->findChild<QTableWidget*>("VSFG1");
+        QCOMPARE(grid->rowCount(), 1);
+        QCOMPARE(grid->item(0, 0)->text(), QString::fromStdString(guid));
+        QCOMPARE(grid->item(0, 1)->text(), QString("Folder Route"));
     }
 
     void routeIndexFillsTheRouteTab() {

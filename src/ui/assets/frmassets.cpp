@@ -1,6 +1,7 @@
 #include "frmassets.h"
 
 #include "../common/desktopui.h"
+#include "../common/windowplace.h"
 #include "../common/frmreport.h"
 #include "../routes/frmdelroute.h"
 #include "assetgridview.h"
@@ -67,6 +68,8 @@ frmAssets::frmAssets(AppContext& ctx, QWidget* parent) : QMainWindow(parent), m_
     setWindowTitle(caption(m_ctx, 67, "Build List of Assets"));
     setAttribute(Qt::WA_DeleteOnClose, false);
     buildWidgets();
+    // Big enough at first to show the grid's columns and a screenful of rows.
+    rememberPlace(m_ctx, this, objectName(), {1280, 820});
     // A fresh scratch folder for this screen's conversions.
     DeleteTree(m_ctx.tempFiles());
     MakePath(m_ctx.tempFiles());

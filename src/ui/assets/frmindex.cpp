@@ -1,6 +1,7 @@
 #include "frmindex.h"
 
 #include "../common/desktopui.h"
+#include "../common/windowplace.h"
 #include "assetgridview.h"
 #include "velmora/assets/assetgrid.h"
 #include "velmora/assets/listcommands.h"
@@ -19,7 +20,7 @@ namespace velmora::ui {
 frmIndex::frmIndex(AppContext& ctx, QWidget* parent) : QDialog(parent) {
     setObjectName("frmIndex");
     setWindowTitle(tr("Rolling-stock index"));
-    resize(900, 600);
+    rememberPlace(ctx, this, objectName(), {900, 600});
     m_grid = makeAssetGrid();
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_grid);

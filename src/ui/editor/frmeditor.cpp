@@ -2,6 +2,7 @@
 #include "../common/numberedview.h"
 
 #include "../common/desktopui.h"
+#include "../common/mnemonics.h"
 #include "../assets/frmassets.h"
 #include "../assets/frmindex.h"
 #include "../routes/frmdelroute.h"
@@ -433,6 +434,8 @@ void frmEditor::assignCaptions() {
         m_highlight->setText(toQt(m_ctx.lang.text(311)));
     if (m_ctx.lang.has(321))
         m_panels[0]->setText(toQt(m_ctx.lang.text(321)));
+    // The language tables give plain words: the keys for keyboard users are chosen here.
+    assignMnemonics(menuBar());
 }
 
 WindowGeometry frmEditor::currentGeometry() const {

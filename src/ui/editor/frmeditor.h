@@ -189,6 +189,13 @@ private:
     void showText(QPlainTextEdit* view, const QString& text);
     std::string viewBytes(QPlainTextEdit* view) const;
     void markLoaded(const std::string& path);
+    // A path chosen elsewhere (the route list, the recent files) opened as its ending says.
+    void openChosenPath(const std::string& path);
+    // Files > Recent Files.
+    void fillRecentMenu();
+    void openRecent(const std::string& path);
+    void rememberRecent(const std::string& path);
+    void saveDesktopState();
 
     // The tree tab.
     void ClearCurrentFile(const QString& fileName);
@@ -254,7 +261,8 @@ private:
     bool m_treeLoaded = false;
     bool m_treeTried = false; // a parse of the current tree file has been attempted
     bool m_highlighted = false;
-    bool m_openedFromRouteList = false;
+    bool m_openedFromRouteList = false; // the path was chosen elsewhere: no file dialog
+    QMenu* m_recent = nullptr;
     bool m_loading = false;
     bool m_closing = false;
 };

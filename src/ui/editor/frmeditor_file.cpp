@@ -97,6 +97,7 @@ void frmEditor::markLoaded(const std::string& path) {
     m_panels[4]->setText("File Loaded: " + now());
     m_showImage->setVisible(iendsWith(path, "TgPcDx"));
     m_loading = false;
+    rememberRecent(path);
     emit documentLoaded();
 }
 

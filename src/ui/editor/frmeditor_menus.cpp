@@ -5,6 +5,7 @@
 #include "frmeditor.h"
 
 #include "../common/desktopui.h"
+#include "../common/windowplace.h"
 #include "../common/frmreport.h"
 #include "../routes/frmlistrs.h"
 #include "velmora/assets/assetgrid.h"
@@ -231,6 +232,62 @@ void frmEditor::buildMenus() {
         action->setObjectName(name);
         m_actions[name] = action;
     }
+    // The documents opened lately, above Exit; filled each time the menu opens.
+    m_recent = new QMenu(tr("Recent Files"), this);
+    m_recent->setObjectName("mnuRecent");
+    m_recent->menuAction()->setObjectName("mnuRecent");
+    m_menus["mnuRecent"] = m_recent;
+    m_actions["mnuRecent"] = m_recent->menuAction();
+    QAction* exit = m_actions.at("mnuExit");
+    m_menus.at("mnuFileS")->insertMenu(exit, m_recent);
+    m_menus.at("mnuFileS")->insertSeparator(exit);
+    connect(m_recent, &QMenu::aboutToShow, this, &frmEditor::fillRecentMenu);
+    fillRecentMenu();
+}
+
+void frmEditor::fillRecentMenu() {
+    m_recent->clear();
+    const auto& files = m_ctx.desktop().recentFiles();
+    int n = 0;
+    for (const std::string& path : files) {
+        ++n;
+        // Numbered 1 to 9 and 0, so each has a key of its own.
+        const QString key = n < 10 ? QString::number(n) : QStringLiteral("0");
+        QAction* open = m_recent->addAction(QStringLiteral("&%1 %2").arg(key, toQt(path).replace("&", "&&")));
+        open->setData(QByteArray::fromStdString(path));
+        connect(open, &QAction::triggered, this, [this, path] { openRecent(path); });
+    }
+    if (files.empty()) {
+        m_recent->addAction(tr("No documents opened yet"))->setEnabled(false);
+        return;
+    }
+    m_recent->addSeparator();
+    connect(m_recent->addAction(tr("&Clear the List")), &QAction::triggered, this, [this] {
+        for (const std::string& path : std::vector<std::string>(m_ctx.desktop().recentFiles()))
+            m_ctx.desktop().removeRecentFile(path);
+        saveDesktopState();
+    });
+}
+
+void frmEditor::rememberRecent(const std::string& path) {
+    m_ctx.desktop().addRecentFile(path);
+    saveDesktopState();
+}
+
+void frmEditor::saveDesktopState() {
+    if (const std::string why = m_ctx.desktop().save(m_ctx.files()); !why.empty())
+        m_ctx.log().log("frmEditor", "saveDesktopState", 0, why);
+}
+
+void frmEditor::openRecent(const std::string& path) {
+    if (!FileExists(path)) {
+        m_ctx.ui().message(path + ": the file no longer exists or cannot be read; it is taken off the list.",
+                           Icon::Warning);
+        m_ctx.desktop().removeRecentFile(path);
+        saveDesktopState();
+        return;
+    }
+    openChosenPath(path);
 }
 
 void frmEditor::mnuCSV_Click() { openGridReport("Comma Separated (*.csv)|*.csv"); }
@@ -297,6 +354,7 @@ void frmEditor::mnuClearTemp_Click() {
 frmFolder6::frmFolder6(AppContext& ctx, QWidget* parent)
     : QDialog(parent), m_ctx(ctx), m_folder(ctx.resolver.resolveForWrite(ctx.railWorks(), "Temp")) {
     setObjectName("frmFolder6");
+    rememberPlace(ctx, this, objectName(), {600, 450});
     setWindowTitle(toQt(m_folder.string()));
     m_files = new QListWidget;
     m_files->setObjectName("File1");

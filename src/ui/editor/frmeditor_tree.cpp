@@ -1,6 +1,7 @@
 // The tree tab and the route tab of the main screen.
 
 #include "frmeditor.h"
+#include "velmora/routes/routes.h"
 
 #include "../common/desktopui.h"
 #include "velmora/core/routeindex.h"
@@ -152,8 +153,14 @@ void frmEditor::SSTab1_Click(int index) {
 }
 
 void frmEditor::Command9_Click() {
-    // The route list as Reports/RouteIndex.csv holds it now.
-    m_ctx.routes = loadRouteIndex(m_ctx.reports() / "RouteIndex.csv");
+    // The routes as their folders hold them now; Reports/RouteIndex.csv only where the install
+    // has no route to read (the root is not set, or its routes are elsewhere).
+    RouteIndex found;
+    for (const auto& route : routes::listRoutes(m_ctx)) {
+        found.folders.push_back(route.folder);
+        found.names.push_back(route.name);
+    }
+    m_ctx.routes = found.size() ? found : loadRouteIndex(m_ctx.reports() / "RouteIndex.csv");
     m_routes->setSortingEnabled(false);
     m_routes->clearContents();
     m_routes->setRowCount(static_cast<int>(m_ctx.routes.size()));
@@ -176,17 +183,21 @@ void frmEditor::Command8_Click() {
     auto chosen = m_ctx.ui().chooseFile(request);
     if (!chosen || chosen->empty())
         return;
-    m_ctx.currentFile = chosen->string();
+    openChosenPath(chosen->string());
+}
+
+void frmEditor::openChosenPath(const std::string& path) {
+    m_ctx.currentFile = path;
     m_openedFromRouteList = true;
     m_tabs->setCurrentIndex(0);
-    const std::string ext = toLowerAscii(chosen->extension().string());
+    const std::string ext = toLowerAscii(std::filesystem::path(path).extension().string());
     if (ext == ".bin" || ext == ".xsec" || ext == ".geopcdx" || ext == ".proxybin") {
         mnuOpenRS_Click();
     } else if (ext == ".xml" || ext == ".cost" || ext == ".tgt" || ext == ".proxyxml" || ext == ".txt") {
         mnuXML_Click();
     } else {
         m_openedFromRouteList = false;
-        m_ctx.ui().message(chosen->string() + ": the texture viewer is not available yet", Icon::Information);
+        m_ctx.ui().message(path + ": the texture viewer is not available yet", Icon::Information);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "frmdelroute.h"
 
 #include "../common/desktopui.h"
+#include "../common/windowplace.h"
 #include "../common/frmreport.h"
 #include "../common/frmresults.h"
 #include "velmora/core/convert.h"
@@ -24,7 +25,7 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
     : QDialog(parent), m_ctx(ctx), m_packageMode(packageMode), m_work(ctx.ui()) {
     setObjectName("frmDelRoute");
     setWindowTitle(packageMode ? caption(ctx, 617, "Select Route to Package") : tr("Select Route"));
-    resize(1000, 650);
+    rememberPlace(ctx, this, objectName(), {1000, 650});
     m_routes = new QListWidget;
     m_routes->setObjectName("List1");
     m_routes->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -427,6 +428,7 @@ void frmDelRoute::Command21_Click() {
 frmFindLoco::frmFindLoco(AppContext& ctx, const std::string& assetPath, const std::string& assetName, QWidget* parent)
     : QDialog(parent) {
     setObjectName("frmFindLoco");
+    rememberPlace(ctx, this, objectName(), {700, 400});
     setWindowTitle(tr("Where is it used?") + " " + toQt(assetName));
     m_results = new QListWidget;
     m_results->setObjectName("List3");
