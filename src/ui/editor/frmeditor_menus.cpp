@@ -175,15 +175,23 @@ const Waiting kWaiting[] = {
     {{"mnuOstrand", "mnuEC", "mnuBuildCon"}, "Waits for the scenario and consist editors"},
     {{"mnuPackAss", "mnuReskin", "mnuPack", "mnuPackSce"}, "Waits for the packaging tools"},
     {{"mnuSP"}, "Not needed here: pictures are shown without SuperPicture2.ocx"},
-    {{"mnuAbout", "mnuEmail"}, "Waits for the About and mail screens"},
+    {{"mnuEmail"}, "Waits for the mail screen"},
 };
 
 } // namespace
 
 void frmEditor::markWaitingEntries() {
-    for (const auto& [name, action] : m_actions)
-        if (!action->isEnabled() && !action->menu())
-            action->setToolTip(waitsFor(name));
+    // Entries change state as documents open and close, so each one keeps its tooltip in step:
+    // while it cannot be chosen the tooltip says why.
+    for (const auto& [name, entry] : m_actions) {
+        if (entry->menu())
+            continue;
+        auto update = [action = entry, reason = waitsFor(name)] {
+            action->setToolTip(action->isEnabled() ? QString() : reason);
+        };
+        update();
+        connect(entry, &QAction::enabledChanged, this, update);
+    }
 }
 
 QString frmEditor::waitsFor(const QString& entry) {
