@@ -1,6 +1,7 @@
-// velmora: the desktop program. Arguments: [--railworks DIR] [--home DIR] [DOCUMENT]
+// velmora: the desktop program. Arguments: [--railworks DIR] [--home DIR] [--dark] [DOCUMENT]
 
 #include "common/desktopui.h"
+#include "common/palettecolours.h"
 #include "editor/frmeditor.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/paths.h"
@@ -23,8 +24,15 @@ int main(int argc, char** argv) {
     QCommandLineOption home("home", "The program's own folder (settings, TempFiles, Reports).", "DIR");
     parser.addOption(railworks);
     parser.addOption(home);
+    // The desktop's own theme is followed by default; -style and QT_STYLE_OVERRIDE pick a style.
+    QCommandLineOption dark("dark", "A dark theme (the Fusion style with a dark palette).");
+    parser.addOption(dark);
     parser.addPositionalArgument("document", "A simulator document to open.", "[document]");
     parser.process(app);
+    if (parser.isSet(dark)) {
+        QApplication::setStyle("Fusion");
+        QApplication::setPalette(velmora::ui::darkPalette());
+    }
 
     velmora::ui::DesktopUi ui;
     namespace fs = std::filesystem;

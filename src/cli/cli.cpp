@@ -2,6 +2,7 @@
 
 #include "session.h"
 
+#include "velmora/core/about.h"
 #include "velmora/core/paths.h"
 #include "velmora/core/services.h"
 #include "velmora/core/textboundary.h"
@@ -26,6 +27,7 @@ Global options:
                     (yes, no, ok, cancel, a text or a path); may be given several times
   --quiet           print only warnings and errors
   --help            this text
+  --version         the version, licence and libraries (as the version command)
 )";
 
 std::vector<Command> allCommands() {
@@ -69,6 +71,8 @@ std::optional<std::string> parseGlobal(const std::vector<std::string>& args, Glo
             g.quiet = true;
         } else if (a == "--help" || a == "-h") {
             g.help = true;
+        } else if (a == "--version" && g.command.empty()) {
+            g.version = true;
         } else if (g.command.empty() && !a.empty() && a[0] != '-') {
             g.command = a;
         } else {
@@ -200,6 +204,14 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     Global g;
     if (auto problem = parseGlobal(args, g)) {
         err << "velmora-cli: " << *problem << '\n';
+        return Error;
+    }
+    if (g.version && !g.help) {
+        if (g.command.empty()) {
+            out << aboutText();
+            return Success;
+        }
+        err << "velmora-cli: --version takes no command\n";
         return Error;
     }
     const std::vector<Command> commands = allCommands();

@@ -2,6 +2,7 @@
 
 #include "session.h"
 
+#include "velmora/core/about.h"
 #include "velmora/core/installinfo.h"
 #include "velmora/core/services.h"
 #include "velmora/demo/demoinstall.h"
@@ -85,6 +86,13 @@ int cmdGuid(Session& s) {
     return Success;
 }
 
+int cmdVersion(Session& s) {
+    if (!noArguments(s))
+        return Error;
+    s.out << aboutText();
+    return Success;
+}
+
 } // namespace
 
 std::vector<Command> basicCommands() {
@@ -93,6 +101,7 @@ std::vector<Command> basicCommands() {
         {"demo-install", "DIR [--scale N] [--seed S]", "write a demo simulator install into DIR", cmdDemoInstall},
         {"options", "", "the paths and language in use", cmdOptions},
         {"guid", "", "new identifiers in the forms the documents use", cmdGuid},
+        {"version", "", "the version, licence and libraries of the program (also --version)", cmdVersion, false},
     };
 }
 

@@ -23,6 +23,7 @@ struct Global {
     bool yes = false;
     bool quiet = false;
     bool help = false;
+    bool version = false;
     std::vector<std::string> answers;
     std::string command;
     std::vector<std::string> rest; // the command's own words, in order

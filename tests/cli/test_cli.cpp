@@ -236,3 +236,46 @@ INSTANTIATE_TEST_SUITE_P(Files, CliCases, ::testing::ValuesIn(allCases()),
                          });
 
 } // namespace
+
+// The user guide shipped in data/Help: it tells of every command --help lists, and it is one
+// self-contained page whose links all land inside it.
+TEST(UserGuide, NamesEveryCommandAndLinksOnlyWithinItself) {
+    std::ifstream in(fs::path(VELMORA_SOURCE_DIR) / "data/Help/guide.html");
+    ASSERT_TRUE(in) << "data/Help/guide.html is missing";
+    std::stringstream buffer;
+    buffer << in.rdbuf();
+    const std::string guide = buffer.str();
+
+    std::ostringstream out, err;
+    ASSERT_EQ(velmora::cli::run({"--help"}, out, err), 0);
+    std::istringstream usage(out.str());
+    std::string line;
+    bool inCommands = false;
+    int commands = 0;
+    while (std::getline(usage, line)) {
+        if (line == "Commands:") {
+            inCommands = true;
+            continue;
+        }
+        if (!inCommands || line.size() < 3 || line[0] != ' ' || line[2] == ' ')
+            continue;
+        // The name is the leading lower-case words, one or two, before the arguments.
+        std::istringstream words(line.substr(2, 30));
+        std::string word, name;
+        for (int n = 0; n < 2 && words >> word && word.find_first_not_of("abcdefghijklmnopqrstuvwxyz-") == std::string::npos; ++n)
+            name += (name.empty() ? "" : " ") + word;
+        ASSERT_FALSE(name.empty()) << line;
+        EXPECT_NE(guide.find("<code>" + name), std::string::npos) << "the guide does not tell of " << name;
+        ++commands;
+    }
+    EXPECT_GT(commands, 30);
+
+    // Nothing is fetched from elsewhere, and every #link has its target.
+    for (const char* outside : {"src=\"http", "href=\"http", "<link", "<script", "@import"})
+        EXPECT_EQ(guide.find(outside), std::string::npos) << outside;
+    for (std::size_t at = guide.find("href=\"#"); at != std::string::npos; at = guide.find("href=\"#", at + 1)) {
+        const std::size_t start = at + 7;
+        const std::string id = guide.substr(start, guide.find('"', start) - start);
+        EXPECT_NE(guide.find("id=\"" + id + "\""), std::string::npos) << "no target for #" << id;
+    }
+}

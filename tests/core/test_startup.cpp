@@ -226,11 +226,32 @@ TEST(OptionsMenu, LanguageSwitchAndHelperPaths) {
     EXPECT_EQ(f.ui.prompts.back().text, "Select your PDF Reader");
     EXPECT_FALSE(mnuIRF_Click(f.ctx)); // cancelled: nothing changes
     EXPECT_TRUE(f.ctx.settings.textureEditor.empty());
+}
 
+TEST(HelpContents, OpensTheShippedGuideInTheDesktopViewerWithoutAReader) {
+    Fixture f;
+    const fs::path guide = f.dir / "data/Help/guide.html";
+    EXPECT_EQ(userGuide(f.ctx), guide);
+
+    // Missing: a warning that names where it should be, and nothing is opened.
+    mnuContents_Click(f.ctx);
+    ASSERT_EQ(f.ui.prompts.size(), 1u);
+    EXPECT_EQ(f.ui.prompts[0].icon, Icon::Warning);
+    EXPECT_NE(f.ui.prompts[0].text.find(guide.string()), std::string::npos);
+    EXPECT_TRUE(f.ui.opened.empty());
+
+    // Present: handed to the viewer at once, with no PDF reader set up and no question asked.
+    f.dir.write("data/Help/guide.html", "<html></html>");
     f.ctx.settings.pdfReader.clear();
     mnuContents_Click(f.ctx);
-    EXPECT_EQ(f.ui.prompts.back().text,
-              "Before you can read Help files, you must set up the path\nto your PDF Reader in the Options menu.");
+    EXPECT_EQ(f.ui.opened, std::vector<fs::path>{guide});
+    EXPECT_EQ(f.ui.prompts.size(), 1u);
+
+    // A desktop with nothing to show HTML: the user is told where the file is.
+    f.ui.viewerWorks = false;
+    mnuContents_Click(f.ctx);
+    ASSERT_EQ(f.ui.prompts.size(), 2u);
+    EXPECT_NE(f.ui.prompts[1].text.find(guide.string()), std::string::npos);
 }
 
 TEST(ConsoleUi, AnswersFromFlagsAndNeverGuesses) {

@@ -8,13 +8,14 @@ int runTestFrmAssets(int argc, char** argv);
 int runTestFrmDelRoute(int argc, char** argv);
 int runTestTextViews(int argc, char** argv);
 int runTestDesktopUi(int argc, char** argv);
+int runTestThemes(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
     QApplication app(argc, argv);
     int failed = 0;
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestFrmAssets, runTestFrmDelRoute, runTestTextViews,
-                     runTestDesktopUi})
+                     runTestDesktopUi, runTestThemes})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

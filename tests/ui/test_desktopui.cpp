@@ -9,6 +9,9 @@
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QTimer>
+#include <QUrl>
+
+#include <filesystem>
 #include <QtTest>
 
 using namespace velmora;
@@ -109,6 +112,24 @@ private slots:
         });
         desktop.message("x", Icon::Information, {});
         QCOMPARE(parent, &main);
+    }
+
+    // The guide goes to the desktop as an absolute file URL; the opener's answer is passed on.
+    void aFileIsHandedToTheDesktopAsAFileUrl() {
+        ui::DesktopUi desktop;
+        QList<QUrl> asked;
+        bool answer = true;
+        desktop.setUrlOpener([&](const QUrl& url) {
+            asked << url;
+            return answer;
+        });
+        const auto guide = std::filesystem::path("data") / "Help" / "guide with blanks.html";
+        QVERIFY(desktop.openInViewer(guide));
+        QCOMPARE(asked.size(), 1);
+        QVERIFY(asked[0].isLocalFile());
+        QCOMPARE(asked[0].toLocalFile().toStdString(), std::filesystem::absolute(guide).string());
+        answer = false;
+        QVERIFY(!desktop.openInViewer(guide));
     }
 };
 

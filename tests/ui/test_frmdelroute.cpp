@@ -2,6 +2,7 @@
 
 #include "common/frmreport.h"
 #include "common/frmresults.h"
+#include "common/palettecolours.h"
 #include "routes/frmdelroute.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
@@ -17,6 +18,7 @@
 #include <QtTest>
 
 #include <filesystem>
+#include <map>
 
 using namespace velmora;
 namespace fs = std::filesystem;
@@ -52,16 +54,41 @@ private slots:
         screen.Command1_Click();
         QTableWidget* scenarios = screen.scenarioList();
         QVERIFY(scenarios->rowCount() >= 6);
-        bool workshop = false;
-        for (int r = 0; r < scenarios->rowCount(); ++r)
-            if (scenarios->item(r, 2)->text() == "Workshop Scenario") {
-                workshop = true;
-                QCOMPARE(scenarios->item(r, 1)->foreground().color(), QColor(0, 255, 255));
+        // Each class keeps its hue and is readable on the grid's background.
+        const std::map<QString, int> hues = {{"Workshop Scenario", 180}, {"Quick Drive Scenario", 120},
+                                             {"Free Roam Scenario", 240}, {"Career Scenario", 0},
+                                             {"Timetable Scenario", 300}};
+        int checked = 0;
+        for (int r = 0; r < scenarios->rowCount(); ++r) {
+            const QColor colour = scenarios->item(r, 1)->foreground().color();
+            QVERIFY(ui::contrastRatio(colour, scenarios->palette().color(QPalette::Base)) >= ui::kReadableContrast);
+            auto hue = hues.find(scenarios->item(r, 2)->text());
+            if (hue != hues.end()) {
+                QCOMPARE(colour.hslHue(), hue->second);
+                ++checked;
             }
-        QVERIFY(workshop);
+        }
+        QCOMPARE(checked, 5);
         screen.resize(1100, 650);
         screen.show();
         QVERIFY(screen.grab().save(QCoreApplication::applicationDirPath() + "/route-screen.png"));
+    }
+
+    void onADarkPaletteEveryClassStaysReadable() {
+        ui::frmDelRoute screen(*m_ctx);
+        screen.setPalette(ui::darkPalette());
+        screen.routeList()->setCurrentRow(0);
+        screen.Command1_Click();
+        QTableWidget* scenarios = screen.scenarioList();
+        const QColor base = scenarios->palette().color(QPalette::Base);
+        QVERIFY(ui::relativeLuminance(base) < 0.1);
+        for (int r = 0; r < scenarios->rowCount(); ++r) {
+            const QColor colour = scenarios->item(r, 1)->foreground().color();
+            QVERIFY2(ui::contrastRatio(colour, base) >= ui::kReadableContrast, qPrintable(scenarios->item(r, 2)->text()));
+            // A standard scenario is drawn in black on white: on a dark theme it is the plain text.
+            if (scenarios->item(r, 2)->text() == "Standard Scenario")
+                QCOMPARE(colour, scenarios->palette().color(QPalette::Text));
+        }
     }
 
     void theCheckShowsWhatIsMissingAndSavesItsReports() {

@@ -1,16 +1,22 @@
 // The main screen driven through its commands, offscreen.
 
 #include "assets/frmassets.h"
+#include "common/frmabout.h"
 #include "common/frmreport.h"
 #include "common/mnemonics.h"
 #include "editor/frmeditor.h"
 #include "routes/frmdelroute.h"
 #include "routes/frmlistrs.h"
+#include "velmora/core/about.h"
 #include "velmora/core/editorcaptions.h"
 #include "velmora/core/settings.h"
 #include "velmora/core/userinterface.h"
+#include "velmora/core/version.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QTimer>
 #include <QDialog>
 #include <QLabel>
 #include <QListWidget>
@@ -41,6 +47,17 @@ std::string numberedTable(const std::string& prefix) {
     for (int n = 1; n <= 634; ++n)
         t += std::to_string(n) + ",\"" + prefix + " " + std::to_string(n) + "\"\r\n";
     return t + "0,\"\"\r\n";
+}
+
+// Every entry that cannot be chosen says why in its tooltip (a tooltip Qt makes from the caption
+// does not count), and every menu shows its tooltips.
+void everyDisabledEntrySaysWhy(ui::frmEditor& editor) {
+    for (QAction* a : editor.findChildren<QAction*>())
+        if (!a->isEnabled() && !a->isSeparator() && !a->menu())
+            QVERIFY2(!a->toolTip().isEmpty() && a->toolTip() != QString(a->text()).remove('&'),
+                     qPrintable(a->objectName() + ": " + a->text()));
+    for (QMenu* m : editor.findChildren<QMenu*>())
+        QVERIFY2(m->toolTipsVisible(), qPrintable(m->objectName()));
 }
 
 } // namespace
@@ -125,9 +142,43 @@ private slots:
             QVERIFY2(editor->action(name)->isEnabled(), name);
         QCOMPARE(editor->action("mnuBackup")->toolTip(), QString("Waits for the backup and housekeeping tools"));
         QCOMPARE(editor->action("mnuSaveRS")->toolTip(), QString("Works while a document is open"));
-        for (QAction* a : editor->findChildren<QAction*>())
-            if (!a->isEnabled() && !a->menu() && !a->isSeparator() && a->objectName().startsWith("mnu"))
-                QVERIFY2(!a->toolTip().isEmpty() && a->toolTip() != a->text(), qPrintable(a->objectName()));
+        everyDisabledEntrySaysWhy(*editor);
+        QCOMPARE(editor->action("mnuEmail")->toolTip(), QString("Waits for the mail screen"));
+        QVERIFY(editor->action("mnuAbout")->isEnabled());
+
+        // With a document open, and again once the screen is cleared.
+        const fs::path doc = m_dir / "rw/Content/Routes/r1/RouteProperties.xml";
+        writeFile(doc, "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<cRouteProperties/>\r\n");
+        editor.reset();
+        editor = open(doc.string());
+        everyDisabledEntrySaysWhy(*editor);
+        editor->action("mnuClear")->trigger();
+        everyDisabledEntrySaysWhy(*editor);
+    }
+
+    void helpContentsOpensTheGuideAndAboutTellsWhatThisIs() {
+        auto editor = open();
+        writeFile(m_dir / "data/Help/guide.html", "<html><body>guide</body></html>");
+        editor->action("mnuContents")->trigger();
+        QCOMPARE(m_ui->opened, std::vector<fs::path>{m_dir / "data/Help/guide.html"});
+        QVERIFY(m_ui->prompts.empty()); // no PDF reader is asked for
+
+        QString shown;
+        QTimer::singleShot(0, [&] {
+            auto* about = qobject_cast<ui::frmAbout*>(QApplication::activeModalWidget());
+            if (!about)
+                return;
+            shown = about->text();
+            about->findChild<QCheckBox*>("chkDontShow")->setChecked(true);
+            about->accept();
+        });
+        editor->action("mnuAbout")->trigger();
+        QVERIFY(shown.startsWith(QString("Velmora %1\n").arg(Version::text)));
+        QVERIFY(shown.contains("Licence: "));
+        QVERIFY(shown.contains(QString("  Qt %1").arg(qVersion())));
+        QVERIFY(shown.contains("  libzip "));
+        QCOMPARE(shown.toStdString(), aboutText());
+        QVERIFY(m_ctx->aboutTick); // the About screen's own tick, written when the program closes
     }
 
     void theReportsAndOptionsCommandsThatWork() {

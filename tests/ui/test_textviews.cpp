@@ -4,6 +4,7 @@
 #include "common/frmreport.h"
 #include "common/numberedview.h"
 #include "common/windowplace.h"
+#include "common/palettecolours.h"
 #include "routes/frmlistrs.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
@@ -61,9 +62,12 @@ private slots:
     void gridReportsRemoveDupesAndMarkRepeatedNumbers() {
         ui::frmListRS stock(*m_ctx, ui::ReportKind::StockWithNumbers, "Stock", {"66 251\tLoco", "310607\tHTA", "66 251\tLoco 2"});
         QCOMPARE(stock.grid()->columnCount(), 2);
-        QCOMPARE(stock.grid()->item(0, 0)->foreground().color(), QColor(Qt::red));
-        QCOMPARE(stock.grid()->item(2, 1)->foreground().color(), QColor(Qt::red));
-        QVERIFY(stock.grid()->item(1, 0)->foreground().color() != QColor(Qt::red));
+        // Red, as dark as it needs to be to read on the grid's background.
+        const QColor mark = stock.grid()->item(0, 0)->foreground().color();
+        QCOMPARE(mark.hslHue(), 0);
+        QVERIFY(ui::contrastRatio(mark, stock.grid()->palette().color(QPalette::Base)) >= ui::kReadableContrast);
+        QCOMPARE(stock.grid()->item(2, 1)->foreground().color(), mark);
+        QVERIFY(stock.grid()->item(1, 0)->foreground().color() != mark);
 
         ui::frmListRS used(*m_ctx, ui::ReportKind::Used, "Used", {"b.bin", "a.bin", "b.bin", "c.bin"}, "Route", "_Assets.csv");
         used.Command1_Click();

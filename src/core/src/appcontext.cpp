@@ -284,24 +284,19 @@ bool mnuViewer_Click(AppContext& ctx) {
 }
 bool mnuAcro_Click(AppContext& ctx) { return chooseProgram(ctx, "Select your PDF Reader", ctx.settings.pdfReader); }
 
+fs::path userGuide(const AppContext& ctx) { return ctx.dataPath() / "Help" / "guide.html"; }
+
 void mnuContents_Click(AppContext& ctx) {
-    if (ctx.settings.pdfReader.empty()) {
-        ctx.ui().message("Before you can read Help files, you must set up the path\nto your PDF Reader in the "
-                         "Options menu.",
-                         Icon::Information);
+    // The guide is HTML, which every desktop can show: no reader needs to be set up first.
+    const fs::path guide = userGuide(ctx);
+    if (!FileExists(guide)) {
+        ctx.ui().message("The user guide was not found. It should be at\n" + guide.string(), Icon::Warning);
         return;
     }
-    fs::path help = ctx.appPath() / "Velmora_Help.pdf";
-    if (!FileExists(help))
-        help = ctx.dataPath() / "Velmora_Help.pdf";
-    if (!FileExists(help)) {
-        ctx.ui().message("The help file Velmora_Help.pdf was not found in " + ctx.dataPath().string(),
+    if (!ctx.ui().openInViewer(guide))
+        ctx.ui().message("No program on this desktop could show the user guide. Open it in a web browser:\n" +
+                             guide.string(),
                          Icon::Warning);
-        return;
-    }
-    // The reader stays open beside the program; nothing waits for it.
-    if (!startDetached(ctx.settings.pdfReader, {help.string()}, ctx.appPath()))
-        ctx.ui().message("Cannot start the PDF reader " + ctx.settings.pdfReader, Icon::Warning);
 }
 
 std::vector<std::pair<std::string, std::string>> optionsSummary(const AppContext& ctx) {

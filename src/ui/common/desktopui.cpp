@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <QApplication>
+#include <QDesktopServices>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QMessageBox>
@@ -154,6 +155,11 @@ void DesktopUi::endProgress() {
 bool DesktopUi::cancelled() const { return m_cancelled || (m_progress && m_progress->wasCanceled()); }
 
 void DesktopUi::pumpEvents() { QApplication::processEvents(); }
+
+bool DesktopUi::openInViewer(const std::filesystem::path& file) {
+    const QUrl url = QUrl::fromLocalFile(QString::fromStdString(std::filesystem::absolute(file).string()));
+    return m_openUrl ? m_openUrl(url) : QDesktopServices::openUrl(url);
+}
 
 namespace {
 constexpr int kTwipsPerPixel = 15;

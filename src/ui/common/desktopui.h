@@ -10,6 +10,9 @@
 #include <QPalette>
 #include <QPointer>
 #include <QRect>
+#include <QUrl>
+
+#include <functional>
 
 class QProgressDialog;
 class QWidget;
@@ -33,6 +36,10 @@ public:
     void endProgress() override;
     bool cancelled() const override;
     void pumpEvents() override;
+    // The file as a file URL, handed to the desktop (QDesktopServices::openUrl by default).
+    bool openInViewer(const std::filesystem::path& file) override;
+    // Tests put their own opener here so that no browser starts.
+    void setUrlOpener(std::function<bool(const QUrl&)> opener) { m_openUrl = std::move(opener); }
 
     // The window a dialog opens over: the active screen, else the one given at construction.
     QWidget* owner() const;
@@ -42,6 +49,7 @@ private:
     QPointer<QProgressDialog> m_progress;
     std::int64_t m_total = 0;
     bool m_cancelled = false;
+    std::function<bool(const QUrl&)> m_openUrl;
 };
 
 // The text of language entry `entry`, or `design` when the table has no such entry: every screen

@@ -1,6 +1,7 @@
 #include "frmeditor.h"
 #include "../common/numberedview.h"
 
+#include "../common/frmabout.h"
 #include "../common/desktopui.h"
 #include "../common/mnemonics.h"
 #include "../assets/frmassets.h"
@@ -295,6 +296,7 @@ void frmEditor::buildContextMenu() {
     // mnuPop1: the right-click menu of both text views.
     m_context = new QMenu(this);
     m_context->setObjectName("mnuPop1");
+    m_context->setToolTipsVisible(true);
     struct Item {
         const char* name;
         const char* caption;
@@ -360,6 +362,7 @@ void frmEditor::connectCommands() {
     wire("mnuViewer", &frmEditor::mnuViewer_Click);
     wire("mnuAcro", &frmEditor::mnuAcro_Click);
     wire("mnuContents", &frmEditor::mnuContents_Click);
+    wire("mnuAbout", &frmEditor::mnuAbout_Click);
     wire("mnuUUID", &frmEditor::mnuUUID_Click);
     wire("mnuTime", &frmEditor::mnuTime_Click);
     wire("mnuAE", &frmEditor::mnuAE_Click);
@@ -535,6 +538,11 @@ void frmEditor::mnuIRF_Click() { velmora::mnuIRF_Click(m_ctx); }
 void frmEditor::mnuViewer_Click() { velmora::mnuViewer_Click(m_ctx); }
 void frmEditor::mnuAcro_Click() { velmora::mnuAcro_Click(m_ctx); }
 void frmEditor::mnuContents_Click() { velmora::mnuContents_Click(m_ctx); }
+
+void frmEditor::mnuAbout_Click() {
+    frmAbout screen(m_ctx, this);
+    screen.exec();
+}
 
 void frmEditor::mnuUUID_Click() {
     dlgGUID dialog(this);

@@ -139,6 +139,7 @@ public slots:
     void mnuViewer_Click();
     void mnuAcro_Click();
     void mnuContents_Click();
+    void mnuAbout_Click();
     void mnuUUID_Click();
     void mnuTime_Click();
     void mnuAE_Click();           // the asset screen

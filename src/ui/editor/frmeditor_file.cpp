@@ -366,7 +366,7 @@ void frmEditor::mnu2bin_Click() {
         if (w)
             w->setVisible(m_secondView);
     if (m_highlighted && m_secondView && !m_highlighter2)
-        m_highlighter2 = new XmlHighlighter(m_text2->document());
+        m_highlighter2 = new XmlHighlighter(m_text2->document(), m_text2->palette());
 }
 
 void frmEditor::mnufile2_Click() {
@@ -413,13 +413,11 @@ void frmEditor::setHighlight(bool on) {
             m_ctx.ui().message("No text selected", Icon::Information);
             return;
         }
-        // Coloured at once rather than on the next turn of the event loop.
-        m_highlighter = new XmlHighlighter(m_text->document());
-        m_highlighter->rehighlight();
-        if (m_secondView) {
-            m_highlighter2 = new XmlHighlighter(m_text2->document());
-            m_highlighter2->rehighlight();
-        }
+        // Coloured at once (the highlighter colours as it is made) rather than on the next turn
+        // of the event loop.
+        m_highlighter = new XmlHighlighter(m_text->document(), m_text->palette());
+        if (m_secondView)
+            m_highlighter2 = new XmlHighlighter(m_text2->document(), m_text2->palette());
     } else {
         delete m_highlighter;
         delete m_highlighter2;

@@ -176,15 +176,23 @@ const Waiting kWaiting[] = {
     {{"mnuOstrand", "mnuEC", "mnuBuildCon"}, "Waits for the scenario and consist editors"},
     {{"mnuPackAss", "mnuReskin", "mnuPack", "mnuPackSce"}, "Waits for the packaging tools"},
     {{"mnuSP"}, "Not needed here: pictures are shown without SuperPicture2.ocx"},
-    {{"mnuAbout", "mnuEmail"}, "Waits for the About and mail screens"},
+    {{"mnuEmail"}, "Waits for the mail screen"},
 };
 
 } // namespace
 
 void frmEditor::markWaitingEntries() {
-    for (const auto& [name, action] : m_actions)
-        if (!action->isEnabled() && !action->menu())
-            action->setToolTip(waitsFor(name));
+    // Entries change state as documents open and close, so each one keeps its tooltip in step:
+    // while it cannot be chosen the tooltip says why.
+    for (const auto& [name, entry] : m_actions) {
+        if (entry->menu())
+            continue;
+        auto update = [action = entry, reason = waitsFor(name)] {
+            action->setToolTip(action->isEnabled() ? QString() : reason);
+        };
+        update();
+        connect(entry, &QAction::enabledChanged, this, update);
+    }
 }
 
 QString frmEditor::waitsFor(const QString& entry) {
@@ -235,6 +243,7 @@ void frmEditor::buildMenus() {
     // The documents opened lately, above Exit; filled each time the menu opens.
     m_recent = new QMenu(tr("Recent Files"), this);
     m_recent->setObjectName("mnuRecent");
+    m_recent->setToolTipsVisible(true);
     m_recent->menuAction()->setObjectName("mnuRecent");
     m_menus["mnuRecent"] = m_recent;
     m_actions["mnuRecent"] = m_recent->menuAction();
@@ -255,10 +264,13 @@ void frmEditor::fillRecentMenu() {
         const QString key = n < 10 ? QString::number(n) : QStringLiteral("0");
         QAction* open = m_recent->addAction(QStringLiteral("&%1 %2").arg(key, toQt(path).replace("&", "&&")));
         open->setData(QByteArray::fromStdString(path));
+        open->setToolTip(toQt(path));
         connect(open, &QAction::triggered, this, [this, path] { openRecent(path); });
     }
     if (files.empty()) {
-        m_recent->addAction(tr("No documents opened yet"))->setEnabled(false);
+        QAction* none = m_recent->addAction(tr("No documents opened yet"));
+        none->setEnabled(false);
+        none->setToolTip(tr("The documents you open are listed here"));
         return;
     }
     m_recent->addSeparator();

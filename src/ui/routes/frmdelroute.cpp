@@ -4,6 +4,7 @@
 #include "../common/windowplace.h"
 #include "../common/frmreport.h"
 #include "../common/frmresults.h"
+#include "../common/palettecolours.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
 #include "velmora/routes/routeitems.h"
@@ -174,7 +175,7 @@ void frmDelRoute::Command1_Click() {
     for (const auto& s : m_scenarioEntries) {
         const int r = m_scenarios->rowCount();
         m_scenarios->insertRow(r);
-        const QColor colour((s.colour() >> 16) & 0xFF, (s.colour() >> 8) & 0xFF, s.colour() & 0xFF);
+        const QColor colour = rowColour(s.colour(), m_scenarios->palette());
         int c = 0;
         for (const std::string& text : {s.folder, s.name, s.legend()}) {
             auto* item = new QTableWidgetItem(toQt(text));

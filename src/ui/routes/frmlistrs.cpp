@@ -4,6 +4,7 @@
 
 #include "../common/desktopui.h"
 #include "../common/windowplace.h"
+#include "../common/palettecolours.h"
 #include "velmora/core/services.h"
 
 #include <QHBoxLayout>
@@ -164,7 +165,7 @@ void frmListRS::setRows(const std::vector<std::string>& rows, const std::vector<
             if (seen[table[static_cast<std::size_t>(r)].front()] > 1)
                 for (int c = 0; c < m_grid->columnCount(); ++c)
                     if (auto* item = m_grid->item(r, c))
-                        item->setForeground(Qt::red);
+                        item->setForeground(readableOn(Qt::red, m_grid->palette()));
     }
     m_grid->resizeColumnsToContents();
     for (int c = 0; c + 1 < m_grid->columnCount(); ++c)

@@ -122,7 +122,9 @@ void mnuLang_Click(AppContext& ctx, const std::string& chosenFile, const WindowG
 bool mnuIRF_Click(AppContext& ctx);
 bool mnuViewer_Click(AppContext& ctx);
 bool mnuAcro_Click(AppContext& ctx);
-// Opens the help file in the PDF reader.
+// The user guide shipped with the program.
+fs::path userGuide(const AppContext& ctx);
+// Opens the user guide in the desktop's viewer; says where it should be when it is missing.
 void mnuContents_Click(AppContext& ctx);
 
 // The read-only list of dlgOptions: pairs of label and value.

@@ -52,6 +52,10 @@ public:
 
     // Lets a front end keep its window alive while logic waits on something.
     virtual void pumpEvents() {}
+
+    // Shows a file (the user guide) in the desktop's own viewer for its type; false when
+    // nothing could show it. A front end without a desktop shows nothing.
+    virtual bool openInViewer(const std::filesystem::path& /*file*/) { return false; }
 };
 
 // Passes everything on to another interface, and counts as cancelled also when a screen's own
@@ -84,6 +88,7 @@ public:
     void endProgress() override { m_inner.endProgress(); }
     bool cancelled() const override { return m_aborted || m_inner.cancelled(); }
     void pumpEvents() override { m_inner.pumpEvents(); }
+    bool openInViewer(const std::filesystem::path& file) override { return m_inner.openInViewer(file); }
 
 private:
     UserInterface& m_inner;
@@ -121,6 +126,13 @@ public:
     void progress(std::int64_t done, const std::string& label) override;
     void endProgress() override {}
     bool cancelled() const override { return m_cancelled; }
+    // Records the file instead of opening it; `viewerWorks` says what the desktop answers.
+    bool openInViewer(const std::filesystem::path& file) override {
+        opened.push_back(file);
+        return viewerWorks;
+    }
+    std::vector<std::filesystem::path> opened;
+    bool viewerWorks = true;
 
     std::int64_t lastProgress = 0;
     std::int64_t progressTotal = 0;
