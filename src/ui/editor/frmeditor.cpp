@@ -257,6 +257,7 @@ QWidget* frmEditor::buildTreeTab() {
     split->setStretchFactor(1, 1);
     auto* l = new QVBoxLayout(page);
     l->addWidget(frame3);
+    l->addWidget(m_treeNote);
     l->addWidget(split, 1);
     return page;
 }
