@@ -366,6 +366,25 @@ private slots:
         QCOMPARE(editor->tree().document()->children[0]->name, QString("Renamed"));
     }
 
+    // What Save .xml writes is the text byte for byte: a no-break space stays one, in UTF-8 and in
+    // single-byte text alike, and the line ends stay as they were.
+    void saveXmlKeepsEveryByte() {
+        auto editor = open();
+        for (const std::string& bytes : {std::string("<a>50\xC2\xA0km M\xC3\xBChle</a>\r\n<b/>\r\n"),
+                                         std::string("<a>50\xA0km M\xFChle</a>\n<b/>\n")}) {
+            const fs::path doc = m_dir / "rw/Text.xml";
+            writeFile(doc, bytes);
+            m_ui->pushPath(doc);
+            editor->mnuXML_Click();
+            QVERIFY(editor->textView()->document()->toRawText().contains(QChar(0xA0)));
+            const fs::path out = m_dir / "out.xml";
+            fs::remove(out);
+            m_ui->pushPath(out);
+            editor->mnuSavexml_Click();
+            QCOMPARE(readAll(out), bytes);
+        }
+    }
+
     void treeSearchesRefuseMoreThan65500Nodes() {
         for (int count : {65500, 65501}) {
             std::string xml = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<r>";
