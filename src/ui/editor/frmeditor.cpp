@@ -250,6 +250,12 @@ QWidget* frmEditor::buildTreeTab() {
     la->addWidget(m_characters, 2);
     EnableNodeEdit(false);
 
+    m_treeNote = new QLabel(tr("Edits made in the tree are not saved: Save writes the document as the Text tab "
+                               "shows it."));
+    m_treeNote->setObjectName("lblTreeNote");
+    m_treeNote->setWordWrap(true);
+    m_treeNote->setVisible(false);
+
     auto* split = new QSplitter(Qt::Horizontal);
     split->addWidget(frame2);
     split->addWidget(m_attribsFrame);
@@ -577,7 +583,7 @@ void frmEditor::mnuIdent_Click() {
 
 void frmEditor::mnuFind_Click() {
     if (!m_search)
-        m_search = new dlgSearch(m_text, this);
+        m_search = new dlgSearch(m_text, m_ctx.ui(), this);
     m_search->show();
     m_search->raise();
 }
