@@ -96,3 +96,18 @@ TEST(XmlTree, AMillionNestedElementsAreBuiltAndFreedWithoutRecursion) {
     EXPECT_FALSE(broken.parse(std::string_view(text).substr(0, depth * 3 + 2)));
     EXPECT_TRUE(broken.empty());
 }
+
+TEST(XmlTree, SharedTextsStayEachNodesOwnWhenEdited) {
+    XmlTree tree;
+    ASSERT_TRUE(tree.parse("<r xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\"><e d:type=\"sUInt64\">1</e>"
+                           "<e d:type=\"sUInt64\">1</e></r>"));
+    XmlNode* first = tree.document()->children[0].get();
+    XmlNode* second = tree.document()->children[1].get();
+    first->characters += "2";
+    first->attributes[0].second = "cDeltaString";
+    first->name = "f";
+    EXPECT_EQ(second->characters, "1");
+    EXPECT_EQ(second->attributes[0].second, "sUInt64");
+    EXPECT_EQ(second->name, "e");
+    EXPECT_EQ(first->characters, "12");
+}
