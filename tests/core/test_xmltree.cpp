@@ -16,7 +16,7 @@ TEST(XmlTree, KeysAttributesAndCharactersInDocumentOrder) {
     ASSERT_EQ(tree.size(), 4u);
     const XmlNode* doc = tree.document();
     EXPECT_EQ(doc->name, "cRoute");
-    EXPECT_EQ(doc->key, "nod1");
+    EXPECT_EQ(doc->key(), "nod1");
     ASSERT_EQ(doc->attributes.size(), 1u) << "a namespace declaration is not an attribute";
     EXPECT_EQ(doc->attributes[0].first, "d:version");
 
@@ -25,8 +25,8 @@ TEST(XmlTree, KeysAttributesAndCharactersInDocumentOrder) {
     EXPECT_EQ(name->characters, QString::fromUtf8("M\xC3\xBChle & Co")) << "split character data is joined";
 
     // Siblings of one name get keys of their own, found again by key.
-    EXPECT_EQ(doc->children[1]->key, "nod3");
-    EXPECT_EQ(doc->children[2]->key, "nod4");
+    EXPECT_EQ(doc->children[1]->key(), "nod3");
+    EXPECT_EQ(doc->children[2]->key(), "nod4");
     EXPECT_EQ(tree.byKey("nod4"), doc->children[2].get());
     EXPECT_EQ(tree.byKey("nod5"), nullptr);
     EXPECT_EQ(tree.byKey("node"), nullptr);
@@ -95,4 +95,19 @@ TEST(XmlTree, AMillionNestedElementsAreBuiltAndFreedWithoutRecursion) {
     XmlTree broken;
     EXPECT_FALSE(broken.parse(std::string_view(text).substr(0, depth * 3 + 2)));
     EXPECT_TRUE(broken.empty());
+}
+
+TEST(XmlTree, SharedTextsStayEachNodesOwnWhenEdited) {
+    XmlTree tree;
+    ASSERT_TRUE(tree.parse("<r xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\"><e d:type=\"sUInt64\">1</e>"
+                           "<e d:type=\"sUInt64\">1</e></r>"));
+    XmlNode* first = tree.document()->children[0].get();
+    XmlNode* second = tree.document()->children[1].get();
+    first->characters += "2";
+    first->attributes[0].second = "cDeltaString";
+    first->name = "f";
+    EXPECT_EQ(second->characters, "1");
+    EXPECT_EQ(second->attributes[0].second, "sUInt64");
+    EXPECT_EQ(second->name, "e");
+    EXPECT_EQ(first->characters, "12");
 }

@@ -4,6 +4,7 @@
 
 int runTestFrmEditor(int argc, char** argv);
 int runTestEditorDocument(int argc, char** argv);
+int runTestEditorSearch(int argc, char** argv);
 int runTestFrmAssets(int argc, char** argv);
 int runTestFrmDelRoute(int argc, char** argv);
 int runTestTextViews(int argc, char** argv);
@@ -14,8 +15,8 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
     QApplication app(argc, argv);
     int failed = 0;
-    for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestFrmAssets, runTestFrmDelRoute, runTestTextViews,
-                     runTestDesktopUi, runTestThemes})
+    for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
+                     runTestTextViews, runTestDesktopUi, runTestThemes})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

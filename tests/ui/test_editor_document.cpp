@@ -3,6 +3,7 @@
 
 #include "editor/dlgsearch.h"
 #include "editor/frmeditor.h"
+#include "editor/xmltreemodel.h"
 #include "serz/serz.h"
 #include "velmora/core/document.h"
 #include "velmora/core/services.h"
@@ -364,6 +365,64 @@ private slots:
         QVERIFY(lastMessageContains("Node names cannot have spaces!"));
         QVERIFY(model->setData(model->index(0, 0, root), "Renamed", Qt::EditRole));
         QCOMPARE(editor->tree().document()->children[0]->name, QString("Renamed"));
+    }
+
+    // The tree is for browsing: its edits do not reach the text nor what Save writes, the
+    // document is not marked changed by them, and the tab says so.
+    void treeEditsAreNotSavedAndTheTabSaysSo() {
+        const fs::path doc = install("routeproperties.bin", "RouteProperties.bin");
+        auto editor = open();
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        editor->findChild<QTabWidget*>("SSTab1")->setCurrentIndex(1);
+        auto* note = editor->findChild<QLabel*>("lblTreeNote");
+        QVERIFY(note && note->isHidden());
+        XmlNode* english = nullptr;
+        for (XmlNode* n : editor->tree().nodes())
+            if (n->characters == "A test RailWorks XML document")
+                english = n;
+        QVERIFY(english);
+        auto* tree = editor->findChild<QTreeView*>("trevwContents");
+        tree->setCurrentIndex(static_cast<ui::XmlTreeModel*>(tree->model())->indexOf(english));
+        editor->findChild<QPlainTextEdit*>("txtCharacters")->setPlainText("Edited in the tree");
+        QCOMPARE(english->characters, QString("Edited in the tree"));
+        QVERIFY(editor->windowTitle().endsWith("*"));
+        QVERIFY(!note->isHidden());
+        QVERIFY(note->text().contains("not saved"));
+        QVERIFY(!editor->edited());
+        QVERIFY(!editor->textView()->toPlainText().contains("Edited in the tree"));
+
+        editor->mnuSaveRS_Click();
+        QVERIFY(editor->saved());
+        std::string xml;
+        QVERIFY(serz::decode(readAll(doc), xml).ok);
+        QVERIFY(xml.find("A test RailWorks XML document") != std::string::npos);
+        QVERIFY(xml.find("Edited in the tree") == std::string::npos);
+
+        // The next document starts with a clean tree and no note.
+        m_ui->pushPath(doc);
+        editor->mnuOpenRS_Click();
+        QVERIFY(note->isHidden());
+        QVERIFY(!editor->windowTitle().endsWith("*"));
+    }
+
+    // What Save .xml writes is the text byte for byte: a no-break space stays one, in UTF-8 and in
+    // single-byte text alike, and the line ends stay as they were.
+    void saveXmlKeepsEveryByte() {
+        auto editor = open();
+        for (const std::string& bytes : {std::string("<a>50\xC2\xA0km M\xC3\xBChle</a>\r\n<b/>\r\n"),
+                                         std::string("<a>50\xA0km M\xFChle</a>\n<b/>\n")}) {
+            const fs::path doc = m_dir / "rw/Text.xml";
+            writeFile(doc, bytes);
+            m_ui->pushPath(doc);
+            editor->mnuXML_Click();
+            QVERIFY(editor->textView()->document()->toRawText().contains(QChar(0xA0)));
+            const fs::path out = m_dir / "out.xml";
+            fs::remove(out);
+            m_ui->pushPath(out);
+            editor->mnuSavexml_Click();
+            QCOMPARE(readAll(out), bytes);
+        }
     }
 
     void treeSearchesRefuseMoreThan65500Nodes() {

@@ -135,7 +135,7 @@ private slots:
         report.markMissing({3}, true);
         QVERIFY(report.summary().contains("1 missing file"));
         // The mark is a word in the margin as well as a tint: the margin grows to hold it.
-        QCOMPARE(report.view()->marks().at(3), QString("missing"));
+        QCOMPARE(report.view()->lineMarks().at(3), QString("missing"));
         ui::NumberedView plain;
         plain.setFont(report.view()->font());
         plain.setPlainText(report.textBox()->toPlainText());

@@ -1,5 +1,7 @@
 #include "velmora/core/xmltree.h"
 
+#include <QBuffer>
+#include <QHash>
 #include <QXmlStreamReader>
 
 namespace velmora {
@@ -16,6 +18,38 @@ void dismantle(std::unique_ptr<XmlNode>& root, std::vector<XmlNode*>& order) {
     root.reset();
 }
 
+// Hands out one shared copy of each text it has seen. Unique texts (ids, coordinates) would only
+// fill it, so past a bound it stops taking new ones and passes those through.
+class SharedTexts {
+public:
+    // A text the reader shows only for now.
+    QString get(QStringView text) {
+        if (text.isEmpty())
+            return {};
+        if (const auto it = m_seen.constFind(text); it != m_seen.cend())
+            return *it;
+        return keep(text.toString());
+    }
+    // A text already held: the shared copy when there is one.
+    QString share(const QString& text) {
+        if (text.isEmpty())
+            return {};
+        if (const auto it = m_seen.constFind(QStringView(text)); it != m_seen.cend())
+            return *it;
+        return keep(text);
+    }
+
+private:
+    QString keep(const QString& text) {
+        if (m_seen.size() < kMaxTexts && text.size() <= kMaxLength)
+            m_seen.insert(QStringView(text), text); // the key views the data the value shares
+        return text;
+    }
+    static constexpr qsizetype kMaxTexts = 1 << 16;
+    static constexpr qsizetype kMaxLength = 256;
+    QHash<QStringView, QString> m_seen;
+};
+
 } // namespace
 
 XmlTree::~XmlTree() { dismantle(m_document, m_order); }
@@ -28,12 +62,18 @@ void XmlTree::clear() {
 bool XmlTree::parse(std::string_view text, const std::function<void(double)>& progress,
                     const std::function<bool()>& cancelled) {
     clear();
-    QXmlStreamReader reader(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())));
+    // Read through a device, so that the reader decodes a buffer at a time rather than keeping
+    // the whole text decoded beside the tree it builds.
+    QBuffer input;
+    input.setData(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())));
+    input.open(QIODevice::ReadOnly);
+    QXmlStreamReader reader(&input);
     std::unique_ptr<XmlNode> root;
     XmlNode* current = nullptr;
     std::size_t counter = 1;
     std::vector<XmlNode*> order;
     std::size_t events = 0;
+    SharedTexts names, texts;
     while (!reader.atEnd()) {
         const auto token = reader.readNext();
         if ((++events & 0xFFFF) == 0) {
@@ -48,12 +88,12 @@ bool XmlTree::parse(std::string_view text, const std::function<void(double)>& pr
         switch (token) {
         case QXmlStreamReader::StartElement: {
             auto node = std::make_unique<XmlNode>();
-            node->name = reader.qualifiedName().toString();
-            node->key = QStringLiteral("nod%1").arg(counter++);
+            node->name = names.get(reader.qualifiedName());
+            node->number = counter++;
             const auto attributes = reader.attributes();
             node->attributes.reserve(static_cast<std::size_t>(attributes.size()));
             for (const auto& a : attributes)
-                node->attributes.emplace_back(a.qualifiedName().toString(), a.value().toString());
+                node->attributes.emplace_back(names.get(a.qualifiedName()), texts.get(a.value()));
             node->parent = current;
             XmlNode* raw = node.get();
             order.push_back(raw);
@@ -71,8 +111,11 @@ bool XmlTree::parse(std::string_view text, const std::function<void(double)>& pr
                 current->characters += reader.text();
             break;
         case QXmlStreamReader::EndElement:
-            if (current)
+            if (current) {
+                // Its text is complete now: shared with every element of the same text.
+                current->characters = texts.share(current->characters);
                 current = current->parent;
+            }
             break;
         default:
             break;

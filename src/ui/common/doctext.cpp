@@ -1,18 +1,38 @@
 #include "doctext.h"
 
+#include <algorithm>
+
 namespace velmora::ui {
 
-QString decodeDocument(const std::string& bytes, TextForm& form) {
-    form.crlf = bytes.find("\r\n") != std::string::npos || bytes.find('\n') == std::string::npos;
-    QString text = QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
-    const QByteArray back = text.toUtf8();
-    form.utf8 = back.size() == static_cast<qsizetype>(bytes.size()) &&
-                std::equal(back.begin(), back.end(), bytes.begin());
-    if (!form.utf8)
-        text = QString::fromLatin1(bytes.data(), static_cast<qsizetype>(bytes.size()));
+TextForm formOf(std::string_view bytes) {
+    TextForm form;
+    form.crlf = bytes.find("\r\n") != std::string_view::npos || bytes.find('\n') == std::string_view::npos;
+    // UTF-8 when the bytes come back unchanged from it. Checked a piece at a time, each ending
+    // after a line end: no character spans one, so the pieces agree with the whole.
+    constexpr std::size_t kPiece = 1 << 20;
+    for (std::size_t at = 0; at < bytes.size() && form.utf8;) {
+        const std::size_t nl = bytes.find('\n', std::min(bytes.size(), at + kPiece));
+        const std::size_t end = nl == std::string_view::npos ? bytes.size() : nl + 1;
+        const std::string_view piece = bytes.substr(at, end - at);
+        const QByteArray back = QString::fromUtf8(piece.data(), static_cast<qsizetype>(piece.size())).toUtf8();
+        form.utf8 = back.size() == static_cast<qsizetype>(piece.size()) &&
+                    std::equal(back.begin(), back.end(), piece.begin());
+        at = end;
+    }
+    return form;
+}
+
+QString decodePart(std::string_view bytes, const TextForm& form) {
+    const auto size = static_cast<qsizetype>(bytes.size());
+    QString text = form.utf8 ? QString::fromUtf8(bytes.data(), size) : QString::fromLatin1(bytes.data(), size);
     if (form.crlf)
         text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
     return text;
+}
+
+QString decodeDocument(const std::string& bytes, TextForm& form) {
+    form = formOf(bytes);
+    return decodePart(bytes, form);
 }
 
 std::string encodeDocument(const QString& text, const TextForm& form) {

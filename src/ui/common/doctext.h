@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <string>
+#include <string_view>
 
 namespace velmora::ui {
 
@@ -15,6 +16,11 @@ struct TextForm {
 };
 
 QString decodeDocument(const std::string& bytes, TextForm& form);
+
+// The form decodeDocument would choose, found without holding the whole text decoded.
+TextForm formOf(std::string_view bytes);
+// Bytes that end at a line end (or the end of the document), shown in the given form.
+QString decodePart(std::string_view bytes, const TextForm& form);
 std::string encodeDocument(const QString& text, const TextForm& form);
 
 } // namespace velmora::ui

@@ -89,7 +89,7 @@ void frmReport::markMissing(const std::vector<int>& lines, bool looked) {
     std::map<int, QString> marks;
     for (int line : lines)
         marks[line] = tr("missing");
-    m_text->setMarks(marks, missingTint(m_text->palette()));
+    m_text->setLineMarks(marks, missingTint(m_text->palette()));
     m_missing = looked || !lines.empty() ? static_cast<int>(marks.size()) : -1;
     updateSummary();
 }

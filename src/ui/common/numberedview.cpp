@@ -2,6 +2,9 @@
 
 #include <QPainter>
 #include <QTextBlock>
+#include <QTextLayout>
+
+#include <algorithm>
 
 namespace velmora::ui {
 
@@ -21,6 +24,42 @@ NumberedView::NumberedView(QWidget* parent) : QPlainTextEdit(parent), m_margin(n
     connect(this, &QPlainTextEdit::blockCountChanged, this, [this] { setViewportMargins(marginWidth(), 0, 0, 0); });
     connect(this, &QPlainTextEdit::updateRequest, this, &NumberedView::updateMargin);
     setViewportMargins(marginWidth(), 0, 0, 0);
+    connect(document(), &QTextDocument::contentsChange, this, [this](int, int removed, int added) {
+        if ((removed || added) && !m_marks.empty())
+            setMarks({}, 0);
+    });
+}
+
+void NumberedView::setMarks(std::vector<int> starts, int length) {
+    m_marks = std::move(starts);
+    m_markLength = length;
+    viewport()->update();
+}
+
+void NumberedView::paintEvent(QPaintEvent* event) {
+    QPlainTextEdit::paintEvent(event);
+    if (m_marks.empty() || m_markLength <= 0)
+        return;
+    // Only the marks on the lines in view are looked up and painted, over the text.
+    QPainter painter(viewport());
+    QColor colour = palette().color(QPalette::Highlight);
+    colour.setAlpha(90);
+    for (QTextBlock block = firstVisibleBlock(); block.isValid(); block = block.next()) {
+        const QRectF box = blockBoundingGeometry(block).translated(contentOffset());
+        if (box.top() > event->rect().bottom())
+            break;
+        const int start = block.position(), end = start + block.length() - 1;
+        const QTextLayout* layout = block.layout();
+        for (auto it = std::lower_bound(m_marks.begin(), m_marks.end(), start); it != m_marks.end() && *it < end;
+             ++it) {
+            const int from = *it - start, to = std::min(end - start, from + m_markLength);
+            const QTextLine line = layout->lineForTextPosition(from);
+            if (!line.isValid())
+                continue;
+            const qreal x1 = line.cursorToX(from), x2 = line.cursorToX(to);
+            painter.fillRect(QRectF(x1, line.y(), x2 - x1, line.height()).translated(box.topLeft()), colour);
+        }
+    }
 }
 
 int NumberedView::marginWidth() const {
@@ -31,22 +70,22 @@ int NumberedView::marginWidth() const {
     QFont bold = font();
     bold.setBold(true);
     const QFontMetrics boldMetrics(bold);
-    for (const auto& [line, word] : m_marks)
+    for (const auto& [line, word] : m_lineMarks)
         marks = std::max(marks, boldMetrics.horizontalAdvance(word + QLatin1Char(' ')));
     return 8 + fontMetrics().horizontalAdvance(QLatin1Char('9')) * std::max(digits, 3) + marks;
 }
 
-void NumberedView::setMarks(const std::map<int, QString>& marks, const QColor& tint) {
-    m_marks = marks;
+void NumberedView::setLineMarks(const std::map<int, QString>& marks, const QColor& tint) {
+    m_lineMarks = marks;
     m_tint = tint;
     setViewportMargins(marginWidth(), 0, 0, 0);
-    paintMarks();
+    paintLineMarks();
     m_margin->update();
 }
 
-void NumberedView::paintMarks() {
+void NumberedView::paintLineMarks() {
     QList<QTextEdit::ExtraSelection> lines;
-    for (const auto& [line, word] : m_marks) {
+    for (const auto& [line, word] : m_lineMarks) {
         const QTextBlock block = document()->findBlockByNumber(line);
         if (!block.isValid())
             continue;
@@ -94,7 +133,7 @@ void NumberedView::paintMargin(QPaintEvent* event) {
         if (block.isVisible() && bottom >= event->rect().top()) {
             painter.drawText(0, top, m_margin->width() - 4, fontMetrics().height(), Qt::AlignRight,
                              QString::number(block.blockNumber() + 1));
-            if (const auto mark = m_marks.find(block.blockNumber()); mark != m_marks.end()) {
+            if (const auto mark = m_lineMarks.find(block.blockNumber()); mark != m_lineMarks.end()) {
                 painter.save();
                 painter.setPen(pal.color(QPalette::Text));
                 QFont bold = painter.font();

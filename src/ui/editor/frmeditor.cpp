@@ -253,6 +253,12 @@ QWidget* frmEditor::buildTreeTab() {
     la->addWidget(m_characters, 2);
     EnableNodeEdit(false);
 
+    m_treeNote = new QLabel(tr("Edits made in the tree are not saved: Save writes the document as the Text tab "
+                               "shows it."));
+    m_treeNote->setObjectName("lblTreeNote");
+    m_treeNote->setWordWrap(true);
+    m_treeNote->setVisible(false);
+
     auto* split = new QSplitter(Qt::Horizontal);
     split->addWidget(frame2);
     split->addWidget(m_attribsFrame);
@@ -260,6 +266,7 @@ QWidget* frmEditor::buildTreeTab() {
     split->setStretchFactor(1, 1);
     auto* l = new QVBoxLayout(page);
     l->addWidget(frame3);
+    l->addWidget(m_treeNote);
     l->addWidget(split, 1);
     return page;
 }
@@ -588,7 +595,7 @@ void frmEditor::mnuIdent_Click() {
 
 void frmEditor::mnuFind_Click() {
     if (!m_search)
-        m_search = new dlgSearch(m_text, this);
+        m_search = new dlgSearch(m_text, m_ctx.ui(), this);
     m_search->show();
     m_search->raise();
 }

@@ -237,6 +237,7 @@ private:
     QLineEdit* m_attributeValue = nullptr; // txtAttributeValue
     QPlainTextEdit* m_characters = nullptr; // txtCharacters
     QWidget* m_attribsFrame = nullptr; // fraAttribs
+    QLabel* m_treeNote = nullptr; // says, once the tree is edited, that Save does not write it
     XmlTree m_xmlTree;
     XmlNode* m_selectedNode = nullptr;
     QString m_treeFile;

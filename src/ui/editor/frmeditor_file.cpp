@@ -19,12 +19,18 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
+#include <QTextBlock>
 #include <QTextDocument>
 #include <QThread>
 #include <QTimer>
 
 #include <algorithm>
 #include <memory>
+#include <utility>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace velmora::ui {
 
@@ -34,6 +40,14 @@ QString now() { return QDateTime::currentDateTime().toString("dd/MM/yyyy hh:mm:s
 
 QString fileDate(const std::string& path) {
     return QFileInfo(toQt(path)).lastModified().toString("dd/MM/yyyy hh:mm:ss");
+}
+
+// Gives the heap's free pages back to the system. After a large document glibc would otherwise
+// keep hundreds of MB for the process, in the worker's arena as well as the main one.
+void releaseFreedMemory() {
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
 }
 
 constexpr const char* kOpenFilter = "RS Files(*.bin;*.XSec;*.GeoPcDx;*.proxybin)|*.bin;*.XSec*;*.GeoPcDx;*.proxybin";
@@ -90,7 +104,18 @@ void frmEditor::showText(QPlainTextEdit* view, const QString& text) {
 }
 
 std::string frmEditor::viewBytes(QPlainTextEdit* view) const {
-    return encodeDocument(view->toPlainText(), view == m_text ? m_form : m_form2);
+    // Line by line from the view's own text: a large document is not copied whole two or three
+    // times over, and a no-break space stays one (the view's plain text would make it a space).
+    const TextForm& form = view == m_text ? m_form : m_form2;
+    const QTextDocument* doc = view->document();
+    std::string bytes;
+    bytes.reserve(static_cast<std::size_t>(doc->characterCount()) * (form.crlf ? 21 : 20) / 20);
+    for (QTextBlock block = doc->begin(); block.isValid(); block = block.next()) {
+        if (block != doc->begin())
+            bytes += form.crlf ? "\r\n" : "\n";
+        bytes += encodeDocument(block.text(), form);
+    }
+    return bytes;
 }
 
 void frmEditor::markLoaded(const std::string& path) {
@@ -98,6 +123,8 @@ void frmEditor::markLoaded(const std::string& path) {
     m_showImage->setVisible(iendsWith(path, "TgPcDx"));
     m_loading = false;
     rememberRecent(path);
+    // Once the last slice has let go of the loaded text.
+    QTimer::singleShot(0, this, [] { releaseFreedMemory(); });
     emit documentLoaded();
 }
 
@@ -105,7 +132,12 @@ void frmEditor::mnuOpenRS_Click() {
     if (m_loading)
         return;
     enableForDocument(true);
+    // The previous document, its tree and its undo history go before the next one comes in.
     showText(m_text, {});
+    m_treeModel->setTree(nullptr);
+    m_xmlTree.clear();
+    m_selectedNode = nullptr;
+    releaseFreedMemory();
     m_path->clear();
     m_pathLabel->clear();
     m_treeLoaded = false;
@@ -129,19 +161,25 @@ void frmEditor::loadBinary(const std::string& path) {
     const auto size = std::filesystem::file_size(path, ec);
     const bool background = !ec && size > static_cast<std::uintmax_t>(kBackgroundLoadBytes);
 
-    // The conversion, on a worker thread for a large document.
+    // The conversion, on a worker thread for a large document. A large text stays in its bytes
+    // and is decoded slice by slice as it goes into the view: it is never held whole twice.
     struct Job {
         EditorDocument doc;
         ConvertResult result;
-        QString text;
+        std::string bytes; // a large document's text, not yet decoded
+        QString text;      // a small one's, decoded
         TextForm form;
     };
     auto job = std::make_shared<Job>();
     auto work = [job, path, temp = m_ctx.tempFiles()] {
-        std::string xml;
-        job->result = openBinaryDocument(path, temp, job->doc, xml);
-        if (job->result)
-            job->text = decodeDocument(xml, job->form);
+        job->result = openBinaryDocument(path, temp, job->doc, job->bytes);
+        if (!job->result)
+            return;
+        job->form = formOf(job->bytes);
+        if (job->bytes.size() <= static_cast<std::size_t>(kBackgroundLoadBytes)) {
+            job->text = decodePart(job->bytes, job->form);
+            job->bytes = {};
+        }
     };
     auto finish = [this, job, path] {
         m_doc = job->doc;
@@ -158,35 +196,39 @@ void frmEditor::loadBinary(const std::string& path) {
         m_form = job->form;
         showText(m_text, {});
         // Small documents go in at once; large ones in slices that keep the window alive.
-        const QString text = std::move(job->text);
-        if (text.size() <= kBackgroundLoadBytes) {
-            showText(m_text, text);
+        if (job->bytes.empty()) {
+            showText(m_text, std::exchange(job->text, {}));
             markLoaded(path);
             return;
         }
+        auto bytes = std::make_shared<std::string>(std::exchange(job->bytes, {}));
         m_loading = true;
-        m_ctx.ui().beginProgress("Loading " + path, text.size());
-        auto offset = std::make_shared<qsizetype>(0);
+        // Loading is not an edit: with the undo history off it keeps no record per line.
+        m_text->document()->setUndoRedoEnabled(false);
+        m_ctx.ui().beginProgress("Loading " + path, static_cast<std::int64_t>(bytes->size()));
+        auto offset = std::make_shared<std::size_t>(0);
         auto slice = std::make_shared<std::function<void()>>();
         QPointer<frmEditor> self(this);
-        *slice = [self, text, offset, slice, path] {
+        *slice = [self, bytes, offset, slice, path] {
             if (!self)
                 return;
-            constexpr qsizetype kSlice = 2 * 1024 * 1024;
-            qsizetype end = std::min(text.size(), *offset + kSlice);
-            const qsizetype nl = text.indexOf('\n', end);
-            end = nl < 0 ? text.size() : nl + 1;
+            constexpr std::size_t kSlice = 2 * 1024 * 1024;
+            // Cut after a line end, which never falls inside a character or a CR LF pair.
+            const std::size_t nl = bytes->find('\n', std::min(bytes->size(), *offset + kSlice));
+            const std::size_t end = nl == std::string::npos ? bytes->size() : nl + 1;
             QTextCursor c(self->m_text->document());
             c.movePosition(QTextCursor::End);
-            c.insertText(text.mid(*offset, end - *offset));
+            c.insertText(decodePart(std::string_view(*bytes).substr(*offset, end - *offset), self->m_form));
             *offset = end;
-            self->m_ctx.ui().progress(*offset);
-            if (*offset < text.size() && !self->m_ctx.ui().cancelled()) {
+            self->m_ctx.ui().progress(static_cast<std::int64_t>(*offset));
+            if (*offset < bytes->size() && !self->m_ctx.ui().cancelled()) {
                 QTimer::singleShot(0, self, *slice);
                 return;
             }
             self->m_ctx.ui().endProgress();
-            const bool stopped = *offset < text.size();
+            self->m_text->document()->setUndoRedoEnabled(true);
+            const bool stopped = *offset < bytes->size();
+            *bytes = {};
             *slice = nullptr; // breaks the cycle
             if (stopped) {
                 // A part of a document must never be saved over the whole one.
@@ -353,6 +395,7 @@ void frmEditor::mnuClear_Click() {
     m_panels[3]->clear();
     m_panels[4]->clear();
     forgetDocument();
+    releaseFreedMemory();
 }
 
 void frmEditor::Command6_Click() { mnuClear_Click(); }

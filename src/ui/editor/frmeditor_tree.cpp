@@ -72,6 +72,9 @@ void frmEditor::SetDirty(bool dirty) {
     if (dirty && !caption.endsWith('*'))
         caption += '*';
     setWindowTitle(caption);
+    // The tree is for browsing and finding: its edits change neither the text nor what Save
+    // writes, and the document is not marked changed by them. The mark says the tree differs.
+    m_treeNote->setVisible(dirty);
 }
 
 void frmEditor::EnableNodeEdit(bool enabled) {

@@ -65,7 +65,7 @@ QVariant XmlTreeModel::data(const QModelIndex& index, int role) const {
             return f;
         }
         return {};
-    case Qt::UserRole: return n->key;
+    case Qt::UserRole: return n->key();
     default: return {};
     }
 }
@@ -112,7 +112,7 @@ void XmlTreeModel::clearBold() {
 QStringList XmlTreeModel::boldKeys() const {
     QStringList keys;
     for (const XmlNode* n : m_bold)
-        keys << n->key;
+        keys << n->key();
     keys.sort();
     return keys;
 }

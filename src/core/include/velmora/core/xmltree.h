@@ -15,14 +15,19 @@
 
 namespace velmora {
 
+// Names, and values and texts that repeat (types, flags, the white space between elements),
+// share one copy across the tree: a scenario of millions of nodes holds few distinct ones.
 struct XmlNode {
     QString name;
-    QString key; // "nod" + running number, unique in the document
+    std::size_t number = 0; // place in document order, from 1
     QString characters;
     std::vector<std::pair<QString, QString>> attributes; // qualified name, value
     XmlNode* parent = nullptr;
     std::size_t row = 0; // place among the parent's children
     std::vector<std::unique_ptr<XmlNode>> children;
+
+    // "nod" + number: unique in the document.
+    QString key() const { return QStringLiteral("nod%1").arg(number); }
 };
 
 class XmlTree {
