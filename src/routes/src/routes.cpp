@@ -29,9 +29,9 @@ std::vector<fs::path> subfolders(const fs::path& folder) {
 }
 
 // The value between the last ">" before a closing tag and that tag.
-std::string valueBefore(const std::string& text, std::size_t close) {
+std::string valueBefore(std::string_view text, std::size_t close) {
     const std::size_t gt = text.rfind('>', close);
-    return gt == std::string::npos ? std::string() : text.substr(gt + 1, close - gt - 1);
+    return gt == std::string_view::npos ? std::string() : std::string(text.substr(gt + 1, close - gt - 1));
 }
 
 std::string languageOf(const AppContext& ctx) {
@@ -94,7 +94,7 @@ unsigned ScenarioEntry::colour() const {
     return 0x000000;
 }
 
-std::string localisedName(const std::string& text, std::size_t from, const std::string& language) {
+std::string localisedName(std::string_view text, std::size_t from, const std::string& language) {
     std::vector<std::string> order{language, "English", "French", "Italian", "German", "Spanish"};
     std::size_t start = from;
     for (std::size_t i = 0; i < order.size(); ++i) {

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velmora {
@@ -81,6 +82,6 @@ std::vector<Use> whereUsed(AppContext& ctx, const std::vector<RouteEntry>& route
 
 // The display name in a localised block: the user's language first, then English, French,
 // Italian, German, Spanish, searching from `from`; empty when none has a value.
-std::string localisedName(const std::string& text, std::size_t from, const std::string& language);
+std::string localisedName(std::string_view text, std::size_t from, const std::string& language);
 
 } // namespace velmora::routes
