@@ -61,14 +61,22 @@ bool skipForward(const std::string& text, std::size_t& pos, std::string_view tag
 }
 
 // Text typed into a field as the properties file holds it: the simulator's UTF-8 forms and
-// entities, with the markup characters escaped so the document stays well formed.
+// entities.
 std::string forDocument(std::string text) {
     ReplaceApos2(text);
-    std::string out;
-    out.reserve(text.size());
-    for (char ch : text)
-        out += ch == '<' ? std::string("&lt;") : ch == '>' ? std::string("&gt;") : std::string(1, ch);
-    return out;
+    return text;
+}
+
+// Markup in a field would cut the document open; the reading side has no way back from "&lt;".
+std::string markupIn(const Fields& f) {
+    const std::pair<const char*, const std::string*> texts[] = {
+        {"Display Name", &f.displayName}, {"Description", &f.description},     {"Briefing", &f.briefing},
+        {"Author", &f.author},            {"Start Location", &f.startLocation}, {"Weather Provider", &f.weather.provider},
+        {"Weather Product", &f.weather.product}, {"Weather Blueprint", &f.weather.blueprintId}};
+    for (const auto& [label, text] : texts)
+        if (text->find_first_of("<>") != std::string::npos)
+            return std::string(label) + " may not hold the characters < or >; nothing was written.";
+    return {};
 }
 
 std::string readTemplate(AppContext& ctx, const std::string& name, std::string& error) {
@@ -163,6 +171,8 @@ std::string applyFields(AppContext& ctx, const ScenarioDocument& doc, const Fiel
     const std::string language = ctx.settings.language.empty() ? std::string("English") : ctx.settings.language;
     std::string copy = doc.propertiesText;
     delta = 0;
+    if (error = markupIn(f); !error.empty())
+        return {};
     auto missing = [&](const std::string& tag) {
         error = doc.propertiesFile.string() + ": the tag " + tag + " was not found; nothing was written.";
         return std::string();
