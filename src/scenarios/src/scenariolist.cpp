@@ -35,6 +35,11 @@ WriteOptions scenarioBackup() {
 } // namespace
 
 std::optional<ScenarioRef> findScenario(AppContext& ctx, const RouteEntry& route, const std::string& key) {
+    // A folder name is looked at alone; only a display name needs the whole list.
+    if (!key.empty() && key.find_first_of("/\\") == std::string::npos && key != "." && key != "..")
+        if (const auto folder = ctx.resolver.resolve(route.path, "Scenarios\\" + key))
+            if (auto entry = routes::readScenarioEntry(ctx, *folder))
+                return ScenarioRef{route, std::move(*entry), *folder};
     const auto scenarios = routes::listScenarios(ctx, route);
     auto make = [&](const ScenarioEntry& s) -> std::optional<ScenarioRef> {
         const auto folder = ctx.resolver.resolve(route.path, "Scenarios\\" + s.folder);
