@@ -65,7 +65,7 @@ struct WriteOptions {
     // The name the numbered backups are built from, in the target's folder; empty for the
     // target's own name. A scenario's save keeps "Scenario.bak" for "Scenario.bin", not
     // "Scenario.bin.bak", so that the simulator's users find the backups they know.
-    std::string backupStem;
+    std::string backupStem = {};
 };
 
 struct WriteResult {
