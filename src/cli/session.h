@@ -73,6 +73,7 @@ std::vector<Command> basicCommands();
 std::vector<Command> editorCommands();
 std::vector<Command> assetCommands();
 std::vector<Command> routeCommands();
+std::vector<Command> scenarioCommands();
 std::vector<Command> historyCommands();
 
 std::optional<long long> parseNumber(const std::string& s);

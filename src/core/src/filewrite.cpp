@@ -193,9 +193,16 @@ std::string sha256Hex(std::string_view bytes) {
         .toStdString();
 }
 
-std::optional<fs::path> freeBackupName(const fs::path& path) {
+namespace {
+// The base of the numbered backup names: the file itself, or the stem beside it.
+fs::path backupBase(const fs::path& target, const std::string& stem) {
+    return stem.empty() ? target : target.parent_path() / stem;
+}
+} // namespace
+
+std::optional<fs::path> freeBackupName(const fs::path& path, const std::string& stem) {
     for (int n = 0; n <= 50; ++n) {
-        fs::path candidate = path;
+        fs::path candidate = backupBase(path, stem);
         candidate += n == 0 ? std::string(".bak") : ".bak" + std::to_string(n);
         std::error_code ec;
         if (!fs::exists(fs::symlink_status(candidate, ec)))
@@ -244,11 +251,11 @@ std::error_code WriteService::writeTemporary(const fs::path& folder, const std::
     return ec;
 }
 
-std::error_code WriteService::makeBackup(const fs::path& target, fs::path& backup) {
+std::error_code WriteService::makeBackup(const fs::path& target, const std::string& stem, fs::path& backup) {
     std::string copied; // read once, only where the file system cannot link
     bool haveCopy = false;
     for (int n = 0; n <= 50; ++n) {
-        fs::path candidate = target;
+        fs::path candidate = backupBase(target, stem);
         candidate += n == 0 ? std::string(".bak") : ".bak" + std::to_string(n);
         std::error_code ec = m_ops->link(target, candidate);
         if (!ec) {
@@ -288,11 +295,11 @@ std::error_code WriteService::makeBackup(const fs::path& target, fs::path& backu
     return {}; // every name is taken
 }
 
-bool WriteService::mayOverwriteWithoutBackup(const fs::path& target) {
+bool WriteService::mayOverwriteWithoutBackup(const fs::path& target, const std::string& stem) {
     if (!m_ui)
         return false;
     std::lock_guard lock(m_askMutex);
-    const std::string name = target.filename().string();
+    const std::string name = stem.empty() ? target.filename().string() : stem;
     return m_ui->ask("All the backup names of " + target.string() + " are taken (" + name + ".bak and " + name +
                          ".bak1 to " + name + ".bak50).\nOverwrite it without keeping a backup?",
                      Buttons::YesNo, Icon::Warning) == Answer::Yes;
@@ -350,11 +357,11 @@ WriteResult WriteService::write(const fs::path& requested, std::string_view byte
         return fail(step, ec);
 
     if (existed && options.backup == Backup::Numbered) {
-        ec = makeBackup(target, r.backup);
+        ec = makeBackup(target, options.backupStem, r.backup);
         if (ec)
             return fail(WriteStep::Backup, ec);
         if (r.backup.empty()) {
-            if (!mayOverwriteWithoutBackup(target)) {
+            if (!mayOverwriteWithoutBackup(target, options.backupStem)) {
                 m_ops->remove(temp);
                 r.failedStep = WriteStep::Backup;
                 r.message = target.string() +
@@ -419,7 +426,7 @@ WriteResult WriteService::remove(const fs::path& target) {
         return r;
     }
     // The file keeps a numbered backup name before it loses its own: nothing is ever deleted.
-    ec = makeBackup(target, r.backup);
+    ec = makeBackup(target, {}, r.backup);
     if (ec || r.backup.empty()) {
         r.failedStep = WriteStep::Backup;
         r.message = target.string() + ": no backup could be made (" +

@@ -29,9 +29,9 @@ std::vector<fs::path> subfolders(const fs::path& folder) {
 }
 
 // The value between the last ">" before a closing tag and that tag.
-std::string valueBefore(const std::string& text, std::size_t close) {
+std::string valueBefore(std::string_view text, std::size_t close) {
     const std::size_t gt = text.rfind('>', close);
-    return gt == std::string::npos ? std::string() : text.substr(gt + 1, close - gt - 1);
+    return gt == std::string_view::npos ? std::string() : std::string(text.substr(gt + 1, close - gt - 1));
 }
 
 std::string languageOf(const AppContext& ctx) {
@@ -94,7 +94,7 @@ unsigned ScenarioEntry::colour() const {
     return 0x000000;
 }
 
-std::string localisedName(const std::string& text, std::size_t from, const std::string& language) {
+std::string localisedName(std::string_view text, std::size_t from, const std::string& language) {
     std::vector<std::string> order{language, "English", "French", "Italian", "German", "Spanish"};
     std::size_t start = from;
     for (std::size_t i = 0; i < order.size(); ++i) {
@@ -163,36 +163,40 @@ std::vector<ScenarioEntry> listScenarios(AppContext& ctx, const RouteEntry& rout
         *noFolder = !folder;
     if (!folder)
         return out;
-    for (const fs::path& p : subfolders(*folder)) {
-        const auto properties = ctx.resolver.resolve(p, "ScenarioProperties.xml");
-        const std::string text = properties ? ReadTextFile(*properties) : std::string();
-        if (text.empty())
-            continue;
-        const std::size_t dev = InStr(1, text, "<DevString", Match::Binary);
-        if (dev == 0)
-            continue;
-        ScenarioEntry s;
-        s.folder = p.filename().string();
-        const std::size_t display = InStr(1, text, "<DisplayName", Match::Binary);
-        s.name = localisedName(text, display ? display : dev, languageOf(ctx));
-        if (s.name.empty()) {
-            const std::size_t devEnd = InStr(dev, text, "</DevString", Match::Binary);
-            s.name = devEnd ? valueBefore(text, devEnd - 1) : std::string();
-        }
-        DecodeChars(s.name);
-        if (const std::size_t cls = InStr(1, text, "<ScenarioClass ", Match::Binary); cls > 0) {
-            std::size_t pos = cls > 100 ? cls - 100 : 1;
-            GetDetail(text, pos, "ScenarioClass", s.scenarioClass, kBinary);
-            if (s.scenarioClass == "eStandardScenarioClass") {
-                std::string workshop;
-                pos = 1;
-                GetDetail(text, pos, "WorkshopID", workshop, kBinary);
-                s.workshop = !workshop.empty() && workshop != "0";
-            }
-        }
-        out.push_back(std::move(s));
-    }
+    for (const fs::path& p : subfolders(*folder))
+        if (auto s = readScenarioEntry(ctx, p))
+            out.push_back(std::move(*s));
     return out;
+}
+
+std::optional<ScenarioEntry> readScenarioEntry(AppContext& ctx, const fs::path& p) {
+    const auto properties = ctx.resolver.resolve(p, "ScenarioProperties.xml");
+    const std::string text = properties ? ReadTextFile(*properties) : std::string();
+    if (text.empty())
+        return std::nullopt;
+    const std::size_t dev = InStr(1, text, "<DevString", Match::Binary);
+    if (dev == 0)
+        return std::nullopt;
+    ScenarioEntry s;
+    s.folder = p.filename().string();
+    const std::size_t display = InStr(1, text, "<DisplayName", Match::Binary);
+    s.name = localisedName(text, display ? display : dev, languageOf(ctx));
+    if (s.name.empty()) {
+        const std::size_t devEnd = InStr(dev, text, "</DevString", Match::Binary);
+        s.name = devEnd ? valueBefore(text, devEnd - 1) : std::string();
+    }
+    DecodeChars(s.name);
+    if (const std::size_t cls = InStr(1, text, "<ScenarioClass ", Match::Binary); cls > 0) {
+        std::size_t pos = cls > 100 ? cls - 100 : 1;
+        GetDetail(text, pos, "ScenarioClass", s.scenarioClass, kBinary);
+        if (s.scenarioClass == "eStandardScenarioClass") {
+            std::string workshop;
+            pos = 1;
+            GetDetail(text, pos, "WorkshopID", workshop, kBinary);
+            s.workshop = !workshop.empty() && workshop != "0";
+        }
+    }
+    return s;
 }
 
 std::string routesOverview(AppContext& ctx, const std::vector<RouteEntry>& routes) {

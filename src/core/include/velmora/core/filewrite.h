@@ -62,6 +62,10 @@ struct WriteOptions {
     // Flushed to the disk before it takes the name. Off only for trees the program generates
     // from nothing (the demo install), where a crash means generating again.
     bool sync = true;
+    // The name the numbered backups are built from, in the target's folder; empty for the
+    // target's own name. A scenario's save keeps "Scenario.bak" for "Scenario.bin", not
+    // "Scenario.bin.bak", so that the simulator's users find the backups they know.
+    std::string backupStem = {};
 };
 
 struct WriteResult {
@@ -82,8 +86,8 @@ struct WriteResult {
 std::string sha256Hex(std::string_view bytes);
 
 // The first free numbered backup name of `path` (.bak, then .bak1 .. .bak50), or nothing when
-// all 51 are taken.
-std::optional<fs::path> freeBackupName(const fs::path& path);
+// all 51 are taken. With a stem, the names are built from it in the same folder.
+std::optional<fs::path> freeBackupName(const fs::path& path, const std::string& stem = {});
 
 class WriteService {
 public:
@@ -110,8 +114,8 @@ public:
 private:
     std::error_code writeTemporary(const fs::path& folder, const std::string& name, std::string_view bytes,
                                    fs::path& temp, WriteStep& step, std::optional<fs::perms> perms, bool sync);
-    std::error_code makeBackup(const fs::path& target, fs::path& backup);
-    bool mayOverwriteWithoutBackup(const fs::path& target);
+    std::error_code makeBackup(const fs::path& target, const std::string& stem, fs::path& backup);
+    bool mayOverwriteWithoutBackup(const fs::path& target, const std::string& stem);
 
     UserInterface* m_ui;
     Journal* m_journal;

@@ -4,7 +4,9 @@
 // name in one of the six languages.
 
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velmora {
@@ -39,6 +41,10 @@ const RouteEntry* findRoute(const std::vector<RouteEntry>& routes, const std::st
 
 // The scenarios of a route; `noFolder` is set when the route has no Scenarios folder.
 std::vector<ScenarioEntry> listScenarios(AppContext& ctx, const RouteEntry& route, bool* noFolder = nullptr);
+
+// The list entry of one scenario folder, or nothing when it is no listed scenario (no
+// ScenarioProperties.xml, or one without an identity).
+std::optional<ScenarioEntry> readScenarioEntry(AppContext& ctx, const fs::path& folder);
 
 // The printable overview: every route's scenarios, the name padded to 70 columns, sorted.
 std::string routesOverview(AppContext& ctx, const std::vector<RouteEntry>& routes);
@@ -81,6 +87,6 @@ std::vector<Use> whereUsed(AppContext& ctx, const std::vector<RouteEntry>& route
 
 // The display name in a localised block: the user's language first, then English, French,
 // Italian, German, Spanish, searching from `from`; empty when none has a value.
-std::string localisedName(const std::string& text, std::size_t from, const std::string& language);
+std::string localisedName(std::string_view text, std::size_t from, const std::string& language);
 
 } // namespace velmora::routes

@@ -1,0 +1,369 @@
+// Scenarios from the command line: the list of a route, one scenario's fields and consists, the
+// field changes saved as the editor saves them, saved copies and empty consists.
+
+#include "session.h"
+
+#include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
+#include "velmora/scenarios/scenario.h"
+#include "velmora/scenarios/scenariolist.h"
+#include "velmora/scenarios/scenariosave.h"
+
+namespace velmora::cli {
+
+namespace {
+
+namespace sc = velmora::scenarios;
+
+// The route and scenario named by the first two plain arguments; `extra` more may follow.
+std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, std::size_t extra = 0,
+                                                bool needScenario = true) {
+    const std::size_t wanted = (needScenario ? 2 : 1) + extra;
+    if (!a.problem.empty()) {
+        s.fail(a.problem);
+        return std::nullopt;
+    }
+    if (a.plain.size() != wanted) {
+        s.fail(a.plain.size() < wanted ? "needs " + std::to_string(wanted) + " arguments: the route" +
+                                             (needScenario ? ", the scenario (folder or name)" : std::string()) +
+                                             (extra ? " and a file name" : "")
+                                       : "unexpected argument '" + a.plain[wanted] + "'");
+        return std::nullopt;
+    }
+    s.start();
+    if (!s.requireRoot())
+        return std::nullopt;
+    const auto routes = routes::listRoutes(s.ctx);
+    const routes::RouteEntry* route = routes::findRoute(routes, a.plain[0]);
+    if (!route) {
+        s.fail("no route with the folder or name '" + a.plain[0] + "'");
+        return std::nullopt;
+    }
+    if (!needScenario)
+        return sc::ScenarioRef{*route, {}, route->path};
+    auto found = sc::findScenario(s.ctx, *route, a.plain[1]);
+    if (!found)
+        s.fail("no scenario with the folder or name '" + a.plain[1] + "' in " + shown(route->name));
+    return found;
+}
+
+void warn(Session& s, const std::vector<std::string>& warnings) {
+    for (const auto& w : warnings)
+        s.err << "velmora-cli: " << s.g.command << ": " << shown(w) << '\n';
+}
+
+std::string jsonBool(bool b) { return b ? "true" : "false"; }
+
+std::string jsonReference(const sc::Reference& r) {
+    return "{\"provider\": " + jsonString(r.provider) + ", \"product\": " + jsonString(r.product) +
+           ", \"blueprint\": " + jsonString(r.blueprintId) + "}";
+}
+
+void showJson(Session& s, const sc::ScenarioRef& ref, const sc::ScenarioDocument& d) {
+    const sc::Properties& p = d.properties;
+    auto& o = s.out;
+    o << "{\n  \"folder\": " << jsonString(ref.scenario.folder) << ",\n  \"name\": " << jsonString(p.displayName)
+      << ",\n  \"class\": " << jsonString(p.scenarioClass) << ",\n  \"startTime\": " << jsonString(p.startTime)
+      << ",\n  \"season\": " << jsonString(p.season) << ",\n  \"weather\": " << jsonReference(p.weather)
+      << ",\n  \"consists\": [";
+    for (std::size_t i = 0; i < d.consists.size(); ++i) {
+        const sc::Consist& c = d.consists[i];
+        o << (i ? "," : "") << "\n    {\"index\": " << i << ", \"service\": " << jsonString(c.serviceName)
+          << ", \"playerDriven\": " << jsonBool(c.playerDriver == "1")
+          << ", \"serviceClass\": " << jsonString(c.serviceClass) << ", \"vehicles\": [";
+        for (std::size_t j = 0; j < c.vehicles.size(); ++j) {
+            const sc::Vehicle& v = c.vehicles[j];
+            o << (j ? "," : "") << "\n      {\"name\": " << jsonString(v.name)
+              << ", \"provider\": " << jsonString(v.blueprint.provider)
+              << ", \"product\": " << jsonString(v.blueprint.product)
+              << ", \"blueprint\": " << jsonString(v.blueprint.blueprintId)
+              << ", \"reskin\": " << (v.reskin.empty() ? std::string("null") : jsonReference(v.reskin))
+              << ", \"flipped\": " << jsonBool(v.flipped == "1") << ", \"number\": " << jsonString(v.number)
+              << ", \"preloaded\": " << jsonBool(v.preloaded == "eTrue") << ", \"loadable\": " << jsonBool(v.loadable)
+              << ", \"startTime\": " << jsonString(v.startTime) << ", \"destination\": " << jsonString(v.destination)
+              << ", \"missing\": " << jsonBool(v.missing) << "}";
+        }
+        o << (c.vehicles.empty() ? "" : "\n    ") << "]}";
+    }
+    o << (d.consists.empty() ? "" : "\n  ") << "]\n}\n";
+}
+
+void showText(Session& s, const sc::ScenarioRef& ref, const sc::ScenarioDocument& d) {
+    const sc::Properties& p = d.properties;
+    auto& o = s.out;
+    o << "Scenario: " << shown(p.displayName) << " (" << ref.scenario.folder << ")\n"
+      << "Class: " << sc::classCaption(d.cls()) << '\n'
+      << "Description: " << shown(p.description) << '\n'
+      << "Briefing: " << shown(p.briefing) << '\n'
+      << "Start Time (24 hour): " << p.startTime << '\n'
+      << "Duration (mins): " << p.durationMins << '\n'
+      << "Day Month Year: " << p.startDD << ' ' << p.startMM << ' ' << p.startYYYY << '\n'
+      << "Season: " << p.season << '\n'
+      << "Weather: " << shown(p.weather.provider) << '\\' << shown(p.weather.product) << '\\'
+      << shown(p.weather.blueprintId) << '\n';
+    if (sc::showsAuthor(d.cls()))
+        o << "Author: " << shown(p.author) << '\n';
+    if (sc::showsStartLocation(d.cls()))
+        o << "Start Location(Freeroam): " << shown(p.startLocation) << '\n';
+    for (std::size_t i = 0; i < d.consists.size(); ++i) {
+        const sc::Consist& c = d.consists[i];
+        o << "\nConsist " << i << ": " << shown(c.serviceName) << (c.playerDriver == "1" ? " (driven)" : "")
+          << (c.serviceClass.empty() ? "" : ", service class " + c.serviceClass) << ", " << c.vehicles.size()
+          << " items\n";
+        if (c.vehicles.empty())
+            o << "\tEmpty Consist\n";
+        for (const sc::Vehicle& v : c.vehicles) {
+            o << '\t' << shown(v.name) << '\t' << shown(v.path) << '\t' << v.number
+              << (v.flipped == "1" ? "\tReversed" : "\tForward") << (v.preloaded == "eTrue" ? "\tLoaded" : "");
+            if (!v.reskin.empty())
+                o << "\treskin " << shown(v.reskin.provider) << '\\' << shown(v.reskin.product) << '\\'
+                  << shown(v.reskin.blueprintId);
+            o << (v.missing ? "\tmissing" : "") << '\n';
+        }
+    }
+    if (!d.missingReport.empty())
+        o << '\n' << shown(d.missingReport);
+}
+
+sc::ScenarioDocument opened(Session& s, const sc::ScenarioRef& ref, int& code) {
+    sc::ScenarioDocument d = sc::openScenario(s.ctx, ref.folder);
+    warn(s, d.warnings);
+    code = d.ok() ? Success : s.fail(shown(d.error));
+    return d;
+}
+
+int cmdScenarioList(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {"--json"});
+    const auto ref = scenarioArgument(s, a, 0, false);
+    if (!ref)
+        return Error;
+    bool noFolder = false;
+    const auto scenarios = routes::listScenarios(s.ctx, ref->route, &noFolder);
+    auto copiesOf = [&](const routes::ScenarioEntry& e) {
+        std::vector<sc::SavedCopy> copies;
+        if (const auto folder = s.ctx.resolver.resolve(ref->route.path, "Scenarios\\" + e.folder))
+            for (auto& c : sc::savedCopies(*folder))
+                if (!c.document)
+                    copies.push_back(std::move(c));
+        return copies;
+    };
+    if (a.has("--json")) {
+        s.out << "[";
+        for (std::size_t i = 0; i < scenarios.size(); ++i) {
+            const auto& e = scenarios[i];
+            s.out << (i ? "," : "") << "\n  {\"folder\": " << jsonString(e.folder) << ", \"name\": " << jsonString(e.name)
+                  << ", \"class\": " << jsonString(e.scenarioClass) << ", \"legend\": " << jsonString(e.legend())
+                  << ", \"saves\": [";
+            const auto copies = copiesOf(e);
+            for (std::size_t j = 0; j < copies.size(); ++j)
+                s.out << (j ? ", " : "") << jsonString(copies[j].name);
+            s.out << "]}";
+        }
+        s.out << (scenarios.empty() ? "" : "\n") << "]\n";
+        return Success;
+    }
+    if (noFolder) {
+        s.out << "No Scenarios folder found\n";
+        return Success;
+    }
+    s.out << "No. of Scenarios: " << scenarios.size() << '\n';
+    for (const auto& e : scenarios) {
+        s.out << e.folder << '\t' << shown(e.name) << '\t' << e.legend();
+        for (const auto& c : copiesOf(e))
+            s.out << '\t' << c.name;
+        s.out << '\n';
+    }
+    return Success;
+}
+
+int cmdScenarioShow(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {"--json"});
+    const auto ref = scenarioArgument(s, a);
+    if (!ref)
+        return Error;
+    int code = Success;
+    const sc::ScenarioDocument d = opened(s, *ref, code);
+    if (code != Success)
+        return code;
+    if (a.has("--json"))
+        showJson(s, *ref, d);
+    else
+        showText(s, *ref, d);
+    return d.anyMissing() ? ProblemsFound : Success;
+}
+
+// The season as the editor's list offers it.
+std::optional<std::string> season(const std::string& typed) {
+    for (const char* value : {"SEASON_SPRING", "SEASON_SUMMER", "SEASON_AUTUMN", "SEASON_WINTER"})
+        if (iequals(typed, value) || iequals(typed, value + 7))
+            return std::string(value);
+    return std::nullopt;
+}
+
+// Applies the options to the fields; an empty result, or the problem with the options.
+std::string readOptions(Session& s, const Arguments& a, const sc::ScenarioDocument& d, sc::Fields& f) {
+    auto text = [&](const char* option, std::string& field) {
+        if (auto v = a.value(option))
+            field = documentFromUtf8(*v);
+    };
+    text("--name", f.displayName);
+    text("--description", f.description);
+    text("--briefing", f.briefing);
+    if (auto v = a.value("--start-time"))
+        f.startTime = *v;
+    if (auto v = a.value("--duration")) {
+        if (!parseNumber(*v) || *parseNumber(*v) < 0)
+            return "--duration needs a number of minutes, not '" + *v + "'";
+        f.durationMins = *v;
+    }
+    if (auto v = a.value("--date")) {
+        const auto first = v->find('/');
+        const auto second = first == std::string::npos ? first : v->find('/', first + 1);
+        if (second == std::string::npos || v->find_first_not_of("0123456789/") != std::string::npos)
+            return "--date needs DD/MM/YYYY, not '" + *v + "'";
+        f.startDD = v->substr(0, first);
+        f.startMM = v->substr(first + 1, second - first - 1);
+        f.startYYYY = v->substr(second + 1);
+    }
+    if (auto v = a.value("--season")) {
+        const auto value = season(*v);
+        if (!value)
+            return "--season needs SEASON_SPRING, SEASON_SUMMER, SEASON_AUTUMN or SEASON_WINTER, not '" + *v + "'";
+        f.season = *value;
+    }
+    if (auto v = a.value("--weather")) {
+        const auto first = v->find('/');
+        const auto second = first == std::string::npos ? first : v->find('/', first + 1);
+        if (second == std::string::npos || second + 1 >= v->size())
+            return "--weather needs PROVIDER/PRODUCT/PATH, not '" + *v + "'";
+        std::string path = v->substr(second + 1);
+        for (char& ch : path)
+            if (ch == '/')
+                ch = '\\';
+        if (iendsWith(path, "bin"))
+            path.replace(path.size() - 3, 3, "xml");
+        f.weather = {documentFromUtf8(v->substr(0, first)), documentFromUtf8(v->substr(first + 1, second - first - 1)),
+                     documentFromUtf8(path)};
+    }
+    if (auto v = a.value("--class")) {
+        const auto cls = sc::parseClass(*v);
+        if (!cls)
+            return "--class needs standard, freeroam, career, tutorial or timetable, not '" + *v + "'";
+        if (*cls != d.cls() && s.ctx.ui().ask(sc::kClassChangeWarning, Buttons::OkCancel) != Answer::Ok)
+            return "the class was not changed";
+        f.cls = *cls;
+    }
+    if (auto v = a.value("--author")) {
+        if (!sc::showsAuthor(f.cls))
+            return "the author is kept only in standard and free-roam scenarios";
+        f.author = documentFromUtf8(*v);
+    }
+    if (auto v = a.value("--start-location")) {
+        if (!sc::showsStartLocation(f.cls))
+            return "the start location is kept only in free-roam scenarios";
+        f.startLocation = documentFromUtf8(*v);
+    }
+    f.changeAllConsists = a.has("--all-consists");
+    return {};
+}
+
+int cmdScenarioSet(Session& s) {
+    const Arguments a = parseArguments(s.g.rest,
+                                       {"--name", "--description", "--briefing", "--start-time", "--duration", "--date",
+                                        "--season", "--weather", "--class", "--author", "--start-location"},
+                                       {"--all-consists"});
+    const auto ref = scenarioArgument(s, a);
+    if (!ref)
+        return Error;
+    if (a.options.empty())
+        return s.fail("nothing to change: give at least one field option");
+    int code = Success;
+    const sc::ScenarioDocument d = opened(s, *ref, code);
+    if (code != Success)
+        return code;
+    if (d.refused)
+        return s.fail("the scenario was not changed");
+    sc::Fields f = sc::fieldsOf(d);
+    if (const std::string problem = readOptions(s, a, d, f); !problem.empty())
+        return s.fail(problem);
+    const sc::SaveResult r = sc::saveScenario(s.ctx, d, f);
+    if (!r)
+        return s.fail(shown(r.message));
+    if (!s.g.quiet) {
+        s.out << r.message << '\n';
+        for (const auto& b : r.backups)
+            s.out << "Backup: " << b.string() << '\n';
+    }
+    return Success;
+}
+
+int cmdScenarioSaves(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {"--json"});
+    const auto ref = scenarioArgument(s, a);
+    if (!ref)
+        return Error;
+    const auto copies = sc::savedCopies(ref->folder);
+    if (a.has("--json")) {
+        s.out << "[";
+        for (std::size_t i = 0; i < copies.size(); ++i)
+            s.out << (i ? "," : "") << "\n  {\"file\": " << jsonString(copies[i].name)
+                  << ", \"md5\": " << jsonBool(copies[i].md5) << ", \"document\": " << jsonBool(copies[i].document) << "}";
+        s.out << (copies.empty() ? "" : "\n") << "]\n";
+        return Success;
+    }
+    s.out << "Saved Copies of Selected Scenario\n";
+    for (const auto& c : copies)
+        s.out << c.name << (c.md5 ? "\t.MD5" : "") << '\n';
+    return Success;
+}
+
+// The commands that change one scenario's files and say what they did.
+int finish(Session& s, const sc::CommandResult& r) {
+    if (!r)
+        return s.fail(shown(r.message));
+    if (!s.g.quiet)
+        s.out << shown(r.message) << '\n';
+    return Success;
+}
+
+int cmdScenarioSaveAs(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    const auto ref = scenarioArgument(s, a, 1);
+    return ref ? finish(s, sc::saveCurrentSaveAs(s.ctx, ref->folder, a.plain[2])) : Error;
+}
+
+int cmdScenarioOverwriteSave(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    const auto ref = scenarioArgument(s, a, 1);
+    return ref ? finish(s, sc::overwriteCurrentSave(s.ctx, ref->folder, a.plain[2])) : Error;
+}
+
+int cmdScenarioRemoveEmpty(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    const auto ref = scenarioArgument(s, a);
+    return ref ? finish(s, sc::removeEmptyConsists(s.ctx, ref->folder)) : Error;
+}
+
+} // namespace
+
+std::vector<Command> scenarioCommands() {
+    return {
+        {"scenario list", "ROUTE [--json]", "the route's scenarios with folder, name, class and saved copies",
+         cmdScenarioList},
+        {"scenario show", "ROUTE SCENARIO [--json]",
+         "a scenario's fields, consists and vehicles (exit 1 if a vehicle's blueprint is missing)", cmdScenarioShow},
+        {"scenario set",
+         "ROUTE SCENARIO [--name T] [--description T] [--briefing T] [--start-time HHMM] [--duration MIN] "
+         "[--date DD/MM/YYYY] [--season S] [--weather PROVIDER/PRODUCT/PATH] [--class C] [--author A] "
+         "[--start-location T] [--all-consists]",
+         "changes the fields and saves both documents with their backups", cmdScenarioSet},
+        {"scenario saves", "ROUTE SCENARIO [--json]", "the saved copies (.bin files) of a scenario", cmdScenarioSaves},
+        {"scenario save-as", "ROUTE SCENARIO NAME", "copies CurrentSave.bin (and its .MD5) to NAME", cmdScenarioSaveAs},
+        {"scenario overwrite-save", "ROUTE SCENARIO FILE", "replaces CurrentSave.bin (and its .MD5) by a saved copy",
+         cmdScenarioOverwriteSave},
+        {"scenario remove-empty-consists", "ROUTE SCENARIO", "removes the consists that hold no rail vehicle",
+         cmdScenarioRemoveEmpty},
+    };
+}
+
+} // namespace velmora::cli
