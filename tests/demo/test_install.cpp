@@ -176,6 +176,63 @@ TEST(DemoInstall, HoldsWhatTheManifestSays) {
         EXPECT_NE(scenario.find(tag), std::string::npos) << tag;
 }
 
+// What the manifest says of each scenario (its vehicles, flips, saves and weather) is what the
+// documents hold: the scenario editor's tests compare against these entries.
+TEST(DemoInstall, ScenariosHoldWhatTheManifestSaysOfThem) {
+    const Install& in = shared();
+    auto count = [](const std::string& text, const std::string& what) {
+        int n = 0;
+        for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+            ++n;
+        return n;
+    };
+    int flipped = 0, reskins = 0, preloaded = 0, withoutHash = 0, withoutWeather = 0;
+    for (const auto& rv : in.manifest["routes"].toArray()) {
+        const QJsonObject r = rv.toObject();
+        if (r["packed"].toBool())
+            continue;
+        for (const auto& sv : r["scenarios"].toArray()) {
+            const QJsonObject sc = sv.toObject();
+            if (!sc["properties"].toBool())
+                continue;
+            const std::string folder = "Content/Routes/" + str(r["folder"]) + "/Scenarios/" + str(sc["folder"]);
+            SCOPED_TRACE(folder);
+            // This install keeps its documents as XML text (see Install).
+            const std::string xml = readFile(in.path(folder + "/Scenario.bin"));
+            int vehicles = 0, flips = 0;
+            for (const auto& cv : sc["consists"].toArray())
+                for (const auto& vv : cv.toObject()["vehicles"].toArray()) {
+                    const QJsonObject v = vv.toObject();
+                    ++vehicles;
+                    flips += v["flipped"].toBool();
+                    reskins += v["reskin"].isObject();
+                    preloaded += v["preloaded"].toBool();
+                    EXPECT_NE(xml.find(">" + str(v["number"]) + "<"), std::string::npos) << str(v["number"]);
+                    EXPECT_NE(xml.find(">" + str(v["blueprint"]) + "<"), std::string::npos) << str(v["blueprint"]);
+                }
+            EXPECT_EQ(count(xml, "<UniqueNumber"), vehicles);
+            EXPECT_EQ(count(xml, "<Flipped d:type=\"bool\">1<"), flips);
+            flipped += flips;
+            const QJsonValue save = sc["save"];
+            EXPECT_EQ(fs::exists(in.path(folder + "/CurrentSave.bin")), save.isObject());
+            EXPECT_EQ(fs::exists(in.path(folder + "/CurrentSave.bin.MD5")), save.isObject() && save.toObject()["md5"].toBool());
+            withoutHash += save.isObject() && !save.toObject()["md5"].toBool();
+            const QJsonObject weather = sc["weather"].toObject();
+            EXPECT_NE(readFile(in.path(folder + "/ScenarioProperties.xml")).find(str(weather["blueprint"])), std::string::npos);
+            const std::string product = "Assets/" + str(weather["provider"]) + "/" + str(weather["product"]);
+            EXPECT_EQ(fs::exists(in.path(product + "/Weather")) || fs::exists(in.path(product + "/Environment/Weather")),
+                      weather["folderExists"].toBool());
+            withoutWeather += !weather["folderExists"].toBool();
+        }
+    }
+    // Each case the editor has to show occurs somewhere.
+    EXPECT_GT(flipped, 0);
+    EXPECT_GT(reskins, 0);
+    EXPECT_GT(preloaded, 0);
+    EXPECT_GT(withoutHash, 0);
+    EXPECT_GT(withoutWeather, 0);
+}
+
 TEST(DemoInstall, EveryRecordedFaultIsOnDisk) {
     const Install& in = shared();
     std::map<std::string, int> kinds;

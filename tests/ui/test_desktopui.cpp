@@ -1,13 +1,16 @@
 // The desktop front end of the logic's channel: a progress box never outlives its job, and
 // dialogs open over the screen the user is working in.
 
+#include "common/backgroundjob.h"
 #include "common/desktopui.h"
+#include "velmora/core/userinterface.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QEventLoop>
 #include <QMessageBox>
 #include <QProgressDialog>
+#include <QThread>
 #include <QTimer>
 #include <QUrl>
 
@@ -115,6 +118,52 @@ private slots:
     }
 
     // The guide goes to the desktop as an absolute file URL; the opener's answer is passed on.
+    void aLongJobRunsOffTheGuiThreadAndAsksOnIt() {
+        ScriptedUi scripted;
+        AbortableUi gui(scripted);
+        const auto dir = std::filesystem::temp_directory_path() / "velmora-bgjob";
+        AppContext ctx(dir / "home", dir / "data", gui);
+        scripted.pushAnswer(Answer::Yes);
+        QThread* jobThread = nullptr;
+        QThread* askedOn = nullptr;
+        Answer answer = Answer::Cancel;
+        bool sameUi = false;
+        scripted.onPrompt = [&](const ScriptedUi::Prompt&) { askedOn = QThread::currentThread(); };
+        // The window stays alive: a timer of the GUI thread fires while the job works.
+        int ticks = 0;
+        QTimer alive;
+        QObject::connect(&alive, &QTimer::timeout, [&] { ++ticks; });
+        alive.start(10);
+        const bool finished = ui::runInBackground(ctx, "Working", [&](UserInterface& ui) {
+            jobThread = QThread::currentThread();
+            sameUi = &ctx.ui() == &ui; // logic that reports through the context reaches the box
+            ui.beginProgress("Reading", 10);
+            for (int i = 0; i < 10; ++i) {
+                ui.progress(i);
+                QThread::msleep(20);
+            }
+            answer = ui.ask("Go on?", Buttons::YesNo, Icon::Question, {});
+        });
+        QVERIFY(finished);
+        QVERIFY(sameUi);
+        QVERIFY(jobThread && jobThread != QThread::currentThread());
+        QCOMPARE(askedOn, QThread::currentThread()); // the question was asked on the GUI thread
+        QCOMPARE(answer, Answer::Yes);
+        QVERIFY(ticks > 3);
+        QCOMPARE(&ctx.ui(), static_cast<UserInterface*>(&gui)); // the context has its own back
+
+        // Abort on the screen stops the job at its next look.
+        QTimer::singleShot(50, [&] { gui.abort(); });
+        int steps = 0;
+        const bool completed = ui::runInBackground(ctx, "Working", [&](UserInterface& ui) {
+            for (; steps < 1000 && !ui.cancelled(); ++steps)
+                QThread::msleep(5);
+        });
+        QVERIFY(!completed);
+        QVERIFY(steps < 1000);
+        std::filesystem::remove_all(dir);
+    }
+
     void aFileIsHandedToTheDesktopAsAFileUrl() {
         ui::DesktopUi desktop;
         QList<QUrl> asked;

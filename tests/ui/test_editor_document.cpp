@@ -20,6 +20,8 @@
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTreeView>
+#include <QTextBlock>
+#include <QTextLayout>
 #include <QtTest>
 
 #include <filesystem>
@@ -464,6 +466,19 @@ private slots:
         editor->Command1_Click();
         QVERIFY(editor->highlighted());
         QCOMPARE(editor->findChild<QPushButton*>("Command1")->text(), QString("English 311"));
+        // A dark theme chosen while the colouring is on: the plain text follows the new palette.
+        auto plainColour = [&] {
+            const QTextBlock block = editor->textView()->document()->findBlockByNumber(1);
+            for (const auto& range : block.layout()->formats())
+                if (range.format.hasProperty(QTextFormat::ForegroundBrush))
+                    return range.format.foreground().color();
+            return QColor();
+        };
+        QPalette dark = editor->palette();
+        dark.setColor(QPalette::Base, QColor(30, 30, 30));
+        dark.setColor(QPalette::Text, QColor(230, 230, 230));
+        editor->setPalette(dark);
+        QTRY_VERIFY(plainColour().isValid() && plainColour().lightness() > 128);
         editor->Command1_Click();
         QCOMPARE(editor->findChild<QPushButton*>("Command1")->text(), QString("English 62"));
     }

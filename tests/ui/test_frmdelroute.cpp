@@ -143,6 +143,10 @@ private slots:
                                [](const auto& p) { return p.kind == ScriptedUi::Prompt::Kind::Question; }),
                  4);
 
+        results->resize(1100, 700);
+        results->tabs()->setCurrentIndex(0);
+        QVERIFY(results->grab().save(QCoreApplication::applicationDirPath() + "/route-check-results.png"));
+
         // A page's own Exit closes its tab; the window goes with the last one.
         QPointer<ui::frmResults> guard(results);
         auto* first = results->page(0);

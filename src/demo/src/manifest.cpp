@@ -31,6 +31,54 @@ std::string stringArray(const std::vector<std::string>& items, const std::string
     return out + indent + "]";
 }
 
+std::string boolText(bool b) { return b ? "true" : "false"; }
+
+std::string number(double value) {
+    std::string text = std::to_string(value);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.')
+        text.pop_back();
+    return text;
+}
+
+std::string vehicleJson(const ManifestVehicle& v) {
+    std::string o = "{\"name\": " + jsonString(v.name) + ", \"provider\": " + jsonString(v.provider) +
+                    ", \"product\": " + jsonString(v.product) + ", \"blueprint\": " + jsonString(v.blueprint) +
+                    ", \"reskin\": ";
+    o += v.reskinBlueprint.empty() ? std::string("null")
+                                   : "{\"provider\": " + jsonString(v.reskinProvider) + ", \"product\": " +
+                                         jsonString(v.reskinProduct) + ", \"blueprint\": " + jsonString(v.reskinBlueprint) + "}";
+    return o + ", \"flipped\": " + boolText(v.flipped) + ", \"number\": " + jsonString(v.number) +
+           ", \"preloaded\": " + boolText(v.preloaded) + ", \"missing\": " + boolText(v.missing) + "}";
+}
+
+// One scenario on a few lines: what it is, then each consist with its vehicles.
+std::string scenarioJson(const ManifestScenario& s) {
+    const std::string in = "          ";
+    std::string o = "{\"folder\": " + jsonString(s.folder) + ", \"name\": " + jsonString(s.name) +
+                    ", \"class\": " + jsonString(s.scenarioClass) + ", \"properties\": " + boolText(s.hasProperties);
+    if (!s.hasProperties)
+        return o + "}";
+    o += ",\n" + in + "\"startTime\": " + number(s.startTime) + ", \"season\": " + jsonString(s.season) +
+         ", \"startLocation\": " + jsonString(s.startLocation) + ",\n" + in + "\"weather\": {\"provider\": " +
+         jsonString(s.weatherProvider) + ", \"product\": " + jsonString(s.weatherProduct) + ", \"blueprint\": " +
+         jsonString(s.weatherBlueprint) + ", \"folderExists\": " + boolText(s.weatherFolder) + "},\n" + in +
+         "\"save\": " +
+         (s.save.empty() ? std::string("null")
+                         : "{\"file\": " + jsonString(s.save) + ", \"md5\": " + boolText(s.saveHash) + "}") +
+         ",\n" + in + "\"consists\": [";
+    for (std::size_t i = 0; i < s.consists.size(); ++i) {
+        const auto& c = s.consists[i];
+        o += std::string(i ? "," : "") + "\n" + in + "  {\"index\": " + std::to_string(i) + ", \"service\": " +
+             jsonString(c.service) + ", \"playerDriven\": " + boolText(c.playerDriven) + ", \"startTime\": " +
+             number(c.startTime) + ", \"destination\": " + jsonString(c.destination) + ", \"vehicles\": [";
+        for (std::size_t k = 0; k < c.vehicles.size(); ++k)
+            o += std::string(k ? "," : "") + "\n" + in + "    " + vehicleJson(c.vehicles[k]);
+        o += "]}";
+    }
+    return o + "]}";
+}
+
 } // namespace
 
 std::string Manifest::json() const {
@@ -57,12 +105,8 @@ std::string Manifest::json() const {
         const auto& r = routes[i];
         o += "    {\n      \"folder\": " + jsonString(r.folder) + ",\n      \"name\": " + jsonString(r.name) +
              ",\n      \"packed\": " + (r.packed ? "true" : "false") + ",\n      \"scenarios\": [";
-        for (std::size_t j = 0; j < r.scenarios.size(); ++j) {
-            const auto& s = r.scenarios[j];
-            o += std::string(j ? "," : "") + "\n        {\"folder\": " + jsonString(s.folder) +
-                 ", \"name\": " + jsonString(s.name) + ", \"class\": " + jsonString(s.scenarioClass) +
-                 ", \"properties\": " + (s.hasProperties ? "true" : "false") + "}";
-        }
+        for (std::size_t j = 0; j < r.scenarios.size(); ++j)
+            o += std::string(j ? "," : "") + "\n        " + scenarioJson(r.scenarios[j]);
         o += r.scenarios.empty() ? "],\n" : "\n      ],\n";
         o += "      \"tiles\": " + stringArray(r.tiles, "      ") + "\n    }" +
              (i + 1 < routes.size() ? ",\n" : "\n");

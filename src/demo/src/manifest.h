@@ -21,9 +21,36 @@ struct Fault {
     std::vector<std::pair<std::string, std::string>> details; // extra facts, e.g. the texture code
 };
 
+// A vehicle of a scenario's consist as the documents hold it: blueprints as written (backslashes,
+// ending in ".xml"); the reskin's three parts are empty when the vehicle is not a reskin.
+struct ManifestVehicle {
+    std::string name, provider, product, blueprint;
+    std::string reskinProvider, reskinProduct, reskinBlueprint;
+    bool flipped = false;
+    std::string number;
+    bool preloaded = false;
+    bool missing = false; // no blueprint of that name below Assets
+};
+
+struct ManifestConsist {
+    std::string service; // "" for a loose consist
+    bool playerDriven = false;
+    double startTime = 0; // seconds after midnight
+    std::string destination;
+    std::vector<ManifestVehicle> vehicles;
+};
+
 struct ManifestScenario {
     std::string folder, name, scenarioClass;
     bool hasProperties = true;
+    double startTime = 0; // seconds after midnight
+    std::string season;
+    std::string weatherProvider, weatherProduct, weatherBlueprint;
+    bool weatherFolder = true; // Assets/<provider>/<product>/Weather (or Environment/Weather) exists
+    std::string startLocation;
+    std::string save;     // "CurrentSave.bin" when the scenario has a saved copy, else ""
+    bool saveHash = false; // the save has its .MD5 companion
+    std::vector<ManifestConsist> consists;
 };
 
 struct ManifestRoute {

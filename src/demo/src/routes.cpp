@@ -116,6 +116,7 @@ struct Car {
     const Vehicle* vehicle;
     std::string number;
     double cargo = -1; // fill level, or -1 for none
+    bool flipped = false;
 };
 
 struct Consist {
@@ -151,7 +152,7 @@ std::string scenarioXml(Context& ctx, const std::vector<Consist>& consists) {
             x.open("cOwnedEntity", ctx.rng.id()).open("Component");
             x.open(v.engine ? "cEngine" : "cWagon", ctx.rng.id()).str("PantographInfo", "PANTO_UNKNOWN");
             x.boolean("PantographIsDirectional", false).float32("LastPantographControlValue", 1);
-            x.boolean("Flipped", false).str("UniqueNumber", car.number).str("GUID", "");
+            x.boolean("Flipped", car.flipped).str("UniqueNumber", car.number).str("GUID", "");
             x.open("Followers");
             follower(x, ctx.rng, "e", "FrontTrigger", at);
             follower(x, ctx.rng, "e", "RearTrigger", at - 20);
@@ -225,9 +226,15 @@ struct ScenarioSpec {
     std::string name, scenarioClass;
     std::string workshopId = "0";
     bool properties = true, scenery = false, save = false, missingStock = false;
+    bool saveHash = true; // the save gets its .MD5 companion
+    Ref weather{};        // empty: the install's own weather
 };
 
-std::string scenarioPropertiesXml(Context& ctx, const Guid& id, const ScenarioSpec& s, const std::vector<Consist>& consists) {
+// The weather of a scenario whose product has no Weather folder at all.
+const Ref kWeatherWithoutFolder{"DemoRail", "Class66Pack", "Weather\\Demo_Overcast.xml"};
+
+std::string scenarioPropertiesXml(Context& ctx, const Guid& id, const ScenarioSpec& s, const std::vector<Consist>& consists,
+                                  double& startTime) {
     XmlBuilder x("cScenarioProperties", ctx.rng.id());
     guidElement(x, "ID", id);
     x.empty("String");
@@ -235,10 +242,11 @@ std::string scenarioPropertiesXml(Context& ctx, const Guid& id, const ScenarioSp
     localisedName(x, "Description", "A demo scenario: " + s.name, makeGuid(ctx.rng).text);
     localisedName(x, "Briefing", "Drive the service to its destination.", makeGuid(ctx.rng).text);
     localisedName(x, "StartLocation", s.scenarioClass == "eFreeRoamScenarioClass" ? "Demo yard" : "", makeGuid(ctx.rng).text);
-    x.str("ScenarioClass", s.scenarioClass).float32("StartTime", 28800 + static_cast<double>(ctx.rng.below(40)) * 900);
+    startTime = 28800 + static_cast<double>(ctx.rng.below(40)) * 900;
+    x.str("ScenarioClass", s.scenarioClass).float32("StartTime", startTime);
     x.integer("DurationMins", "sInt32", 45).integer("StartDD", "sInt32", 4).integer("StartMM", "sInt32", 5);
     x.integer("StartYYYY", "sInt32", 2019).str("Season", "SEASON_SPRING");
-    blueprintRef(x, "WeatherBlueprint", ctx.cat.weather);
+    blueprintRef(x, "WeatherBlueprint", s.weather.empty() ? ctx.cat.weather : s.weather);
     blueprintRef(x, "WeatherExtensionBlueprint", Ref{});
     x.integer("Rating", "sInt32", 1).str("LocoClass", "LOCO_CLASS_DIESEL");
     x.boolean("HasRollingStart", false).boolean("LoadedFromRollingStart", false);
@@ -297,11 +305,62 @@ std::vector<Consist> servicesFor(Context& ctx, const RouteState& r, int n) {
     ai.cars.push_back({&engine(1), number(engine(1), ctx.rng)});
     for (int i = 0; i < 4; ++i)
         ai.cars.push_back({&wagon(i + 1), number(wagon(i + 1), ctx.rng), wagon(i + 1).cargo ? 1.0 : -1});
+    ai.cars.back().flipped = true; // the last wagon runs the other way round
     Consist loose{Consist::Loose, {}, "", 0, ""};
     for (int i = 0; i < 3; ++i)
         loose.cars.push_back({&wagon(i + 2), number(wagon(i + 2), ctx.rng)});
     out = {player, ai, loose};
     return out;
+}
+
+// What the manifest says of a scenario: its fields and every vehicle as the documents hold them.
+ManifestScenario manifestScenario(Context& ctx, const Guid& id, const ScenarioSpec& s, const std::vector<Consist>& consists,
+                                  double startTime, const Vehicle* missing) {
+    ManifestScenario m;
+    m.folder = id.text;
+    m.name = s.name;
+    m.scenarioClass = s.scenarioClass;
+    m.hasProperties = s.properties;
+    if (!s.properties)
+        return m;
+    const Ref& weather = s.weather.empty() ? ctx.cat.weather : s.weather;
+    m.startTime = startTime;
+    m.season = "SEASON_SPRING";
+    m.weatherProvider = weather.provider;
+    m.weatherProduct = weather.product;
+    m.weatherBlueprint = weather.id;
+    m.weatherFolder = s.weather.empty();
+    m.startLocation = s.scenarioClass == "eFreeRoamScenarioClass" ? "Demo yard" : "";
+    m.save = s.save ? "CurrentSave.bin" : "";
+    m.saveHash = s.save && s.saveHash;
+    for (const Consist& c : consists) {
+        ManifestConsist mc;
+        mc.service = c.service;
+        mc.playerDriven = c.kind == Consist::Player;
+        mc.startTime = c.startTime;
+        mc.destination = c.destination;
+        for (const Car& car : c.cars) {
+            const Vehicle& v = *car.vehicle;
+            const Ref& base = v.reskinOf.empty() ? v.ref : v.reskinOf;
+            ManifestVehicle mv;
+            mv.name = v.name;
+            mv.provider = base.provider;
+            mv.product = base.product;
+            mv.blueprint = base.id;
+            mv.flipped = car.flipped;
+            mv.number = car.number;
+            mv.preloaded = car.cargo >= 0;
+            mv.missing = car.vehicle == missing;
+            if (!v.reskinOf.empty()) {
+                mv.reskinProvider = v.ref.provider;
+                mv.reskinProduct = v.ref.product;
+                mv.reskinBlueprint = v.ref.id;
+            }
+            mc.vehicles.push_back(std::move(mv));
+        }
+        m.consists.push_back(std::move(mc));
+    }
+    return m;
 }
 
 bool writeScenario(Context& ctx, RouteState& r, const ScenarioSpec& s, DemoResult& result) {
@@ -319,7 +378,8 @@ bool writeScenario(Context& ctx, RouteState& r, const ScenarioSpec& s, DemoResul
                                     folder + "/Scenario.bin", missingWagon.ref.id,
                                     "the loose consist's wagon is listed but its blueprint does not exist"));
     }
-    if (s.properties && !ctx.out.raw(folder + "/ScenarioProperties.xml", scenarioPropertiesXml(ctx, id, s, consists)))
+    double startTime = 0;
+    if (s.properties && !ctx.out.raw(folder + "/ScenarioProperties.xml", scenarioPropertiesXml(ctx, id, s, consists, startTime)))
         return false;
     if (!ctx.out.document(folder + "/Scenario.bin", scenarioXml(ctx, consists)) ||
         !ctx.out.document(folder + "/ScenarioNetworkProperties.bin", networkPropertiesXml(ctx)))
@@ -341,10 +401,15 @@ bool writeScenario(Context& ctx, RouteState& r, const ScenarioSpec& s, DemoResul
             return false;
         QByteArray hash = QCryptographicHash::hash(QByteArray(bin.data(), static_cast<qsizetype>(bin.size())),
                                                    QCryptographicHash::Md5).toHex().toUpper();
-        if (!ctx.out.raw(folder + "/CurrentSave.bin.MD5", hash.toStdString()))
+        if (s.saveHash && !ctx.out.raw(folder + "/CurrentSave.bin.MD5", hash.toStdString()))
             return false;
     }
-    r.manifest->scenarios.push_back({id.text, s.name, s.scenarioClass, s.properties});
+    r.manifest->scenarios.push_back(manifestScenario(ctx, id, s, consists, startTime, s.missingStock ? &missingWagon : nullptr));
+    if (!s.weather.empty())
+        ctx.manifest.add(routeFault(r, "missing-weather-folder", "scenario-editor",
+                                    "Assets/" + s.weather.provider + "/" + s.weather.product + "/Weather",
+                                    folder + "/ScenarioProperties.xml", s.weather.id,
+                                    "\"The Weather folder for this scenario is missing\"; the weather picker is not set up"));
     ++result.scenarios;
     if (!s.properties)
         ctx.manifest.add(routeFault(r, "scenario-without-properties", "scenario-list", folder, "", "",
@@ -545,6 +610,10 @@ bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
                  {"Timetable: morning", "eTimetableScenarioClass"},
                  {"[QD] Quick Drive", "eTemplateScenarioClass"},
                  {"Workshop: Déjà vu", "eStandardScenarioClass", "1733904021"}};
+        // A save without its hash, and a weather whose product has no Weather folder.
+        specs[2].save = true;
+        specs[2].saveHash = false;
+        specs[3].weather = kWeatherWithoutFolder;
         if (r.index == 0)
             specs.push_back({"Unfinished", "eStandardScenarioClass", "0", false});
         for (int i = 0; i < 7 * (scale - 1); ++i)

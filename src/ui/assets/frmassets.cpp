@@ -216,6 +216,8 @@ void frmAssets::buildWidgets() {
     m_picture->setObjectName("Picture1");
     m_picture->setMinimumSize(256, 256);
     m_picture->setAlignment(Qt::AlignCenter);
+    m_picture->setWordWrap(true);
+    m_picture->setText(tr("Click a row to see the asset's picture here."));
     m_children = new QListWidget;
     m_children->setObjectName("List1");
     m_children->setSelectionMode(QAbstractItemView::MultiSelection);

@@ -613,6 +613,19 @@ void frmEditor::mnuGoToLine_Click() {
                            Icon::Warning, "Go to Line");
 }
 
+void frmEditor::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() != QEvent::PaletteChange)
+        return;
+    // The views take the new palette after this screen does: read theirs once they have it.
+    QTimer::singleShot(0, this, [this] {
+        if (m_highlighter)
+            m_highlighter->setPalette(m_text->palette());
+        if (m_highlighter2)
+            m_highlighter2->setPalette(m_text2->palette());
+    });
+}
+
 void frmEditor::closeEvent(QCloseEvent* event) {
     if (m_closing) {
         event->accept();

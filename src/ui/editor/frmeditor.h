@@ -168,6 +168,8 @@ signals:
     void documentLoaded();
 
 protected:
+    // Another theme: the highlighting colours follow the new palette.
+    void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
