@@ -9,6 +9,7 @@ int runTestFrmAssets(int argc, char** argv);
 int runTestFrmDelRoute(int argc, char** argv);
 int runTestTextViews(int argc, char** argv);
 int runTestDesktopUi(int argc, char** argv);
+int runTestScenarios(int argc, char** argv);
 int runTestThemes(int argc, char** argv);
 
 int main(int argc, char** argv) {
@@ -16,7 +17,7 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     int failed = 0;
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
-                     runTestTextViews, runTestDesktopUi, runTestThemes})
+                     runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

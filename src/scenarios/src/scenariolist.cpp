@@ -56,6 +56,19 @@ std::optional<ScenarioRef> findScenario(AppContext& ctx, const RouteEntry& route
     return std::nullopt;
 }
 
+std::vector<std::string> invalidScenarios(AppContext& ctx, const RouteEntry& route) {
+    std::vector<std::string> out;
+    const auto scenarios = ctx.resolver.resolve(route.path, "Scenarios");
+    if (!scenarios)
+        return out;
+    std::error_code ec;
+    for (fs::directory_iterator it(*scenarios, ec), end; !ec && it != end; it.increment(ec))
+        if (entryKind(*it) == EntryKind::Folder && !ctx.resolver.exists(it->path(), "ScenarioProperties.xml"))
+            out.push_back(it->path().filename().string());
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
 std::vector<SavedCopy> savedCopies(const fs::path& folder) {
     std::vector<SavedCopy> out;
     std::vector<std::string> names;

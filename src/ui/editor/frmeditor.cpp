@@ -7,6 +7,7 @@
 #include "../assets/frmassets.h"
 #include "../assets/frmindex.h"
 #include "../routes/frmdelroute.h"
+#include "../scenarios/frmshowroutes.h"
 #include "dialogs.h"
 #include "dlgsearch.h"
 #include "xmlhighlighter.h"
@@ -376,6 +377,7 @@ void frmEditor::connectCommands() {
     wire("mnuRollingStock", &frmEditor::mnuRollingStock_Click);
     wire("mnuIdent", &frmEditor::mnuIdent_Click);
     wire("mnuDelRoute", &frmEditor::mnuDelRoute_Click);
+    wire("mnuOstrand", &frmEditor::mnuOstrand_Click);
     wire("mnuCSV", &frmEditor::mnuCSV_Click);
     wire("mnuExcel", &frmEditor::mnuExcel_Click);
     wire("mnuCTF", &frmEditor::mnuCTF_Click);
@@ -580,6 +582,16 @@ void frmEditor::mnuDelRoute_Click() {
     }
     m_routeScreen->show();
     m_routeScreen->raise();
+}
+
+void frmEditor::mnuOstrand_Click() {
+    if (!m_scenarioScreen) {
+        auto* screen = new frmShowRoutes(m_ctx, this);
+        screen->setAttribute(Qt::WA_DeleteOnClose);
+        m_scenarioScreen = screen;
+    }
+    m_scenarioScreen->show();
+    m_scenarioScreen->raise();
 }
 
 void frmEditor::mnuRollingStock_Click() {

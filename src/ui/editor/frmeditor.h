@@ -146,6 +146,7 @@ public slots:
     void mnuRollingStock_Click(); // the rolling-stock index
     void mnuIdent_Click();        // Search For Assets Details
     void mnuDelRoute_Click();     // the route screen
+    void mnuOstrand_Click();      // the scenario list, the way into the scenario editor
     void mnuCSV_Click();          // a saved grid report in frmListRS
     void mnuExcel_Click();
     frmReport* mnuTxt_Click();    // a saved text report in frmReport
@@ -254,6 +255,7 @@ private:
     QPointer<dlgSearch> m_search;
     QPointer<QWidget> m_assets;
     QPointer<QWidget> m_routeScreen;
+    QPointer<QDialog> m_scenarioScreen;
 
     EditorDocument m_doc;
     std::string m_caption; // the caption before a dirty mark

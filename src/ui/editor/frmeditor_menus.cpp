@@ -173,7 +173,7 @@ const Waiting kWaiting[] = {
     {{"mnuMultiMarker", "mnuMkrDCSV", "mnuCSV2DCSV", "mnuMkRW", "mnuNoMarkers"}, "Waits for the marker tools"},
     {{"mnuDeveloper", "mnuDevFolders"}, "Waits for the developer folder tools"},
     {{"mnuCnt"}, "Waits for the content editor"},
-    {{"mnuOstrand", "mnuEC", "mnuBuildCon"}, "Waits for the scenario and consist editors"},
+    {{"mnuEC", "mnuBuildCon"}, "Waits for the consist editors"},
     {{"mnuPackAss", "mnuReskin", "mnuPack", "mnuPackSce"}, "Waits for the packaging tools"},
     {{"mnuSP"}, "Not needed here: pictures are shown without SuperPicture2.ocx"},
     {{"mnuEmail"}, "Waits for the mail screen"},

@@ -32,6 +32,10 @@ struct ScenarioRef {
 // A name that is no scenario of the route (a path leading elsewhere included) gives nothing.
 std::optional<ScenarioRef> findScenario(AppContext& ctx, const RouteEntry& route, const std::string& folderOrName);
 
+// The folders below the route's Scenarios folder that hold no ScenarioProperties.xml, by name
+// (Show Invalid Scenarios). Links are not followed.
+std::vector<std::string> invalidScenarios(AppContext& ctx, const RouteEntry& route);
+
 // One entry of File2: a .bin file of the scenario's folder.
 struct SavedCopy {
     std::string name;

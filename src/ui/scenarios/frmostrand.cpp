@@ -1,0 +1,439 @@
+#include "frmostrand.h"
+
+#include "../common/desktopui.h"
+#include "../common/frmreport.h"
+#include "../common/palettecolours.h"
+#include "../common/windowplace.h"
+#include "velmora/core/services.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSplitter>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace velmora::ui {
+
+namespace {
+
+using scenarios::ScenarioClass;
+
+const char* const kServiceClasses[] = {"Special",          "Light Engine",     "Express Passenger", "Stopping Passenger",
+                                       "High-Speed Freight", "Express Freight", "Stopping Freight",  "Low-Speed Freight",
+                                       "Other Freight",      "Empty Stock",     "International"};
+
+const char* const kSeasons[] = {"SEASON_SPRING", "SEASON_SUMMER", "SEASON_AUTUMN", "SEASON_WINTER"};
+
+// Text1(0) to Text1(11), as the screen captions them.
+const char* const kFieldCaptions[] = {"Display Name:",  "Description",     "Briefing",
+                                      "Start Time (24 hour)", "Duration (mins)", "Day",
+                                      "Month",          "Year",            "Season",
+                                      "Weather Provider", "Weather Product", "Weather Blueprint"};
+
+// The consist commands, shown now and live once consist editing is built.
+const std::pair<const char*, const char*> kConsistCommands[] = {
+    {"Command10", "Swap Selected Item"}, {"Command7", "Swap All Identical Stock"},
+    {"Command22", "Swap in EVERY consist"}, {"Command20", "Swap in ALL Scenarios for this route"},
+    {"Command14", "Change Number"},      {"Command11", "Duplicate Item"},
+    {"Command9", "Delete Item"},         {"Command21", "Flip Selected"},
+    {"Command23", "Rename Consist"},     {"Command18", "Delete Consist"},
+    {"Command19", "Change Service Class"}, {"Command28", "Save Selected Loose Consist"},
+    {"Command29", "Add Previously Saved Loose Consist"}, {"Command17", "Change Start Time"},
+    {"Command13", "Change start speed of Driven consist"}, {"Command16", "Change start speed of AI consist"},
+    {"Command27", "Change Trigger Distance"},
+};
+
+const ScenarioClass kClassOrder[] = {ScenarioClass::Standard, ScenarioClass::FreeRoam, ScenarioClass::Career,
+                                     ScenarioClass::Tutorial, ScenarioClass::Timetable};
+
+std::string fullId(const scenarios::Reference& r) {
+    return r.empty() ? std::string() : r.provider + "\\" + r.product + "\\" + r.blueprintId;
+}
+
+} // namespace
+
+QString frmOstrand::waitsFor(const QString&) { return tr("Waits for the consist editing tools"); }
+
+frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget* parent)
+    : QDialog(parent), m_ctx(ctx), m_doc(std::move(doc)), m_cls(m_doc.cls()), m_missingReport(m_doc.missingReport) {
+    setObjectName("frmOstrand");
+    setWindowTitle(toQt(m_doc.properties.displayName) + " - " + QString::fromStdString(m_doc.folder.string()));
+
+    m_consists = new QListWidget;
+    m_consists->setObjectName("List1");
+    connect(m_consists, &QListWidget::currentRowChanged, this, [this] { List1_Click(); });
+    m_driven = new QLineEdit;
+    m_driven->setObjectName("Text2");
+    m_driven->setReadOnly(true);
+    m_items = new QTableWidget(0, 7);
+    m_items->setObjectName("VSG2");
+    m_items->setHorizontalHeaderLabels({tr("Status"), tr("Name"), tr("Number"), tr("Blueprint"), tr("Reskin"),
+                                        tr("Orientation"), tr("Loaded")});
+    m_items->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_items->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_items->setTextElideMode(Qt::ElideLeft);
+    m_items->horizontalHeader()->setStretchLastSection(true);
+    m_items->verticalHeader()->setVisible(false);
+    connect(m_items, &QTableWidget::currentCellChanged, this, [this](int row) { showItem(row); });
+    m_itemCount = new QLabel;
+    m_itemCount->setObjectName("Label9");
+    m_engineIndex = new QLabel;
+    m_engineIndex->setObjectName("Label7");
+
+    // dlgTips: the details of the vehicle under the pointer.
+    auto* tipsBox = new QGroupBox(tr("Item details"));
+    tipsBox->setObjectName("dlgTips");
+    m_tips = new QLabel;
+    m_tips->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_tips->setWordWrap(true);
+    m_tipTime = new QLineEdit;
+    m_tipTime->setObjectName("Text1");
+    m_tipNumber = new QLineEdit;
+    m_tipNumber->setObjectName("Text2");
+    m_tipClass = new QComboBox;
+    m_tipClass->setObjectName("Combo1");
+    for (const char* c : kServiceClasses)
+        m_tipClass->addItem(tr(c));
+    // Read-only until consist editing can write them.
+    for (QWidget* w : {static_cast<QWidget*>(m_tipTime), static_cast<QWidget*>(m_tipNumber), static_cast<QWidget*>(m_tipClass)})
+        w->setEnabled(false);
+    auto* tipsLayout = new QFormLayout(tipsBox);
+    tipsLayout->addRow(m_tips);
+    tipsLayout->addRow(tr("Start time"), m_tipTime);
+    tipsLayout->addRow(tr("Number"), m_tipNumber);
+    tipsLayout->addRow(tr("Service class"), m_tipClass);
+
+    auto* consistCommands = new QGridLayout;
+    int i = 0;
+    for (const auto& [name, caption] : kConsistCommands) {
+        auto* b = new QPushButton(tr(caption));
+        b->setObjectName(name);
+        b->setEnabled(false);
+        b->setToolTip(waitsFor(name));
+        consistCommands->addWidget(b, i / 4, i % 4);
+        ++i;
+    }
+
+    auto* left = new QWidget;
+    auto* leftLayout = new QVBoxLayout(left);
+    leftLayout->addWidget(new QLabel(tr("Current Driven Consist:-")));
+    leftLayout->addWidget(m_driven);
+    leftLayout->addWidget(m_consists, 1);
+    auto* note = new QLabel(tr("Consists shown in red in Free Roam Scenarios are AI traffic. In Standard or Career "
+                               "scenarios they are AI or Driven"));
+    note->setWordWrap(true);
+    leftLayout->addWidget(note);
+    auto* middle = new QWidget;
+    auto* middleLayout = new QVBoxLayout(middle);
+    auto* counts = new QHBoxLayout;
+    counts->addWidget(m_itemCount);
+    counts->addWidget(m_engineIndex);
+    counts->addStretch(1);
+    middleLayout->addLayout(counts);
+    middleLayout->addWidget(m_items, 1);
+    middleLayout->addWidget(tipsBox);
+    auto* side = new QWidget;
+    buildFields(side);
+
+    auto* split = new QSplitter;
+    split->addWidget(left);
+    split->addWidget(middle);
+    split->addWidget(side);
+    split->setStretchFactor(1, 3);
+
+    m_save = new QPushButton(tr("Save Changes to Scenario"));
+    m_save->setObjectName("Command1");
+    m_exit = new QPushButton(tr("Exit without saving"));
+    m_exit->setObjectName("Command2");
+    auto* report = new QPushButton(tr("Show Missing File report"));
+    report->setObjectName("mnuMFR");
+    connect(m_save, &QPushButton::clicked, this, &frmOstrand::Command1_Click);
+    connect(m_exit, &QPushButton::clicked, this, &frmOstrand::Command2_Click);
+    connect(report, &QPushButton::clicked, this, &frmOstrand::mnuMFR_Click);
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(m_save);
+    buttons->addWidget(report);
+    buttons->addStretch(1);
+    buttons->addWidget(m_exit);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(split, 1);
+    layout->addLayout(consistCommands);
+    layout->addLayout(buttons);
+    rememberPlace(m_ctx, this, objectName(), {1400, 850}, &m_ctx.settings.scenarioEditor);
+
+    // The consists, red where the consist has a real destination.
+    for (std::size_t c = 0; c < m_doc.consists.size(); ++c) {
+        const auto& consist = m_doc.consists[c];
+        auto* item = new QListWidgetItem(toQt(consist.serviceName));
+        item->setForeground(rowColour(consist.colour(), m_consists->palette()));
+        m_consists->addItem(item);
+        if (static_cast<int>(c) == m_doc.drivenConsist)
+            m_driven->setText(toQt(consist.serviceName));
+    }
+    fillFields();
+    if (m_consists->count() > 0)
+        m_consists->setCurrentRow(0);
+}
+
+void frmOstrand::buildFields(QWidget* side) {
+    auto* form = new QFormLayout;
+    for (std::size_t i = 0; i < m_text1.size(); ++i) {
+        m_text1[i] = new QLineEdit;
+        m_text1[i]->setObjectName(QString("Text1_%1").arg(i));
+        connect(m_text1[i], &QLineEdit::textChanged, this, [this] {
+            if (!m_filling)
+                m_changed = true;
+        });
+        form->addRow(tr(kFieldCaptions[i]), m_text1[i]);
+    }
+    m_season = new QComboBox;
+    m_season->setObjectName("Combo1");
+    for (const char* s : kSeasons)
+        m_season->addItem(s);
+    connect(m_season, &QComboBox::textActivated, this, [this](const QString& s) { m_text1[8]->setText(s); });
+    form->insertRow(9, QString(), m_season);
+    auto* weather = new QPushButton(tr("Set Weather"));
+    weather->setObjectName("Command3");
+    connect(weather, &QPushButton::clicked, this, &frmOstrand::Command3_Click);
+    form->addRow(QString(), weather);
+    m_author = new QLineEdit;
+    m_author->setObjectName("Text3_1");
+    m_location = new QLineEdit;
+    m_location->setObjectName("Text3_2");
+    for (QLineEdit* e : {m_author, m_location})
+        connect(e, &QLineEdit::textChanged, this, [this] {
+            if (!m_filling)
+                m_changed = true;
+        });
+    m_authorLabel = new QLabel(tr("Author"));
+    m_locationLabel = new QLabel(tr("Start Location(Freeroam)"));
+    form->addRow(m_authorLabel, m_author);
+    form->addRow(m_locationLabel, m_location);
+    m_allConsists = new QCheckBox(tr("Change for all consists"));
+    m_allConsists->setObjectName("Check1");
+    form->addRow(QString(), m_allConsists);
+
+    auto* classes = new QGroupBox(tr("Scenario class"));
+    classes->setObjectName("Option2");
+    auto* classLayout = new QVBoxLayout(classes);
+    m_class = new QButtonGroup(this);
+    for (int i = 0; i < 5; ++i) {
+        auto* option = new QRadioButton(toQt(scenarios::classCaption(kClassOrder[i])));
+        m_class->addButton(option, i);
+        classLayout->addWidget(option);
+    }
+    connect(m_class, &QButtonGroup::idClicked, this, [this](int id) {
+        if (!setClass(kClassOrder[id]))
+            showClassFields();
+    });
+    auto* layout = new QVBoxLayout(side);
+    layout->addLayout(form);
+    layout->addWidget(classes);
+    layout->addStretch(1);
+}
+
+void frmOstrand::fillFields() {
+    m_filling = true;
+    const scenarios::Fields f = scenarios::fieldsOf(m_doc);
+    const std::string values[] = {f.displayName, f.description, f.briefing, f.startTime, f.durationMins, f.startDD,
+                                  f.startMM,     f.startYYYY,   f.season,   f.weather.provider, f.weather.product,
+                                  f.weather.blueprintId};
+    for (std::size_t i = 0; i < m_text1.size(); ++i)
+        m_text1[i]->setText(toQt(values[i]));
+    m_season->setCurrentText(toQt(f.season));
+    m_author->setText(toQt(f.author));
+    m_location->setText(toQt(f.startLocation));
+    showClassFields();
+    m_filling = false;
+}
+
+void frmOstrand::showClassFields() {
+    for (int i = 0; i < 5; ++i)
+        if (kClassOrder[i] == m_cls)
+            m_class->button(i)->setChecked(true);
+    const bool author = scenarios::showsAuthor(m_cls), location = scenarios::showsStartLocation(m_cls);
+    m_author->setVisible(author);
+    m_authorLabel->setVisible(author);
+    m_location->setVisible(location);
+    m_locationLabel->setVisible(location);
+}
+
+bool frmOstrand::setClass(ScenarioClass cls) {
+    if (cls == m_cls)
+        return true;
+    if (m_ctx.ui().ask(scenarios::kClassChangeWarning, Buttons::OkCancel, Icon::Warning) != Answer::Ok)
+        return false;
+    m_cls = cls;
+    m_changed = true;
+    showClassFields();
+    return true;
+}
+
+scenarios::Fields frmOstrand::fields() const {
+    scenarios::Fields f = scenarios::fieldsOf(m_doc);
+    std::string* targets[] = {&f.displayName, &f.description, &f.briefing, &f.startTime, &f.durationMins,
+                              &f.startDD,     &f.startMM,     &f.startYYYY, &f.season,   &f.weather.provider,
+                              &f.weather.product, &f.weather.blueprintId};
+    for (std::size_t i = 0; i < m_text1.size(); ++i)
+        *targets[i] = fromQt(m_text1[i]->text());
+    f.cls = m_cls;
+    f.author = fromQt(m_author->text());
+    f.startLocation = fromQt(m_location->text());
+    f.changeAllConsists = m_allConsists->isChecked();
+    return f;
+}
+
+void frmOstrand::List1_Click() {
+    m_items->setRowCount(0);
+    m_engineIndex->clear();
+    const int row = m_consists->currentRow();
+    if (row < 0 || row >= static_cast<int>(m_doc.consists.size()))
+        return;
+    const auto& consist = m_doc.consists[static_cast<std::size_t>(row)];
+    const QColor tint = missingTint(m_items->palette());
+    for (const auto& v : consist.vehicles) {
+        if (v.name.empty())
+            continue;
+        const int r = m_items->rowCount();
+        m_items->insertRow(r);
+        const QString cells[] = {v.missing ? tr("missing") : QString(), toQt(v.name), toQt(v.number),
+                                 toQt(fullId(v.blueprint)), toQt(fullId(v.reskin)),
+                                 v.flipped == "1" ? tr("Reversed") : tr("Forward"),
+                                 v.preloaded == "eTrue" ? tr("Loaded") : QString()};
+        for (int c = 0; c < 7; ++c) {
+            auto* item = new QTableWidgetItem(cells[c]);
+            if (v.missing)
+                item->setBackground(tint);
+            m_items->setItem(r, c, item);
+        }
+    }
+    if (m_items->rowCount() == 0) {
+        m_items->insertRow(0);
+        m_items->setItem(0, 1, new QTableWidgetItem(tr("Empty Consist")));
+    }
+    m_items->resizeColumnsToContents();
+    m_itemCount->setText(tr("Items: %1").arg(consist.vehicles.size()));
+    if (!consist.driverEngineIndex.empty() && consist.driverEngineIndex != "-1")
+        m_engineIndex->setText(tr("Driven Loco Index ") + toQt(consist.driverEngineIndex));
+}
+
+void frmOstrand::showItem(int row) {
+    m_tips->clear();
+    m_tipTime->clear();
+    m_tipNumber->clear();
+    const int c = m_consists->currentRow();
+    if (c < 0 || c >= static_cast<int>(m_doc.consists.size()) || row < 0)
+        return;
+    const auto& consist = m_doc.consists[static_cast<std::size_t>(c)];
+    // The grid leaves nameless entries out: count named ones to the row.
+    int named = -1;
+    for (const auto& v : consist.vehicles) {
+        if (v.name.empty() || ++named != row)
+            continue;
+        QStringList lines = {QString::fromStdString((m_ctx.railWorks() / "Assets").string()) + "\\" + toQt(v.path),
+                             v.loadable ? "Loadable = True" : "Loadable = False",
+                             v.preloaded == "eTrue" ? "Loaded = True" : "Loaded = False",
+                             v.flipped == "1" ? "Orientation = Reversed" : "Orientation = Forward",
+                             "Consist Dir. = " + toQt(consist.dir), toQt(v.destination), toQt(v.name)};
+        if (v.missing)
+            lines.prepend(tr("MISSING: no such blueprint below Assets"));
+        m_tips->setText(lines.join('\n'));
+        m_tipTime->setText(toQt(v.startTime));
+        m_tipNumber->setText(toQt(v.number));
+        bool ok = false;
+        const int cls = toQt(consist.serviceClass).toInt(&ok);
+        if (ok && cls >= 0 && cls < m_tipClass->count())
+            m_tipClass->setCurrentIndex(cls);
+        return;
+    }
+}
+
+QStringList frmOstrand::details() const { return m_tips->text().split('\n', Qt::SkipEmptyParts); }
+
+bool frmOstrand::Command1_Click() {
+    const scenarios::SaveResult result = scenarios::saveScenario(m_ctx, m_doc, fields());
+    if (!result) {
+        m_ctx.ui().message(result.message, Icon::Warning);
+        return false;
+    }
+    // Saved: the screen holds nothing more to save, only Exit is left.
+    m_saved = true;
+    m_save->setEnabled(false);
+    m_exit->setText(tr("Exit"));
+    for (QWidget* w : findChildren<QLineEdit*>())
+        w->setEnabled(false);
+    m_ctx.ui().message(result.message);
+    return true;
+}
+
+void frmOstrand::Command2_Click() { close(); }
+
+void frmOstrand::closeEvent(QCloseEvent* event) {
+    if (m_changed && !m_saved &&
+        m_ctx.ui().ask("You have made changes to this Scenario, but have not saved them.\nDo you really wish to exit?",
+                       Buttons::YesNo) != Answer::Yes) {
+        event->ignore();
+        return;
+    }
+    QDialog::closeEvent(event);
+}
+
+void frmOstrand::Command3_Click() {
+    scenarios::Reference current{fromQt(m_text1[9]->text()), fromQt(m_text1[10]->text()), {}};
+    const auto folder = scenarios::weatherFolder(m_ctx, current);
+    FileRequest request{"Set Weather", folder ? *folder : m_ctx.railWorks() / "Assets", "All Files (*.*)|*.*", false};
+    const auto chosen = m_ctx.ui().chooseFile(request);
+    if (!chosen)
+        return;
+    // The levels behind the last "Assets" are the provider, the product and the blueprint.
+    std::vector<std::string> parts;
+    for (const auto& part : *chosen)
+        parts.push_back(part.string());
+    std::size_t assets = parts.size();
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        if (iequals(parts[i], "Assets"))
+            assets = i;
+    if (assets + 3 >= parts.size()) {
+        m_ctx.ui().message(chosen->string() + ": not a file below the simulator's Assets folder", Icon::Warning);
+        return;
+    }
+    std::string blueprint;
+    for (std::size_t i = assets + 3; i < parts.size(); ++i)
+        blueprint += (blueprint.empty() ? "" : "\\") + parts[i];
+    if (iendsWith(blueprint, "bin"))
+        blueprint = blueprint.substr(0, blueprint.size() - 3) + "xml";
+    m_text1[9]->setText(toQt(parts[assets + 1]));
+    m_text1[10]->setText(toQt(parts[assets + 2]));
+    m_text1[11]->setText(toQt(blueprint));
+}
+
+void frmOstrand::mnuMFR_Click() {
+    frmReport* report = frmReport::show(m_ctx, tr("Missing files"), m_missingReport.empty() ? "No missing files" : m_missingReport, this);
+    std::vector<int> lines;
+    int line = 0;
+    for (std::size_t at = 0; at < m_missingReport.size(); ++line) {
+        const auto end = m_missingReport.find('\n', at);
+        if (line > 0 && end != at)
+            lines.push_back(line);
+        if (end == std::string::npos)
+            break;
+        at = end + 1;
+    }
+    report->markMissing(lines, true);
+    m_missingReport.clear();
+}
+
+} // namespace velmora::ui

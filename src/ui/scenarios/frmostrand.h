@@ -1,0 +1,93 @@
+#pragma once
+// frmOstrand: the scenario editor. The consists of the scenario (List1), the vehicles of the chosen
+// one (VSG2, missing stock marked with a word and a tint), the details of a vehicle (dlgTips), and
+// the scenario's fields with "Save Changes to Scenario". The commands that change consists are
+// shown and wait for their tool.
+
+#include "velmora/core/appcontext.h"
+#include "velmora/scenarios/scenario.h"
+#include "velmora/scenarios/scenariosave.h"
+
+#include <QDialog>
+
+#include <array>
+
+class QButtonGroup;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPushButton;
+class QTableWidget;
+
+namespace velmora::ui {
+
+class frmOstrand : public QDialog {
+    Q_OBJECT
+public:
+    frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget* parent = nullptr);
+
+    const scenarios::ScenarioDocument& document() const { return m_doc; }
+    QListWidget* consistList() const { return m_consists; } // List1
+    QTableWidget* itemGrid() const { return m_items; }     // VSG2
+    QLineEdit* field(int index) const { return m_text1[static_cast<std::size_t>(index)]; } // Text1(i)
+    QLineEdit* authorField() const { return m_author; }      // Text3(1)
+    QLineEdit* locationField() const { return m_location; }  // Text3(2)
+    QCheckBox* allConsists() const { return m_allConsists; } // Check1
+    QButtonGroup* classGroup() const { return m_class; }     // Option2
+    // The details panel's lines for the vehicle shown last (dlgTips).
+    QStringList details() const;
+    bool changed() const { return m_changed; }
+    bool saved() const { return m_saved; }
+    // The fields as the screen holds them now.
+    scenarios::Fields fields() const;
+
+    static QString waitsFor(const QString& button);
+
+public slots:
+    void List1_Click();              // the vehicles of the selected consist
+    void showItem(int row);          // VSG2_MouseDown: dlgTips for a vehicle
+    bool Command1_Click();           // Save Changes to Scenario; true when saved
+    void Command2_Click();           // Exit
+    void Command3_Click();           // Set Weather
+    void mnuMFR_Click();             // Show Missing File report
+    // Option2: a class change asks first; false when the user kept the class.
+    bool setClass(scenarios::ScenarioClass cls);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void buildFields(QWidget* side);
+    void fillFields();
+    void showClassFields();
+    AppContext& m_ctx;
+    scenarios::ScenarioDocument m_doc;
+    scenarios::ScenarioClass m_cls;
+    std::string m_missingReport; // shown by mnuMFR, then cleared
+    bool m_changed = false;
+    bool m_saved = false;
+    bool m_filling = false;
+    QListWidget* m_consists;
+    QLineEdit* m_driven;   // Text2
+    QTableWidget* m_items; // VSG2
+    QLabel* m_itemCount;   // Label9
+    QLabel* m_engineIndex; // Label7
+    QLabel* m_tips;        // dlgTips
+    QLineEdit* m_tipTime;  // dlgTips.Text1
+    QLineEdit* m_tipNumber;  // dlgTips.Text2
+    QComboBox* m_tipClass;   // dlgTips.Combo1
+    std::array<QLineEdit*, 12> m_text1{};
+    QComboBox* m_season; // Combo1
+    QLineEdit* m_author;
+    QLineEdit* m_location;
+    QLabel* m_authorLabel;
+    QLabel* m_locationLabel;
+    QCheckBox* m_allConsists;
+    QButtonGroup* m_class;
+    QPushButton* m_save;
+    QPushButton* m_exit;
+};
+
+} // namespace velmora::ui

@@ -1,0 +1,289 @@
+#include "frmshowroutes.h"
+
+#include "frmostrand.h"
+
+#include "../common/backgroundjob.h"
+#include "../common/desktopui.h"
+#include "../common/palettecolours.h"
+#include "../common/windowplace.h"
+#include "../routes/frmlistrs.h"
+#include "velmora/core/services.h"
+#include "velmora/scenarios/scenario.h"
+#include "velmora/scenarios/scenariolist.h"
+
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace velmora::ui {
+
+namespace {
+
+struct Button {
+    const char* name;
+    const char* caption;
+    void (frmShowRoutes::*slot)(); // null: waits for its tool
+};
+
+const Button kButtons[] = {
+    {"Command1", "List Scenarios in Selected Route", &frmShowRoutes::Command1_Click},
+    {"Command10", "Edit Selected Scenario", &frmShowRoutes::Command10_Click},
+    {"Command15", "Show Saved Copies of Selected Scenario", &frmShowRoutes::Command15_Click},
+    {"Command4", "Save CurrentSave.bin As", &frmShowRoutes::Command4_Click},
+    {"Command5", "Overwrite CurrentSave.bin with Selected file", &frmShowRoutes::Command5_Click},
+    {"Command11", "Remove Empty Consists from selected Scenario", &frmShowRoutes::Command11_Click},
+    {"Command13", "Show Invalid Scenarios", &frmShowRoutes::Command13_Click},
+    {"Command7", "Display Details of Selected Scenario", nullptr},
+    {"Command12", "Display Work Order", nullptr},
+    {"Command2", "Revert to Default for selected Route", nullptr},
+    {"Command3", "Revert to Default for selected Scenario", nullptr},
+    {"Command14", "Make Selected Career Scenarios 'Standard'", nullptr},
+    {"Command16", "Make Selected Timetable Scenarios 'Standard'", nullptr},
+    {"Command8", "Delete Selected Scenario(s)", nullptr},
+    {"Command6", "Run RailWorks using selected Save file", nullptr},
+};
+
+// The legend's kinds, in the order the frame names them, with a scenario of each kind.
+const std::pair<const char*, const char*> kLegend[] = {
+    {"Timetable Scenario", "eTimetableScenarioClass"}, {"Workshop Scenario", "eStandardScenarioClass"},
+    {"Quick Drive Scenario", "eTemplateScenarioClass"}, {"Career Scenario", "eCareerScenarioClass"},
+    {"Standard Scenario", "eStandardScenarioClass"},    {"Free Roam Scenario", "eFreeRoamScenarioClass"},
+};
+
+} // namespace
+
+QString frmShowRoutes::waitsFor(const QString& button) {
+    if (button == "Command7" || button == "Command12")
+        return tr("Waits for the scenario details and work order");
+    if (button == "Command6")
+        return tr("Not offered: the simulator is started from Steam");
+    return tr("Waits for the scenario housekeeping tools");
+}
+
+frmShowRoutes::frmShowRoutes(AppContext& ctx, QWidget* parent) : QDialog(parent), m_ctx(ctx) {
+    setObjectName("frmShowRoutes");
+    setWindowTitle(tr("Scenarios"));
+    m_routes = new QListWidget;
+    m_routes->setObjectName("List1");
+    m_scenarios = new QTableWidget(0, 3);
+    m_scenarios->setObjectName("List3");
+    m_scenarios->setHorizontalHeaderLabels({tr("Scenario folder"), tr("Scenario"), tr("Kind")});
+    m_scenarios->horizontalHeader()->setStretchLastSection(true);
+    m_scenarios->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_scenarios->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_scenarios->verticalHeader()->setVisible(false);
+    m_files = new QListWidget;
+    m_files->setObjectName("File2");
+    m_routeCount = new QLabel;
+    m_routeCount->setObjectName("Label6");
+    m_scenarioCount = new QLabel;
+    m_scenarioCount->setObjectName("Label8");
+    connect(m_routes, &QListWidget::itemClicked, this, &frmShowRoutes::Command1_Click);
+    connect(m_scenarios, &QTableWidget::cellClicked, this, [this] { Command15_Click(); });
+    connect(m_scenarios, &QTableWidget::cellDoubleClicked, this, [this] { Command10_Click(); });
+
+    auto* buttons = new QGridLayout;
+    int i = 0;
+    for (const Button& b : kButtons) {
+        auto* button = new QPushButton(tr(b.caption));
+        button->setObjectName(b.name);
+        if (b.slot) {
+            connect(button, &QPushButton::clicked, this, b.slot);
+        } else {
+            button->setEnabled(false);
+            button->setToolTip(waitsFor(b.name));
+        }
+        buttons->addWidget(button, i / 3, i % 3);
+        ++i;
+    }
+    auto* exit = new QPushButton(tr("Exit"));
+    exit->setObjectName("Command9");
+    connect(exit, &QPushButton::clicked, this, &QDialog::accept);
+    buttons->addWidget(exit, i / 3, i % 3);
+
+    // The legend: each kind in its own colour, and its name, so colour is never the only sign.
+    auto* legend = new QGroupBox(tr("Legend"));
+    auto* legendRow = new QHBoxLayout(legend);
+    for (const auto& [caption, value] : kLegend) {
+        routes::ScenarioEntry sample;
+        sample.scenarioClass = value;
+        sample.workshop = std::string(caption) == "Workshop Scenario";
+        auto* label = new QLabel(tr(caption));
+        QPalette p = label->palette();
+        p.setColor(QPalette::WindowText, rowColour(sample.colour(), m_scenarios->palette()));
+        label->setPalette(p);
+        legendRow->addWidget(label);
+    }
+
+    auto* left = new QVBoxLayout;
+    left->addWidget(m_routeCount);
+    left->addWidget(m_routes, 1);
+    auto* middle = new QVBoxLayout;
+    middle->addWidget(m_scenarioCount);
+    middle->addWidget(m_scenarios, 1);
+    auto* right = new QVBoxLayout;
+    right->addWidget(new QLabel(tr("Saved Copies of Selected Scenario")));
+    right->addWidget(m_files, 1);
+    auto* lists = new QHBoxLayout;
+    lists->addLayout(left, 2);
+    lists->addLayout(middle, 3);
+    lists->addLayout(right, 1);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(lists, 1);
+    layout->addWidget(legend);
+    layout->addLayout(buttons);
+    rememberPlace(m_ctx, this, objectName(), {1100, 700});
+
+    MakePath(m_ctx.tempFiles());
+    std::vector<std::string> warnings;
+    m_routeEntries = routes::listRoutes(m_ctx, &warnings);
+    for (const auto& w : warnings)
+        m_ctx.ui().message(w, Icon::Warning);
+    for (const auto& r : m_routeEntries)
+        m_routes->addItem(toQt(r.name));
+    m_routeCount->setText(tr("No. of Routes") + QString(": %1").arg(m_routeEntries.size()));
+}
+
+QPushButton* frmShowRoutes::button(const char* name) const { return findChild<QPushButton*>(name); }
+
+const routes::RouteEntry* frmShowRoutes::selectedRoute() {
+    const int row = m_routes->currentRow();
+    if (row < 0 || row >= static_cast<int>(m_routeEntries.size()))
+        return nullptr;
+    return &m_routeEntries[static_cast<std::size_t>(row)];
+}
+
+void frmShowRoutes::Command1_Click() {
+    m_scenarios->setRowCount(0);
+    m_files->clear();
+    m_scenarioEntries.clear();
+    m_invalid.clear();
+    const routes::RouteEntry* route = selectedRoute();
+    if (!route)
+        return;
+    bool noFolder = false;
+    m_scenarioEntries = routes::listScenarios(m_ctx, *route, &noFolder);
+    m_invalid = scenarios::invalidScenarios(m_ctx, *route);
+    if (noFolder) {
+        m_scenarios->setRowCount(1);
+        m_scenarios->setItem(0, 0, new QTableWidgetItem(tr("No Scenarios folder found")));
+    }
+    for (const auto& s : m_scenarioEntries) {
+        const int r = m_scenarios->rowCount();
+        m_scenarios->insertRow(r);
+        const QColor colour = rowColour(s.colour(), m_scenarios->palette());
+        int c = 0;
+        for (const std::string& text : {s.folder, s.name, s.legend()}) {
+            auto* item = new QTableWidgetItem(toQt(text));
+            item->setForeground(colour);
+            m_scenarios->setItem(r, c++, item);
+        }
+    }
+    m_scenarios->resizeColumnsToContents();
+    m_scenarioCount->setText(tr("No. of Scenarios") + QString(": %1").arg(m_scenarioEntries.size()));
+}
+
+std::optional<std::filesystem::path> frmShowRoutes::selectedScenarioFolder() {
+    const routes::RouteEntry* route = selectedRoute();
+    const int row = m_scenarios->currentRow();
+    if (!route || row < 0 || row >= static_cast<int>(m_scenarioEntries.size())) {
+        m_ctx.ui().message("No Scenarios were found.");
+        return std::nullopt;
+    }
+    const auto found = scenarios::findScenario(m_ctx, *route, m_scenarioEntries[static_cast<std::size_t>(row)].folder);
+    if (!found) {
+        m_ctx.ui().message("No Scenarios were found.");
+        return std::nullopt;
+    }
+    return found->folder;
+}
+
+void frmShowRoutes::fillSavedCopies(const std::filesystem::path& folder) {
+    m_filesFolder = folder;
+    m_files->clear();
+    for (const auto& copy : scenarios::savedCopies(folder)) {
+        auto* item = new QListWidgetItem(toQt(copy.name) + (copy.md5 ? tr("  (with .MD5)") : QString()));
+        item->setData(Qt::UserRole, QByteArray::fromStdString(copy.name));
+        m_files->addItem(item);
+    }
+}
+
+void frmShowRoutes::Command15_Click() {
+    if (const auto folder = selectedScenarioFolder())
+        fillSavedCopies(*folder);
+}
+
+void frmShowRoutes::Command4_Click() {
+    const auto folder = selectedScenarioFolder();
+    if (!folder)
+        return;
+    const auto name = m_ctx.ui().inputText("Save CurrentSave.bin as", "Save CurrentSave.bin As");
+    if (!name || name->empty())
+        return;
+    JournalCommand command(&m_ctx.journal(), "Save CurrentSave.bin As " + *name);
+    const auto done = scenarios::saveCurrentSaveAs(m_ctx, *folder, *name);
+    if (!done)
+        m_ctx.ui().message(done.message, Icon::Warning);
+    fillSavedCopies(*folder);
+}
+
+void frmShowRoutes::Command5_Click() {
+    const auto folder = selectedScenarioFolder();
+    if (!folder)
+        return;
+    QListWidgetItem* chosen = m_files->currentItem();
+    if (!chosen || m_filesFolder != *folder) {
+        m_ctx.ui().message("Select a saved copy in the list of Saved Copies first.");
+        return;
+    }
+    JournalCommand command(&m_ctx.journal(), "Overwrite CurrentSave.bin");
+    const auto done = scenarios::overwriteCurrentSave(m_ctx, *folder, chosen->data(Qt::UserRole).toByteArray().toStdString());
+    if (!done && !done.message.empty())
+        m_ctx.ui().message(done.message, Icon::Warning);
+    fillSavedCopies(*folder);
+}
+
+void frmShowRoutes::Command11_Click() {
+    const auto folder = selectedScenarioFolder();
+    if (!folder)
+        return;
+    JournalCommand command(&m_ctx.journal(), "Remove Empty Consists");
+    const auto done = scenarios::removeEmptyConsists(m_ctx, *folder);
+    m_ctx.ui().message(done.message, done ? Icon::Information : Icon::Warning);
+}
+
+void frmShowRoutes::Command13_Click() {
+    std::vector<std::string> rows = m_invalid;
+    auto* list = new frmListRS(m_ctx, ReportKind::Used, tr("Invalid Scenarios (no ScenarioProperties.xml)"), rows, {}, {}, this);
+    list->setAttribute(Qt::WA_DeleteOnClose);
+    list->show();
+}
+
+void frmShowRoutes::Command10_Click() {
+    const auto folder = selectedScenarioFolder();
+    if (!folder)
+        return;
+    // A scenario of thousands of vehicles takes a moment: the window stays alive meanwhile.
+    scenarios::ScenarioDocument doc;
+    runInBackground(m_ctx, "Opening the scenario", [&](UserInterface&) { doc = scenarios::openScenario(m_ctx, *folder); });
+    if (!doc.ok()) {
+        m_ctx.ui().message(doc.error, Icon::Warning);
+        return;
+    }
+    for (const auto& w : doc.warnings)
+        m_ctx.ui().message(w, w == scenarios::kQuickDriveRefusal ? Icon::Critical : Icon::Warning);
+    if (doc.refused)
+        return;
+    auto* editor = new frmOstrand(m_ctx, std::move(doc), this);
+    editor->setAttribute(Qt::WA_DeleteOnClose);
+    editor->show();
+    m_editor = editor;
+}
+
+} // namespace velmora::ui

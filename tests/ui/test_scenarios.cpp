@@ -1,0 +1,211 @@
+// The scenario list and the scenario editor on a demo install, offscreen: from the list of routes
+// to a saved scenario, with the saves, the refusals and the missing stock on the way.
+
+#include "routes/frmlistrs.h"
+#include "scenarios/frmostrand.h"
+#include "scenarios/frmshowroutes.h"
+#include "velmora/core/services.h"
+#include "velmora/core/userinterface.h"
+#include "velmora/demo/demoinstall.h"
+#include "velmora/scenarios/scenariosave.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QtTest>
+
+#include <filesystem>
+
+using namespace velmora;
+namespace fs = std::filesystem;
+
+class TestScenarios : public QObject {
+    Q_OBJECT
+
+    fs::path m_dir;
+    std::unique_ptr<ScriptedUi> m_ui;
+    std::unique_ptr<AppContext> m_ctx;
+
+    // The scenario screen on the first route, its scenarios listed.
+    std::unique_ptr<ui::frmShowRoutes> listed() {
+        auto screen = std::make_unique<ui::frmShowRoutes>(*m_ctx);
+        screen->routeList()->setCurrentRow(0);
+        screen->Command1_Click();
+        return screen;
+    }
+    // Selects the scenario row whose name starts with `name`; false when there is none.
+    bool select(ui::frmShowRoutes& screen, const QString& name) {
+        QTableWidget* list = screen.scenarioList();
+        for (int r = 0; r < list->rowCount(); ++r)
+            if (list->item(r, 1) && list->item(r, 1)->text().startsWith(name)) {
+                list->setCurrentCell(r, 1);
+                return true;
+            }
+        return false;
+    }
+    bool prompted(const std::string& part) const {
+        for (const auto& p : m_ui->prompts)
+            if (p.text.find(part) != std::string::npos)
+                return true;
+        return false;
+    }
+
+private slots:
+    void initTestCase() {
+        m_dir = fs::temp_directory_path() / ("velmora-uiscen-" + std::to_string(QCoreApplication::applicationPid()));
+        fs::remove_all(m_dir);
+        QVERIFY(demo::generateDemoInstall(m_dir / "rw", {}).ok);
+    }
+    void cleanupTestCase() { fs::remove_all(m_dir); }
+    void init() {
+        m_ui = std::make_unique<ScriptedUi>();
+        m_ctx = std::make_unique<AppContext>(m_dir / "home", m_dir / "data", *m_ui);
+        StartupOptions o;
+        o.railWorks = m_dir / "rw";
+        o.askForRoot = false;
+        runStartup(*m_ctx, o);
+    }
+
+    void theListShowsRoutesScenariosAndTheInvalidOnes() {
+        auto screen = listed();
+        QCOMPARE(screen->routeList()->count(), 2);
+        QVERIFY(screen->scenarioList()->rowCount() >= 6);
+        QVERIFY(select(*screen, "Free roam"));
+        QCOMPARE(screen->scenarioList()->item(screen->scenarioList()->currentRow(), 2)->text(), QString("Free Roam Scenario"));
+        // The commands that wait for their tool say so.
+        QPushButton* details = screen->button("Command7");
+        QVERIFY(!details->isEnabled() && !details->toolTip().isEmpty());
+        // The folder without properties is listed only among the invalid scenarios.
+        screen->Command13_Click();
+        auto* invalid = screen->findChild<ui::frmListRS*>();
+        QVERIFY(invalid);
+        QCOMPARE(invalid->rows().size(), std::size_t(1));
+        // Nothing selected: the list's own words.
+        screen->scenarioList()->setCurrentCell(-1, -1);
+        screen->Command10_Click();
+        QVERIFY(prompted("No Scenarios were found."));
+    }
+
+    void savedCopiesAreKeptWithTheirHash() {
+        auto screen = listed();
+        QVERIFY(select(*screen, "O'Connor"));
+        screen->Command15_Click();
+        QVERIFY(screen->savedCopies()->count() >= 1);
+        m_ui->pushText("Before the junction");
+        screen->Command4_Click();
+        QStringList names;
+        for (int i = 0; i < screen->savedCopies()->count(); ++i)
+            names << screen->savedCopies()->item(i)->data(Qt::UserRole).toString();
+        QVERIFY(names.contains("Before the junction.bin"));
+        bool hash = false;
+        for (const auto& e : fs::recursive_directory_iterator(m_dir / "rw/Content/Routes"))
+            hash = hash || e.path().filename() == "Before the junction.bin.MD5";
+        QVERIFY(hash);
+        // Overwrite the simulator's save with it: asked first, and its hash goes along.
+        for (int i = 0; i < screen->savedCopies()->count(); ++i)
+            if (screen->savedCopies()->item(i)->data(Qt::UserRole).toString() == "Before the junction.bin")
+                screen->savedCopies()->setCurrentRow(i);
+        m_ui->pushAnswer(Answer::Yes);
+        screen->Command5_Click();
+        QVERIFY(prompted("replace it"));
+    }
+
+    void quickDriveIsRefusedAndCareerWarned() {
+        auto screen = listed();
+        QVERIFY(select(*screen, "[QD]"));
+        screen->Command10_Click();
+        QVERIFY(prompted("This is a Quick Drive scenario"));
+        QVERIFY(!screen->editor());
+        QVERIFY(m_ui->prompts.back().icon == Icon::Critical);
+
+        QVERIFY(select(*screen, "Career"));
+        screen->Command10_Click();
+        QVERIFY(prompted("This is a Career Scenario and may not work if edited."));
+        QVERIFY(screen->editor());
+        // A career scenario shows neither the author nor the start location.
+        QVERIFY(screen->editor()->authorField()->isHidden());
+        QVERIFY(screen->editor()->locationField()->isHidden());
+    }
+
+    void theEditorShowsConsistsVehiclesAndMissingStock() {
+        auto screen = listed();
+        QVERIFY(select(*screen, "O'Connor"));
+        screen->Command10_Click();
+        ui::frmOstrand* editor = screen->editor();
+        QVERIFY(editor);
+        QCOMPARE(editor->consistList()->count(), 3);
+        QCOMPARE(editor->consistList()->item(2)->text(), QString("Loose Consist"));
+        // The AI train's last wagon runs reversed.
+        editor->consistList()->setCurrentRow(1);
+        const int last = editor->itemGrid()->rowCount() - 1;
+        QCOMPARE(editor->itemGrid()->item(last, 5)->text(), QString("Reversed"));
+        editor->showItem(last);
+        QVERIFY(editor->details().contains("Orientation = Reversed"));
+        // The loose consist holds the wagon whose blueprint is missing: a word, not colour alone.
+        editor->consistList()->setCurrentRow(2);
+        bool marked = false;
+        for (int r = 0; r < editor->itemGrid()->rowCount(); ++r)
+            marked = marked || (editor->itemGrid()->item(r, 0)->text() == "missing" &&
+                                editor->itemGrid()->item(r, 1)->text().contains("Sludge"));
+        QVERIFY(marked);
+        // Leaving without changes asks nothing.
+        const std::size_t before = m_ui->prompts.size();
+        editor->close();
+        QCOMPARE(m_ui->prompts.size(), before);
+    }
+
+    void fieldsAreSavedWithBothBackups() {
+        auto screen = listed();
+        QVERIFY(select(*screen, "Free roam"));
+        screen->Command10_Click();
+        ui::frmOstrand* editor = screen->editor();
+        QVERIFY(editor);
+        QVERIFY(!editor->authorField()->isHidden() && !editor->locationField()->isHidden());
+        const fs::path folder = editor->document().folder;
+        const std::string oldProperties = ReadTextFile(folder / "ScenarioProperties.xml");
+        const std::string oldScenario = ReadTextFile(folder / "Scenario.bin");
+
+        // Leaving with a change asks; No keeps the screen.
+        editor->field(0)->setText("Free roam, caf\xC3\xA9 \"stop\"");
+        m_ui->pushAnswer(Answer::No);
+        editor->close();
+        QVERIFY(editor->isVisible());
+        QVERIFY(prompted("but have not saved them"));
+
+        // A time that is no time refuses the save and writes nothing.
+        editor->field(3)->setText("2561");
+        QVERIFY(!editor->Command1_Click());
+        QVERIFY(prompted(scenarios::kTimeFormat));
+        QCOMPARE(ReadTextFile(folder / "ScenarioProperties.xml"), oldProperties);
+
+        editor->field(3)->setText("0630");
+        QVERIFY(editor->Command1_Click());
+        QVERIFY(prompted(scenarios::kSaved));
+        QVERIFY(editor->saved());
+        QCOMPARE(ReadTextFile(folder / "ScenarioProperties.bak"), oldProperties);
+        QCOMPARE(ReadTextFile(folder / "Scenario.bak"), oldScenario);
+        const std::string saved = ReadTextFile(folder / "ScenarioProperties.xml");
+        QVERIFY(saved.find("Free roam, caf") != std::string::npos);
+        QVERIFY(saved.find("23400") != std::string::npos); // 06:30
+        // Saved: nothing is left to save, and leaving asks nothing.
+        QVERIFY(!editor->findChild<QPushButton*>("Command1")->isEnabled());
+    }
+
+    void aMissingWeatherFolderIsSaid() {
+        auto screen = listed();
+        QVERIFY(select(*screen, "Timetable"));
+        screen->Command10_Click();
+        QVERIFY(prompted("The Weather folder for this scenario is missing"));
+        QVERIFY(screen->editor());
+    }
+};
+
+int runTestScenarios(int argc, char** argv) {
+    TestScenarios t;
+    return QTest::qExec(&t, argc, argv);
+}
+
+#include "test_scenarios.moc"
