@@ -1,5 +1,6 @@
 // `scenario show --json` on every scenario the demo install's manifest lists agrees with what
-// the manifest says of it: folder, name, class, and the stock it lists as missing.
+// the manifest says of it: folder, name, class, season, weather, and each consist's vehicles with
+// their blueprints, reskins, numbers, flips, loads and missing stock.
 
 #include "scenariofixture.h"
 
@@ -75,6 +76,33 @@ TEST_F(Manifest, ShowAgreesWithEveryListedScenario) {
                 }
             }
             EXPECT_EQ(missingShown, missing[bin]);
+            // Field by field, where the manifest records the scenario's fields and stock.
+            if (scenario.contains("consists") && str(scenario["class"]) != "eTemplateScenarioClass") {
+                EXPECT_EQ(str(shownJson["season"]), str(scenario["season"]));
+                const QJsonObject weather = shownJson["weather"].toObject(), expectWeather = scenario["weather"].toObject();
+                for (const char* key : {"provider", "product", "blueprint"})
+                    EXPECT_EQ(str(weather[key]), str(expectWeather[key])) << key;
+                const QJsonArray consists = shownJson["consists"].toArray(), expected = scenario["consists"].toArray();
+                ASSERT_EQ(consists.size(), expected.size());
+                for (qsizetype i = 0; i < consists.size(); ++i) {
+                    const QJsonObject c = consists[i].toObject(), e = expected[i].toObject();
+                    EXPECT_EQ(c["playerDriven"].toBool(), e["playerDriven"].toBool()) << i;
+                    const QJsonArray vehicles = c["vehicles"].toArray(), expectVehicles = e["vehicles"].toArray();
+                    ASSERT_EQ(vehicles.size(), expectVehicles.size()) << i;
+                    for (qsizetype k = 0; k < vehicles.size(); ++k) {
+                        const QJsonObject v = vehicles[k].toObject(), ev = expectVehicles[k].toObject();
+                        SCOPED_TRACE("consist " + std::to_string(i) + " vehicle " + std::to_string(k));
+                        for (const char* key : {"name", "provider", "product", "blueprint", "number"})
+                            EXPECT_EQ(str(v[key]), str(ev[key])) << key;
+                        for (const char* key : {"flipped", "preloaded", "missing"})
+                            EXPECT_EQ(v[key].toBool(), ev[key].toBool()) << key;
+                        EXPECT_EQ(v["reskin"].isObject(), ev["reskin"].isObject());
+                        if (ev["reskin"].isObject()) {
+                            EXPECT_EQ(str(v["reskin"].toObject()["blueprint"]), str(ev["reskin"].toObject()["blueprint"]));
+                        }
+                    }
+                }
+            }
             EXPECT_EQ(code, missing[bin].empty() ? 0 : 1) << err.str();
             if (str(scenario["class"]) == "eTemplateScenarioClass") {
                 EXPECT_TRUE(shownJson["consists"].toArray().isEmpty());
