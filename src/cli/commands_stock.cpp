@@ -48,23 +48,23 @@ std::optional<fs::path> stockFolder(Session& s, const Arguments& a) {
             s.fail("'" + *word + "' is not a folder name");
             return std::nullopt;
         }
-    std::string relative = "Assets";
-    const auto assetsFolder = s.ctx.resolver.resolve(s.ctx.railWorks(), relative);
+    const auto assetsFolder = s.ctx.resolver.resolve(s.ctx.railWorks(), "Assets");
     if (!assetsFolder) {
         s.fail((s.ctx.railWorks() / "Assets").string() + ": the simulator root has no Assets folder");
         return std::nullopt;
     }
+    fs::path folder = *assetsFolder;
     for (const auto& word : {provider, product}) {
         if (!word)
             break;
-        relative += "\\" + *word;
-        const auto folder = s.ctx.resolver.resolve(s.ctx.railWorks(), relative);
-        if (!folder || !fs::is_directory(*folder)) {
-            s.fail("no folder " + *word + " in " + (s.ctx.railWorks() / relative).parent_path().string());
+        const auto next = s.ctx.resolver.resolve(folder, *word);
+        if (!next || !fs::is_directory(*next)) {
+            s.fail("no folder " + *word + " in " + folder.string());
             return std::nullopt;
         }
+        folder = *next;
     }
-    return s.ctx.resolver.resolve(s.ctx.railWorks(), relative);
+    return folder;
 }
 
 int cmdStockList(Session& s) {
