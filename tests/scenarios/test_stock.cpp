@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class StockClasses : public test::DemoInstallTest<StockClasses> {
+class StockClassTests : public test::DemoInstallTest<StockClassTests> {
 public:
     static constexpr const char* kName = "stock-classes";
 
@@ -27,7 +27,7 @@ protected:
 
 } // namespace
 
-TEST_F(StockClasses, TheDemoStockIsClassedByItsBlueprint) {
+TEST_F(StockClassTests, TheDemoStockIsClassedByItsBlueprint) {
     struct Expect {
         const char* file;
         bool loco, wagon, tender;
@@ -67,7 +67,7 @@ TEST_F(StockClasses, TheDemoStockIsClassedByItsBlueprint) {
     }
 }
 
-TEST_F(StockClasses, AReskinKnownAsALocomotiveTakesItsBaseEngineTypeAndNamesFallBack) {
+TEST_F(StockClassTests, AReskinKnownAsALocomotiveTakesItsBaseEngineTypeAndNamesFallBack) {
     demo::XmlBuilder x("cBlueprintLoader", 1);
     x.open("Blueprint").open("cReskinBlueprint", 2).str("Name", "Shed 66");
     x.open("BrowseInformation").str("Category", "eLocomotoves").close();
@@ -90,7 +90,7 @@ TEST_F(StockClasses, AReskinKnownAsALocomotiveTakesItsBaseEngineTypeAndNamesFall
     EXPECT_EQ(stockName("<English>Caf\xC3\xA9 car</English>", "English"), "Caf\xE9 car");
 }
 
-TEST_F(StockClasses, ABlueprintThatDoesNotDecodeIsReportedNotClassed) {
+TEST_F(StockClassTests, ABlueprintThatDoesNotDecodeIsReportedNotClassed) {
     test::writeBytes(scratch("Broken.bin"), "SERZ\0\0\1\0 and then nothing useful");
     test::writeBytes(scratch("Empty.bin"), "");
     for (const char* name : {"Broken.bin", "Empty.bin", "Missing.bin"}) {
@@ -102,7 +102,7 @@ TEST_F(StockClasses, ABlueprintThatDoesNotDecodeIsReportedNotClassed) {
     }
 }
 
-TEST_F(StockClasses, DetailsGiveMassNumberAndFuelOrder) {
+TEST_F(StockClassTests, DetailsGiveMassNumberAndFuelOrder) {
     const auto d = GetStockDetails(*m_ctx, asset("DemoRail/Class66Pack/RailVehicles/Diesel/Class66/Engine/Class66_EWS.bin"),
                                    [] { return 0.5; });
     ASSERT_TRUE(d.read) << d.error;

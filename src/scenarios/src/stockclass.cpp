@@ -5,13 +5,13 @@
 #include "velmora/core/services.h"
 #include "velmora/core/xmltext.h"
 
+#include <algorithm>
+#include <functional>
 #include <random>
 
 namespace velmora::scenarios {
 
 namespace {
-
-bool contains(std::string_view text, std::string_view what) { return InStr(1, text, what, Match::Text) > 0; }
 
 std::string detail(const std::string& xml, std::string_view tag, std::size_t from = 1) {
     std::size_t pos = from;
@@ -50,14 +50,25 @@ std::string baseEngineType(const AppContext& ctx, const std::string& xml) {
     return detail(baseXml, "EngineType");
 }
 
-StockTest byBlueprintClass(const AppContext& ctx, const std::string& xml, std::string_view marker) {
-    StockTest t;
-    t.read = true;
-    t.is = contains(xml, marker);
-    if (t.is)
-        t.name = stockName(xml, languageOf(ctx));
-    return t;
-}
+// Case-blind searches for ASCII markers in one lower-cased copy of the text. The text searches
+// fold Windows-1252 letters too, but none of those folds to an ASCII letter, so the answers
+// are the same; each search then skips ahead by the marker's length instead of stopping at
+// every "<" or ">".
+class FoldedText {
+public:
+    explicit FoldedText(std::string_view text) : m_text(text) {
+        for (char& c : m_text)
+            if (c >= 'A' && c <= 'Z')
+                c = static_cast<char>(c + 32);
+    }
+    bool has(std::string_view lowerMarker) const {
+        const std::boyer_moore_horspool_searcher searcher(lowerMarker.begin(), lowerMarker.end());
+        return std::search(m_text.begin(), m_text.end(), searcher) != m_text.end();
+    }
+
+private:
+    std::string m_text;
+};
 
 } // namespace
 
@@ -73,29 +84,29 @@ std::string stockName(const std::string& xml, const std::string& languageTag) {
     return name;
 }
 
-StockTest locoFromXml(const AppContext& ctx, const std::string& xml) {
-    StockTest t;
-    t.read = true;
-    if (contains(xml, "<cEngineComponentBlueprint")) {
-        t.is = true;
-    } else if (contains(xml, ">eLocomotoves<")) {
-        t.is = true;
-        t.reskin = true;
+StockClasses classifyStock(const AppContext& ctx, const std::string& xml) {
+    const FoldedText folded(xml);
+    StockClasses c;
+    c.loco.read = c.wagon.read = c.tender.read = true;
+    if (folded.has("<cenginecomponentblueprint")) {
+        c.loco.is = true;
+    } else if (folded.has(">elocomotoves<")) {
+        c.loco.is = true;
+        c.loco.reskin = true;
     }
-    if (!t.is)
-        return t;
-    t.name = stockName(xml, languageOf(ctx));
-    t.engineType = t.reskin ? baseEngineType(ctx, xml) : detail(xml, "EngineType");
-    return t;
+    c.wagon.is = folded.has("<cwagonblueprint");
+    c.tender.is = folded.has("<ctenderblueprint");
+    for (StockTest* t : {&c.loco, &c.wagon, &c.tender})
+        if (t->is)
+            t->name = stockName(xml, languageOf(ctx));
+    if (c.loco.is)
+        c.loco.engineType = c.loco.reskin ? baseEngineType(ctx, xml) : detail(xml, "EngineType");
+    return c;
 }
 
-StockTest wagonFromXml(const AppContext& ctx, const std::string& xml) {
-    return byBlueprintClass(ctx, xml, "<cWagonBlueprint");
-}
-
-StockTest tenderFromXml(const AppContext& ctx, const std::string& xml) {
-    return byBlueprintClass(ctx, xml, "<cTenderBlueprint");
-}
+StockTest locoFromXml(const AppContext& ctx, const std::string& xml) { return classifyStock(ctx, xml).loco; }
+StockTest wagonFromXml(const AppContext& ctx, const std::string& xml) { return classifyStock(ctx, xml).wagon; }
+StockTest tenderFromXml(const AppContext& ctx, const std::string& xml) { return classifyStock(ctx, xml).tender; }
 
 StockTest IsItALoco(const AppContext& ctx, const fs::path& bin) {
     StockTest failed;

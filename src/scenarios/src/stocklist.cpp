@@ -95,8 +95,8 @@ std::string assetsPrefixOf(const AppContext& ctx) {
     return backslashed((ec ? assets : absolute).lexically_normal().string()) + "\\";
 }
 
-std::optional<StockItem> itemFromXml(const AppContext& ctx, const std::string& xml, const std::string& full,
-                                     const std::string& assetsPrefix, StockCategory category, bool notRail) {
+std::optional<StockItem> itemFromClasses(const StockClasses& classes, const std::string& full,
+                                         const std::string& assetsPrefix, StockCategory category, bool notRail) {
     StockItem item;
     item.category = category;
     std::string rest;
@@ -110,40 +110,40 @@ std::optional<StockItem> itemFromXml(const AppContext& ctx, const std::string& x
                                   category == StockCategory::DMU;
         if (locoCategory) {
             // A locomotive of another traction is left out.
-            StockTest loco = locoFromXml(ctx, xml);
+            const StockTest& loco = classes.loco;
             if (loco.is && iequals(traction(loco.engineType), traction(categoryCaption(category)))) {
-                found = std::move(loco);
+                found = loco;
                 item.kind = StockKind::Loco;
             }
         }
         if (!found.is && (category == StockCategory::Passenger || category == StockCategory::Freight))
-            if (found = wagonFromXml(ctx, xml); found.is)
+            if (found = classes.wagon; found.is)
                 item.kind = StockKind::Wagon;
         if (!found.is && (category == StockCategory::Tender || category == StockCategory::Steam))
-            if (found = tenderFromXml(ctx, xml); found.is)
+            if (found = classes.tender; found.is)
                 item.kind = StockKind::Tender;
     } else {
         switch (category) {
         case StockCategory::Passenger:
         case StockCategory::Freight:
-            found = wagonFromXml(ctx, xml);
+            found = classes.wagon;
             item.kind = StockKind::Wagon;
             break;
         case StockCategory::Tender:
-            found = tenderFromXml(ctx, xml);
+            found = classes.tender;
             item.kind = StockKind::Tender;
             break;
         case StockCategory::EMU:
         case StockCategory::DMU:
-            found = locoFromXml(ctx, xml);
+            found = classes.loco;
             item.kind = StockKind::Loco;
             if (!found.is) {
-                found = wagonFromXml(ctx, xml);
+                found = classes.wagon;
                 item.kind = StockKind::Wagon;
             }
             break;
         default:
-            found = locoFromXml(ctx, xml);
+            found = classes.loco;
             item.kind = StockKind::Loco;
             break;
         }
@@ -234,7 +234,7 @@ bool stockFolderEntered(const std::string& folder) {
 
 std::optional<StockItem> stockItemFromXml(const AppContext& ctx, const std::string& xml, const std::string& full,
                                           StockCategory category, bool notRail) {
-    return itemFromXml(ctx, xml, full, assetsPrefixOf(ctx), category, notRail);
+    return itemFromClasses(classifyStock(ctx, xml), full, assetsPrefixOf(ctx), category, notRail);
 }
 
 std::optional<StockItem> FileMatch(const AppContext& ctx, const fs::path& folder, const std::string& file,
@@ -323,11 +323,12 @@ StockListing listStock(AppContext& ctx, const fs::path& folder, const std::vecto
                         out.error = r.message.empty() ? c.full + ": cannot be converted" : r.message;
                         return out;
                     }
+                    const StockClasses classes = classifyStock(ctx, xml);
                     out.items.resize(categories.size());
                     for (std::size_t k = 0; k < categories.size(); ++k)
                         if (c.categories & (1u << k))
-                            out.items[k] = itemFromXml(ctx, xml, c.full, assetsPrefix, categories[k],
-                                                       listing.notRailVehicles);
+                            out.items[k] = itemFromClasses(classes, c.full, assetsPrefix, categories[k],
+                                                           listing.notRailVehicles);
                     return out;
                 },
                 [&](const std::string& why) {
