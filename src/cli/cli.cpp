@@ -32,7 +32,8 @@ Global options:
 
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
-    for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(), historyCommands()})
+    for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(), stockCommands(),
+                         historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }
@@ -215,6 +216,14 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
         return Error;
     }
     const std::vector<Command> commands = allCommands();
+    // A command's own help, where it has more to say than its line in the usage.
+    if (g.help && !g.command.empty())
+        for (const Command& c : commands)
+            if (c.help && (g.command == c.name || (!g.rest.empty() && g.command + " " + g.rest.front() == c.name))) {
+                out << "Usage: velmora-cli " << c.name << ' ' << c.synopsis << "\n\n" << c.summary << ".\n\n"
+                    << c.help;
+                return Success;
+            }
     if (g.help || g.command.empty() || g.command == "help") {
         (g.help || g.command == "help" ? out : err) << usage(commands);
         return g.command.empty() && !g.help ? Error : Success;

@@ -66,6 +66,8 @@ struct Command {
     // Whatever the command writes is one journal entry, named by its command line. The journal's
     // own commands keep their entries themselves.
     bool journal = true;
+    // What `COMMAND --help` adds to the synopsis and summary: options, output keys.
+    const char* help = nullptr;
 };
 
 // The commands of each subsystem; run() puts them together.
@@ -75,6 +77,7 @@ std::vector<Command> assetCommands();
 std::vector<Command> routeCommands();
 std::vector<Command> scenarioCommands();
 std::vector<Command> historyCommands();
+std::vector<Command> stockCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

@@ -68,6 +68,19 @@ TEST_F(ScanTree, BreadthFirstInNameOrderWithPatterns) {
     EXPECT_EQ(scan.DirCount(), 3);
 }
 
+TEST_F(ScanTree, AFolderTheFilterRefusesIsNeitherReportedNorEntered) {
+    for (const bool sorted : {false, true}) {
+        cScanPath scan;
+        scan.setFilter("*.bin");
+        scan.DirFilter = [](const std::string&, const std::string& name) { return name != "sub"; };
+        const auto seen = walk(scan, sorted);
+        for (const auto& s : seen)
+            EXPECT_EQ(s.find("sub"), std::string::npos) << s << (sorted ? " (sorted)" : "");
+        EXPECT_NE(std::find(seen.begin(), seen.end(), "[Other]"), seen.end());
+        EXPECT_EQ(scan.DirCount(), 1);
+    }
+}
+
 TEST_F(ScanTree, SortedWalkPutsFilesBeforeFoldersAndRecursesAtOnce) {
     cScanPath scan;
     scan.setFilter("*.cost*;*.tgt");

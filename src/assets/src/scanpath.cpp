@@ -202,7 +202,7 @@ void cScanPath::StartScan(const fs::path& folder, bool recurse, bool sorted, boo
             if (m_stop)
                 return;
             if (isDir) {
-                if (!recurse)
+                if (!recurse || (DirFilter && !DirFilter(path, name)))
                     continue;
                 pending.push_back(path + name + "/");
                 ++m_dirs;
@@ -234,6 +234,8 @@ void cScanPath::walkSorted(const fs::path& folder, bool recurse, bool matchPatte
         if (m_stop)
             return;
         if (isDir) {
+            if (DirFilter && !DirFilter(path, name))
+                continue;
             ++m_dirs;
             if (DirMatch)
                 DirMatch(path, name);

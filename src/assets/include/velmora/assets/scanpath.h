@@ -49,6 +49,9 @@ public:
 
     Match DirMatch;
     Match FileMatch;
+    // When set, a folder for which it answers false is neither reported nor entered: a walk
+    // that knows a whole subtree holds nothing for it (textures, sounds) need not list it.
+    std::function<bool(const std::string& path, const std::string& name)> DirFilter;
 
     // Walks `folder`. With `matchPatterns` the filter holds wildcards, else extensions.
     void StartScan(const fs::path& folder, bool recurse, bool sorted, bool matchPatterns, bool extended = false);
