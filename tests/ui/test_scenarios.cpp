@@ -10,6 +10,7 @@
 #include "velmora/scenarios/scenariosave.h"
 
 #include <QButtonGroup>
+#include <QComboBox>
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QListWidget>
@@ -192,6 +193,27 @@ private slots:
         QVERIFY(saved.find("23400") != std::string::npos); // 06:30
         // Saved: nothing is left to save, and leaving asks nothing.
         QVERIFY(!editor->findChild<QPushButton*>("Command1")->isEnabled());
+    }
+
+    void availableStockIsFoundOffTheGuiThreadAndPreviewed() {
+        auto screen = listed();
+        QVERIFY(select(*screen, "Free roam"));
+        screen->Command10_Click();
+        ui::frmOstrand* editor = screen->editor();
+        QVERIFY(editor);
+        editor->stockCategory()->setCurrentText("Diesel");
+        editor->Command6_Click();
+        QStringList names;
+        for (int i = 0; i < editor->stockList()->count(); ++i)
+            names << editor->stockList()->item(i)->text();
+        QVERIFY2(names.contains("DemoRail Class 66 EWS"), qPrintable(names.join(", ")));
+        editor->stockList()->setCurrentRow(static_cast<int>(names.indexOf("DemoRail Class 66 EWS")));
+        QVERIFY(editor->stockPreviewText().contains("Class66_EWS.bin"));
+        // A folder that is not there is said, and the list stays as it was.
+        editor->stockFolder()->setText(QString::fromStdString((m_dir / "nowhere").string()));
+        editor->Command6_Click();
+        QVERIFY(prompted("no such folder"));
+        QCOMPARE(editor->stockList()->count(), static_cast<int>(names.size()));
     }
 
     void aMissingWeatherFolderIsSaid() {

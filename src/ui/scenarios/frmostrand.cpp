@@ -1,5 +1,6 @@
 #include "frmostrand.h"
 
+#include "../common/backgroundjob.h"
 #include "../common/desktopui.h"
 #include "../common/frmreport.h"
 #include "../common/palettecolours.h"
@@ -15,6 +16,8 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QImage>
+#include <QPixmap>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -151,6 +154,7 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
     split->addWidget(left);
     split->addWidget(middle);
     split->addWidget(side);
+    split->addWidget(buildStock());
     split->setStretchFactor(1, 3);
 
     m_save = new QPushButton(tr("Save Changes to Scenario"));
@@ -244,6 +248,80 @@ void frmOstrand::buildFields(QWidget* side) {
     layout->addWidget(classes);
     layout->addStretch(1);
 }
+
+QWidget* frmOstrand::buildStock() {
+    auto* box = new QGroupBox(tr("Available Stock"));
+    m_stockFolder = new QLineEdit(QString::fromStdString((m_ctx.railWorks() / "Assets").string()));
+    m_stockFolder->setObjectName("Text5");
+    m_stockCategory = new QComboBox;
+    m_stockCategory->setObjectName("Option1");
+    for (scenarios::StockCategory c : scenarios::allStockCategories())
+        m_stockCategory->addItem(scenarios::categoryCaption(c));
+    auto* find = new QPushButton(tr("Find Available Rolling-Stock"));
+    find->setObjectName("Command6");
+    connect(find, &QPushButton::clicked, this, &frmOstrand::Command6_Click);
+    m_stock = new QListWidget;
+    m_stock->setObjectName("List3");
+    connect(m_stock, &QListWidget::currentRowChanged, this, &frmOstrand::List3_Click);
+    m_stockPicture = new QLabel;
+    m_stockPicture->setObjectName("Picture1");
+    m_stockPicture->setAlignment(Qt::AlignCenter);
+    m_stockPicture->setMinimumSize(160, 120);
+    m_stockLabel = new QLabel;
+    m_stockLabel->setWordWrap(true);
+    m_stockLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto* layout = new QVBoxLayout(box);
+    layout->addWidget(m_stockFolder);
+    layout->addWidget(m_stockCategory);
+    layout->addWidget(find);
+    layout->addWidget(m_stock, 1);
+    layout->addWidget(m_stockPicture);
+    layout->addWidget(m_stockLabel);
+    return box;
+}
+
+void frmOstrand::Command6_Click() {
+    const auto category = scenarios::categoryFromCaption(fromQt(m_stockCategory->currentText()));
+    const std::filesystem::path folder = m_stockFolder->text().toStdString();
+    if (!category || !FolderExists(folder)) {
+        m_ctx.ui().message(folder.string() + ": no such folder to look for stock in", Icon::Warning);
+        return;
+    }
+    // A large Assets tree takes a while: the walk runs on its own thread, the screen stays alive.
+    scenarios::StockListing listing;
+    const bool finished = runInBackground(m_ctx, "Finding available rolling stock", [&](UserInterface& ui) {
+        listing = scenarios::Command6_Click(m_ctx, m_stockTables, folder, *category, 0, &ui);
+    });
+    m_stock->clear();
+    for (const std::string& name : m_stockTables.StockNames)
+        m_stock->addItem(toQt(name));
+    if (!listing.unreadable.empty()) {
+        std::string text = "These could not be read, so their stock is not listed:\r\n";
+        for (const auto& u : listing.unreadable)
+            text += u + "\r\n";
+        frmReport::show(m_ctx, tr("Stock not read"), text, this);
+    }
+    if (!finished || listing.stopped)
+        m_ctx.ui().message("The search was stopped: the list holds what was found so far.");
+}
+
+void frmOstrand::List3_Click(int row) {
+    m_stockPicture->clear();
+    m_stockLabel->clear();
+    if (row < 0)
+        return;
+    const auto preview = scenarios::stockPreview(m_ctx, m_stockTables, static_cast<std::size_t>(row));
+    if (!preview)
+        return;
+    m_stockLabel->setText(toQt(preview->label) + "\n" + toQt(preview->category));
+    const QImage picture(QString::fromStdString(preview->picture.string()));
+    if (picture.isNull())
+        m_stockPicture->setText(tr("No picture"));
+    else
+        m_stockPicture->setPixmap(QPixmap::fromImage(picture.scaled(160, 120, Qt::KeepAspectRatio)));
+}
+
+QString frmOstrand::stockPreviewText() const { return m_stockLabel->text(); }
 
 void frmOstrand::fillFields() {
     m_filling = true;

@@ -7,6 +7,7 @@
 #include "velmora/core/appcontext.h"
 #include "velmora/scenarios/scenario.h"
 #include "velmora/scenarios/scenariosave.h"
+#include "velmora/scenarios/stocklist.h"
 
 #include <QDialog>
 
@@ -45,6 +46,12 @@ public:
 
     static QString waitsFor(const QString& button);
 
+    // Available Stock (List3): the folder walked and the category asked for.
+    QLineEdit* stockFolder() const { return m_stockFolder; }
+    QComboBox* stockCategory() const { return m_stockCategory; } // Option1
+    QListWidget* stockList() const { return m_stock; }           // List3
+    QString stockPreviewText() const;                            // the chosen stock's path and category
+
 public slots:
     void List1_Click();              // the vehicles of the selected consist
     void showItem(int row);          // VSG2_MouseDown: dlgTips for a vehicle
@@ -52,6 +59,9 @@ public slots:
     void Command2_Click();           // Exit
     void Command3_Click();           // Set Weather
     void mnuMFR_Click();             // Show Missing File report
+    // Find Available Rolling-Stock: walks the folder off the GUI thread, with progress and Abort.
+    void Command6_Click();
+    void List3_Click(int row);       // the preview of a stock row
     // Option2: a class change asks first; false when the user kept the class.
     bool setClass(scenarios::ScenarioClass cls);
 
@@ -60,6 +70,7 @@ protected:
 
 private:
     void buildFields(QWidget* side);
+    QWidget* buildStock();
     void fillFields();
     void showClassFields();
     AppContext& m_ctx;
@@ -86,6 +97,12 @@ private:
     QLabel* m_locationLabel;
     QCheckBox* m_allConsists;
     QButtonGroup* m_class;
+    scenarios::StockTables m_stockTables;
+    QLineEdit* m_stockFolder;
+    QComboBox* m_stockCategory;
+    QListWidget* m_stock;
+    QLabel* m_stockPicture;
+    QLabel* m_stockLabel;
     QPushButton* m_save;
     QPushButton* m_exit;
 };
