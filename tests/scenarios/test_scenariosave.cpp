@@ -194,6 +194,38 @@ TEST_F(Saving, ClassAuthorAndStartLocation) {
     EXPECT_EQ(openScenario(*m_ctx, free).properties.startLocation, "Platform 2");
 }
 
+// A free-roam scenario without a StartLocation block gets one from the shipped template, behind
+// the briefing; without the template nothing is written and the template is named.
+TEST_F(Saving, AStartLocationBlockComesFromTheTemplate) {
+    const fs::path free = copyOf("Free roam");
+    std::string text = test::slurp(free / "ScenarioProperties.xml");
+    const std::size_t from = text.find("\t<StartLocation>");
+    ASSERT_NE(from, std::string::npos);
+    text.erase(from, text.find("</StartLocation>") + 16 + 2 - from);
+    std::ofstream(free / "ScenarioProperties.xml", std::ios::binary | std::ios::trunc) << text;
+
+    ScenarioDocument d = openScenario(*m_ctx, free);
+    Fields f = fieldsOf(d);
+    EXPECT_EQ(f.startLocation, "");
+    f.startLocation = "Platform 2";
+    const auto before = test::snapshot(free);
+    const SaveResult refused = saveScenario(*m_ctx, d, f); // this context ships no templates
+    EXPECT_FALSE(refused);
+    EXPECT_NE(refused.message.find("StartLocation.txt"), std::string::npos) << refused.message;
+    EXPECT_EQ(test::snapshot(free), before);
+
+    AppContext shipped(s_dir / "home", fs::path(VELMORA_SOURCE_DIR) / "data", m_ui);
+    shipped.setRailWorksOverride(s_dir / "rw");
+    d = openScenario(shipped, free);
+    ASSERT_TRUE(saveScenario(shipped, d, f));
+    const std::string saved = test::slurp(free / "ScenarioProperties.xml");
+    const std::size_t block = saved.find("</Briefing>\r\n\t<StartLocation>\r\n");
+    ASSERT_NE(block, std::string::npos);
+    EXPECT_NE(saved.find("<English d:type=\"cDeltaString\">Platform 2</English>", block), std::string::npos);
+    EXPECT_EQ(saved.find("bbbbbb"), std::string::npos);
+    EXPECT_EQ(openScenario(shipped, free).properties.startLocation, "Platform 2");
+}
+
 TEST_F(Saving, EmptyConsistsAreRemovedWithABackup) {
     const fs::path folder = copyOf();
     std::string xml = xmlOf(folder);
