@@ -7,6 +7,7 @@
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/demo/demoinstall.h"
+#include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/scenariosave.h"
 
 #include <QButtonGroup>
@@ -214,6 +215,34 @@ private slots:
         editor->Command6_Click();
         QVERIFY(prompted("no such folder"));
         QCOMPARE(editor->stockList()->count(), static_cast<int>(names.size()));
+    }
+
+    void consistTimesAndSpeedsAreChangedThenSaved() {
+        auto screen = listed();
+        QVERIFY(select(*screen, "Workshop"));
+        screen->Command10_Click();
+        ui::frmOstrand* editor = screen->editor();
+        QVERIFY(editor);
+        editor->consistList()->setCurrentRow(1); // the AI train
+        editor->startTimeField()->setText("0930");
+        editor->findChild<QPushButton*>("Command17")->click();
+        QVERIFY(editor->changed());
+        QCOMPARE(editor->document().consists[1].vehicles.front().startTime, std::string("0930"));
+        // The driven train's speed, asked in mph.
+        m_ui->pushAnswer(Answer::Yes);
+        m_ui->pushText("30");
+        editor->findChild<QPushButton*>("Command13")->click();
+        QVERIFY(prompted("Current speed 0 mph Replace with"));
+        QVERIFY(std::abs(*scenarios::drivenStartSpeed(editor->document()).value - 30 / 2.24) < 1e-3);
+        // This scenario was written without trigger distances: said so, nothing changed.
+        m_ui->pushAnswer(Answer::Yes);
+        editor->findChild<QPushButton*>("Command27")->click();
+        QVERIFY(prompted("There is no option to change the 'Start Trigger Distance'"));
+        const fs::path folder = editor->document().folder;
+        QVERIFY(editor->Command1_Click());
+        const scenarios::ScenarioDocument saved = scenarios::openScenario(*m_ctx, folder);
+        QCOMPARE(saved.consists[1].vehicles.front().startTime, std::string("0930"));
+        QVERIFY(std::abs(*scenarios::drivenStartSpeed(saved).value - 30 / 2.24) < 1e-3);
     }
 
     void aMissingWeatherFolderIsSaid() {

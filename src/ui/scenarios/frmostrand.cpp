@@ -6,6 +6,7 @@
 #include "../common/palettecolours.h"
 #include "../common/windowplace.h"
 #include "velmora/core/services.h"
+#include "velmora/scenarios/consistfields.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -53,9 +54,7 @@ const std::pair<const char*, const char*> kConsistCommands[] = {
     {"Command9", "Delete Item"},         {"Command21", "Flip Selected"},
     {"Command23", "Rename Consist"},     {"Command18", "Delete Consist"},
     {"Command19", "Change Service Class"}, {"Command28", "Save Selected Loose Consist"},
-    {"Command29", "Add Previously Saved Loose Consist"}, {"Command17", "Change Start Time"},
-    {"Command13", "Change start speed of Driven consist"}, {"Command16", "Change start speed of AI consist"},
-    {"Command27", "Change Trigger Distance"},
+    {"Command29", "Add Previously Saved Loose Consist"},
 };
 
 const ScenarioClass kClassOrder[] = {ScenarioClass::Standard, ScenarioClass::FreeRoam, ScenarioClass::Career,
@@ -109,9 +108,12 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
     m_tipClass->setObjectName("Combo1");
     for (const char* c : kServiceClasses)
         m_tipClass->addItem(tr(c));
-    // Read-only until consist editing can write them.
-    for (QWidget* w : {static_cast<QWidget*>(m_tipTime), static_cast<QWidget*>(m_tipNumber), static_cast<QWidget*>(m_tipClass)})
+    // Read-only until consist editing can write them; the start time is the one Change Start Time takes.
+    for (QWidget* w : {static_cast<QWidget*>(m_tipNumber), static_cast<QWidget*>(m_tipClass)})
         w->setEnabled(false);
+    m_trigger = new QLineEdit;
+    m_trigger->setObjectName("Text4");
+    m_trigger->setPlaceholderText(tr("metres"));
     auto* tipsLayout = new QFormLayout(tipsBox);
     tipsLayout->addRow(m_tips);
     tipsLayout->addRow(tr("Start time"), m_tipTime);
@@ -120,6 +122,26 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
 
     auto* consistCommands = new QGridLayout;
     int i = 0;
+    struct Live {
+        const char* name;
+        const char* caption;
+        void (frmOstrand::*slot)();
+    };
+    for (const Live& b : {Live{"Command17", "Change Start Time", &frmOstrand::Command17_Click},
+                          Live{"Command13", "Change start speed of Driven consist", &frmOstrand::Command13_Click},
+                          Live{"Command16", "Change start speed of AI consist", &frmOstrand::Command16_Click},
+                          Live{"Command27", "Change Trigger Distance", &frmOstrand::Command27_Click}}) {
+        auto* button = new QPushButton(tr(b.caption));
+        button->setObjectName(b.name);
+        connect(button, &QPushButton::clicked, this, b.slot);
+        consistCommands->addWidget(button, i / 4, i % 4);
+        ++i;
+    }
+    auto* triggerRow = new QHBoxLayout;
+    triggerRow->addWidget(new QLabel(tr("New trigger distance")));
+    triggerRow->addWidget(m_trigger);
+    consistCommands->addLayout(triggerRow, i / 4, i % 4);
+    ++i;
     for (const auto& [name, caption] : kConsistCommands) {
         auto* b = new QPushButton(tr(caption));
         b->setObjectName(name);
@@ -322,6 +344,103 @@ void frmOstrand::List3_Click(int row) {
 }
 
 QString frmOstrand::stockPreviewText() const { return m_stockLabel->text(); }
+
+void frmOstrand::consistChanged() {
+    m_changed = true;
+    const int row = m_items->currentRow();
+    List1_Click();
+    if (row >= 0 && row < m_items->rowCount())
+        m_items->setCurrentCell(row, 1);
+}
+
+void frmOstrand::Command17_Click() {
+    const std::string refused = scenarios::setConsistStartTime(m_doc, m_consists->currentRow(), fromQt(m_tipTime->text()));
+    if (!refused.empty()) {
+        m_ctx.ui().message(refused, Icon::Warning);
+        return;
+    }
+    consistChanged();
+}
+
+namespace {
+// The speed as the user types it back, in mph; nothing when the answer is empty or no number.
+std::optional<double> askMph(AppContext& ctx, double metresPerSecond, const char* prompt) {
+    const auto answer = ctx.ui().inputText("Current speed " + QString::number(metresPerSecond * scenarios::kMphPerMetreSecond).toStdString() +
+                                               prompt,
+                                           "Start speed");
+    bool ok = false;
+    const double mph = answer ? QString::fromStdString(*answer).trimmed().toDouble(&ok) : 0;
+    if (!ok)
+        return std::nullopt;
+    return mph;
+}
+} // namespace
+
+void frmOstrand::Command13_Click() {
+    if (m_ctx.ui().ask("This option will alter the start speed of the Driven consist \nand may help in some instances. Continue?",
+                       Buttons::YesNo) != Answer::Yes)
+        return;
+    const scenarios::ConsistValue speed = scenarios::drivenStartSpeed(m_doc);
+    if (!speed.ok() || !speed.value) {
+        m_ctx.ui().message(speed.error, Icon::Warning);
+        return;
+    }
+    if (const auto mph = askMph(m_ctx, *speed.value, " mph Replace with")) {
+        if (const std::string refused = scenarios::setDrivenStartSpeed(m_doc, *mph / scenarios::kMphPerMetreSecond); !refused.empty())
+            m_ctx.ui().message(refused, Icon::Warning);
+        else
+            consistChanged();
+    }
+}
+
+void frmOstrand::Command16_Click() {
+    if (m_ctx.ui().ask("This option will alter the start speed of a selected AI consist (not\nthe Driven consist) and may "
+                       "help in some instances. Continue?",
+                       Buttons::YesNo) != Answer::Yes)
+        return;
+    const int row = m_consists->currentRow();
+    const scenarios::ConsistValue speed = scenarios::aiStartSpeed(m_doc, row);
+    if (!speed.ok() || !speed.value) {
+        m_ctx.ui().message(speed.error, speed.error == scenarios::kDrivenSelected ? Icon::Critical : Icon::Warning);
+        return;
+    }
+    if (const auto mph = askMph(m_ctx, *speed.value, "mph Replace with")) {
+        if (const std::string refused = scenarios::setAiStartSpeed(m_doc, row, *mph / scenarios::kMphPerMetreSecond);
+            !refused.empty())
+            m_ctx.ui().message(refused, Icon::Warning);
+        else
+            consistChanged();
+    }
+}
+
+void frmOstrand::Command27_Click() {
+    if (m_ctx.ui().ask("This option will alter the trigger distance of a selected AI consist to\nstart when the Driven "
+                       "consist is within that distance. Continue?",
+                       Buttons::YesNo) != Answer::Yes)
+        return;
+    const int row = m_consists->currentRow();
+    if (row < 0)
+        return;
+    const scenarios::ConsistValue distance = scenarios::triggerDistance(m_doc, row);
+    if (!distance.ok() || !distance.value) {
+        m_ctx.ui().message(distance.error, distance.error == scenarios::kDrivenSelected ? Icon::Critical : Icon::Warning);
+        return;
+    }
+    if (m_ctx.ui().ask("The Start Trigger Distance for this Consist is\ncurrently " + QString::number(*distance.value).toStdString() +
+                           "  metres.Use new distance?",
+                       Buttons::YesNo) != Answer::Yes)
+        return;
+    bool ok = false;
+    const double metres = m_trigger->text().trimmed().toDouble(&ok);
+    if (!ok || metres < 0) {
+        m_ctx.ui().message("Type the new distance in metres in the box beside Change Trigger Distance.", Icon::Warning);
+        return;
+    }
+    if (const std::string refused = scenarios::setTriggerDistance(m_doc, row, metres); !refused.empty())
+        m_ctx.ui().message(refused, Icon::Warning);
+    else
+        consistChanged();
+}
 
 void frmOstrand::fillFields() {
     m_filling = true;

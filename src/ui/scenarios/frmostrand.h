@@ -47,6 +47,8 @@ public:
     static QString waitsFor(const QString& button);
 
     // Available Stock (List3): the folder walked and the category asked for.
+    QLineEdit* startTimeField() const { return m_tipTime; } // dlgTips.Text1
+    QLineEdit* triggerField() const { return m_trigger; }   // Text4
     QLineEdit* stockFolder() const { return m_stockFolder; }
     QComboBox* stockCategory() const { return m_stockCategory; } // Option1
     QListWidget* stockList() const { return m_stock; }           // List3
@@ -62,6 +64,10 @@ public slots:
     // Find Available Rolling-Stock: walks the folder off the GUI thread, with progress and Abort.
     void Command6_Click();
     void List3_Click(int row);       // the preview of a stock row
+    void Command17_Click();          // Change Start Time of the selected consist (dlgTips' time)
+    void Command13_Click();          // start speed of the driven consist
+    void Command16_Click();          // start speed of the selected AI consist
+    void Command27_Click();          // trigger distance of the selected AI consist (Text4)
     // Option2: a class change asks first; false when the user kept the class.
     bool setClass(scenarios::ScenarioClass cls);
 
@@ -73,6 +79,8 @@ private:
     QWidget* buildStock();
     void fillFields();
     void showClassFields();
+    // After a consist field changed: marked changed, the consist's vehicles shown again.
+    void consistChanged();
     AppContext& m_ctx;
     scenarios::ScenarioDocument m_doc;
     scenarios::ScenarioClass m_cls;
@@ -89,6 +97,7 @@ private:
     QLineEdit* m_tipTime;  // dlgTips.Text1
     QLineEdit* m_tipNumber;  // dlgTips.Text2
     QComboBox* m_tipClass;   // dlgTips.Combo1
+    QLineEdit* m_trigger;    // Text4: a new trigger distance in metres
     std::array<QLineEdit*, 12> m_text1{};
     QComboBox* m_season; // Combo1
     QLineEdit* m_author;
