@@ -7,6 +7,7 @@
 #include "velmora/core/textboundary.h"
 #include "velmora/scenarios/scenario.h"
 #include "velmora/scenarios/scenariolist.h"
+#include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/scenariosave.h"
 
 namespace velmora::cli {
@@ -297,6 +298,62 @@ int cmdScenarioSet(Session& s) {
     return Success;
 }
 
+// The editor's consist fields: a consist's start time, the driven or an AI consist's start speed
+// (mph, as the editor asks), an AI consist's trigger distance; then the scenario is saved.
+int cmdScenarioConsist(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {"--start-time", "--start-speed", "--trigger-distance"}, {});
+    const auto ref = scenarioArgument(s, a, 1);
+    if (!ref)
+        return Error;
+    int index = -1;
+    const std::string& typed = a.plain[2];
+    if (typed.empty() || typed.find_first_not_of("0123456789") != std::string::npos || typed.size() > 6)
+        return s.fail("the consist is given by its index, 0 for the first: '" + shown(typed) + "'");
+    index = std::stoi(typed);
+    if (a.options.empty())
+        return s.fail("nothing to change: give --start-time, --start-speed or --trigger-distance");
+    int code = Success;
+    sc::ScenarioDocument d = opened(s, *ref, code);
+    if (code != Success)
+        return code;
+    if (d.refused)
+        return s.fail("the scenario was not changed");
+    if (index >= static_cast<int>(d.consists.size()))
+        return s.fail("the scenario has " + std::to_string(d.consists.size()) + " consists; there is no consist " + typed);
+    auto numberOf = [&](const char* option, double& value) {
+        const std::string text = *a.value(option);
+        char* end = nullptr;
+        value = std::strtod(text.c_str(), &end);
+        return !text.empty() && end && *end == '\0' && value >= 0;
+    };
+    std::string problem;
+    if (const auto time = a.value("--start-time"))
+        problem = sc::setConsistStartTime(d, index, *time);
+    double value = 0;
+    if (problem.empty() && a.value("--start-speed")) {
+        if (!numberOf("--start-speed", value))
+            problem = "--start-speed takes miles an hour, e.g. 25";
+        else if (index == d.drivenConsist)
+            problem = sc::setDrivenStartSpeed(d, value / sc::kMphPerMetreSecond);
+        else
+            problem = sc::setAiStartSpeed(d, index, value / sc::kMphPerMetreSecond);
+    }
+    if (problem.empty() && a.value("--trigger-distance")) {
+        if (!numberOf("--trigger-distance", value))
+            problem = "--trigger-distance takes metres, e.g. 500";
+        else
+            problem = sc::setTriggerDistance(d, index, value);
+    }
+    if (!problem.empty())
+        return s.fail(shown(problem) + "; nothing was written");
+    const sc::SaveResult r = sc::saveScenario(s.ctx, d, sc::fieldsOf(d));
+    if (!r)
+        return s.fail(shown(r.message));
+    if (!s.g.quiet)
+        s.out << r.message << '\n';
+    return Success;
+}
+
 int cmdScenarioSaves(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {}, {"--json"});
     const auto ref = scenarioArgument(s, a);
@@ -357,6 +414,8 @@ std::vector<Command> scenarioCommands() {
          "[--date DD/MM/YYYY] [--season S] [--weather PROVIDER/PRODUCT/PATH] [--class C] [--author A] "
          "[--start-location T] [--all-consists]",
          "changes the fields and saves both documents with their backups", cmdScenarioSet},
+        {"scenario consist", "ROUTE SCENARIO INDEX [--start-time HHMM] [--start-speed MPH] [--trigger-distance M]",
+         "changes a consist's start time, start speed or trigger distance and saves the scenario", cmdScenarioConsist},
         {"scenario saves", "ROUTE SCENARIO [--json]", "the saved copies (.bin files) of a scenario", cmdScenarioSaves},
         {"scenario save-as", "ROUTE SCENARIO NAME", "copies CurrentSave.bin (and its .MD5) to NAME", cmdScenarioSaveAs},
         {"scenario overwrite-save", "ROUTE SCENARIO FILE", "replaces CurrentSave.bin (and its .MD5) by a saved copy",
