@@ -395,6 +395,18 @@ int cmdScenarioOverwriteSave(Session& s) {
     return ref ? finish(s, sc::overwriteCurrentSave(s.ctx, ref->folder, a.plain[2])) : Error;
 }
 
+int cmdScenarioDeleteSave(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    const auto ref = scenarioArgument(s, a);
+    if (!ref)
+        return Error;
+    // The save is kept as a numbered backup, and undo brings it back; still, ask first.
+    if (s.ctx.ui().ask("This operation will delete your CurrentSave.bin file for this Scenario.\nProceed?",
+                       Buttons::YesNo) != Answer::Yes)
+        return s.fail("CurrentSave.bin was not deleted");
+    return finish(s, sc::deleteCurrentSave(s.ctx, ref->folder));
+}
+
 int cmdScenarioRemoveEmpty(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {}, {});
     const auto ref = scenarioArgument(s, a);
@@ -420,6 +432,8 @@ std::vector<Command> scenarioCommands() {
         {"scenario save-as", "ROUTE SCENARIO NAME", "copies CurrentSave.bin (and its .MD5) to NAME", cmdScenarioSaveAs},
         {"scenario overwrite-save", "ROUTE SCENARIO FILE", "replaces CurrentSave.bin (and its .MD5) by a saved copy",
          cmdScenarioOverwriteSave},
+        {"scenario delete-save", "ROUTE SCENARIO [--yes]",
+         "deletes CurrentSave.bin and its .MD5, keeping both as numbered backups (asks first)", cmdScenarioDeleteSave},
         {"scenario remove-empty-consists", "ROUTE SCENARIO", "removes the consists that hold no rail vehicle",
          cmdScenarioRemoveEmpty},
     };
