@@ -45,8 +45,9 @@ std::string plain(double value) {
     return buffer;
 }
 
-// Reads the tables again after a change, keeping what the missing-stock test found.
-void reread(ScenarioDocument& doc) {
+} // namespace
+
+void rereadTables(ScenarioDocument& doc) {
     std::vector<Consist> old = std::move(doc.consists);
     std::string error;
     doc.consists = readConsists(doc.scenarioText, doc.scenarioFile, error, &doc.drivenConsist);
@@ -56,6 +57,27 @@ void reread(ScenarioDocument& doc) {
             doc.consists[i].vehicles[j].path = old[i].vehicles[j].path;
         }
 }
+
+std::optional<std::pair<std::size_t, std::size_t>> vehicleSpan(const ScenarioDocument& doc, int consist, int vehicle) {
+    if (!validConsist(doc, consist) || vehicle < 0)
+        return std::nullopt;
+    const auto [from, end] = sliceOf(doc, consist);
+    std::size_t at = from;
+    for (int j = 0;; ++j) {
+        at = doc.scenarioText.find("<cOwnedEntity", at);
+        if (at == std::string::npos || at >= end)
+            return std::nullopt;
+        if (j == vehicle)
+            break;
+        at += 13;
+    }
+    const std::size_t close = doc.scenarioText.find("</cOwnedEntity>", at);
+    if (close == std::string::npos || close >= end)
+        return std::nullopt;
+    return std::make_pair(at, close + 15);
+}
+
+namespace {
 
 // The first `tag` element at or after `from` (0-based) within [from, end): its value's place.
 std::size_t elementAt(const std::string& text, std::size_t from, std::size_t end, std::string_view tag) {
@@ -123,7 +145,7 @@ std::string setConsistStartTime(ScenarioDocument& doc, int consist, const std::s
     if (at == std::string::npos || close >= end)
         return doc.scenarioFile.string() + ": this consist has no service and so no start time.";
     putAt(doc.scenarioText, at, "StartTime", seconds);
-    reread(doc);
+    rereadTables(doc);
     return {};
 }
 
@@ -139,7 +161,7 @@ std::string setDrivenStartSpeed(ScenarioDocument& doc, double metresPerSecond) {
     if (at == std::string::npos)
         return doc.scenarioFile.string() + ": the driven consist's speed was not found.";
     putAt(doc.scenarioText, at, "Speed", plain(metresPerSecond));
-    reread(doc);
+    rereadTables(doc);
     return {};
 }
 
@@ -161,7 +183,7 @@ std::string setAiStartSpeed(ScenarioDocument& doc, int consist, double metresPer
     const auto [from, end] = sliceOf(doc, consist);
     const std::size_t time = elementAt(doc.scenarioText, serviceNameAt(doc, consist), end, "StartTime");
     putAt(doc.scenarioText, elementAt(doc.scenarioText, time, end, "StartSpeed"), "StartSpeed", plain(metresPerSecond));
-    reread(doc);
+    rereadTables(doc);
     return {};
 }
 
@@ -186,7 +208,7 @@ std::string setTriggerDistance(ScenarioDocument& doc, int consist, double metres
     const auto [from, end] = sliceOf(doc, consist);
     putAt(doc.scenarioText, elementAt(doc.scenarioText, from, end, "StartTriggerDistanceFromPlayerSquared"),
           "StartTriggerDistanceFromPlayerSquared", plain(metres * metres));
-    reread(doc);
+    rereadTables(doc);
     return {};
 }
 

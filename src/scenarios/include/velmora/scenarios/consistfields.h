@@ -11,6 +11,15 @@
 
 namespace velmora::scenarios {
 
+// Reads the consist tables again from `doc.scenarioText` after a change, keeping what the
+// missing-stock test found for the vehicles that are still in their places.
+void rereadTables(ScenarioDocument& doc);
+
+// Where vehicle `vehicle` of consist `consist` stands in the scenario text: from its
+// <cOwnedEntity to the end of its </cOwnedEntity> (0-based, end exclusive); nothing when either
+// index is past the document.
+std::optional<std::pair<std::size_t, std::size_t>> vehicleSpan(const ScenarioDocument& doc, int consist, int vehicle);
+
 // The editor's conversion between metres a second and miles an hour, used both ways.
 constexpr double kMphPerMetreSecond = 2.24;
 
