@@ -7,6 +7,7 @@
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/demo/demoinstall.h"
+#include "velmora/scenarios/consistedit.h"
 #include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/scenariosave.h"
 
@@ -243,6 +244,49 @@ private slots:
         const scenarios::ScenarioDocument saved = scenarios::openScenario(*m_ctx, folder);
         QCOMPARE(saved.consists[1].vehicles.front().startTime, std::string("0930"));
         QVERIFY(std::abs(*scenarios::drivenStartSpeed(saved).value - 30 / 2.24) < 1e-3);
+    }
+
+    void vehiclesAndConsistsAreEditedAndDriveItChangesTheDriver() {
+        auto screen = listed();
+        QVERIFY(select(*screen, "Workshop"));
+        screen->Command10_Click();
+        ui::frmOstrand* editor = screen->editor();
+        QVERIFY(editor);
+        editor->consistList()->setCurrentRow(1); // the AI train
+        editor->itemGrid()->selectRow(0);
+        editor->findChild<QPushButton*>("Command21")->click(); // flip its locomotive
+        QCOMPARE(editor->itemGrid()->item(0, 5)->text(), QString("Reversed"));
+        QVERIFY(prompted(scenarios::kEditNote));
+        // Drive It: the AI train becomes the driven one.
+        editor->itemGrid()->selectRow(0);
+        editor->findChild<QPushButton*>("Command4")->click();
+        QVERIFY(prompted(scenarios::kDriverNote));
+        QCOMPARE(editor->document().drivenConsist, 1);
+        QCOMPARE(editor->drivenField()->text(),
+                 QString::fromStdString(editor->document().consists[1].serviceName));
+        // Renamed, and with the messages suppressed no note is shown.
+        editor->findChild<QCheckBox*>("chkMsg")->setChecked(true);
+        const std::size_t prompts = m_ui->prompts.size();
+        m_ui->pushText("Late freight");
+        editor->consistList()->setCurrentRow(1);
+        editor->findChild<QPushButton*>("Command23")->click();
+        QCOMPARE(editor->consistList()->item(1)->text(), QString("Late freight"));
+        QCOMPARE(m_ui->prompts.size(), prompts + 1); // the question for the name only
+        // One consist may go between saves; the list follows at once.
+        editor->consistList()->setCurrentRow(2);
+        editor->findChild<QPushButton*>("Command18")->click();
+        QCOMPARE(editor->consistList()->count(), 2);
+        editor->consistList()->setCurrentRow(0);
+        editor->findChild<QPushButton*>("Command18")->click();
+        QVERIFY(prompted("You have already deleted one consist"));
+        QCOMPARE(editor->consistList()->count(), 2);
+        const fs::path folder = editor->document().folder;
+        QVERIFY(editor->Command1_Click());
+        const scenarios::ScenarioDocument saved = scenarios::openScenario(*m_ctx, folder);
+        QCOMPARE(saved.drivenConsist, 1);
+        QCOMPARE(saved.consists.size(), std::size_t(2));
+        QCOMPARE(saved.consists[1].serviceName, std::string("Late freight"));
+        QCOMPARE(saved.consists[1].vehicles[0].flipped, std::string("1"));
     }
 
     void aMissingWeatherFolderIsSaid() {

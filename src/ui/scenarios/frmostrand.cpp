@@ -6,7 +6,10 @@
 #include "../common/palettecolours.h"
 #include "../common/windowplace.h"
 #include "velmora/core/services.h"
+#include "velmora/scenarios/consistedit.h"
 #include "velmora/scenarios/consistfields.h"
+
+#include <algorithm>
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -50,11 +53,7 @@ const char* const kFieldCaptions[] = {"Display Name:",  "Description",     "Brie
 const std::pair<const char*, const char*> kConsistCommands[] = {
     {"Command10", "Swap Selected Item"}, {"Command7", "Swap All Identical Stock"},
     {"Command22", "Swap in EVERY consist"}, {"Command20", "Swap in ALL Scenarios for this route"},
-    {"Command14", "Change Number"},      {"Command11", "Duplicate Item"},
-    {"Command9", "Delete Item"},         {"Command21", "Flip Selected"},
-    {"Command23", "Rename Consist"},     {"Command18", "Delete Consist"},
-    {"Command19", "Change Service Class"}, {"Command28", "Save Selected Loose Consist"},
-    {"Command29", "Add Previously Saved Loose Consist"},
+    {"Command28", "Save Selected Loose Consist"}, {"Command29", "Add Previously Saved Loose Consist"},
 };
 
 const ScenarioClass kClassOrder[] = {ScenarioClass::Standard, ScenarioClass::FreeRoam, ScenarioClass::Career,
@@ -108,9 +107,8 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
     m_tipClass->setObjectName("Combo1");
     for (const char* c : kServiceClasses)
         m_tipClass->addItem(tr(c));
-    // Read-only until consist editing can write them; the start time is the one Change Start Time takes.
-    for (QWidget* w : {static_cast<QWidget*>(m_tipNumber), static_cast<QWidget*>(m_tipClass)})
-        w->setEnabled(false);
+    m_quiet = new QCheckBox(tr("Suppress messages re saving changes"));
+    m_quiet->setObjectName("chkMsg");
     m_trigger = new QLineEdit;
     m_trigger->setObjectName("Text4");
     m_trigger->setPlaceholderText(tr("metres"));
@@ -130,13 +128,30 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
     for (const Live& b : {Live{"Command17", "Change Start Time", &frmOstrand::Command17_Click},
                           Live{"Command13", "Change start speed of Driven consist", &frmOstrand::Command13_Click},
                           Live{"Command16", "Change start speed of AI consist", &frmOstrand::Command16_Click},
-                          Live{"Command27", "Change Trigger Distance", &frmOstrand::Command27_Click}}) {
+                          Live{"Command27", "Change Trigger Distance", &frmOstrand::Command27_Click},
+                          Live{"Command14", "Change Number", &frmOstrand::Command14_Click},
+                          Live{"Command11", "Duplicate Item", &frmOstrand::Command11_Click},
+                          Live{"Command9", "Delete Item", &frmOstrand::Command9_Click},
+                          Live{"Command21", "Flip Selected", &frmOstrand::Command21_Click},
+                          Live{"Command23", "Rename Consist", &frmOstrand::Command23_Click},
+                          Live{"Command18", "Delete Consist", &frmOstrand::Command18_Click},
+                          Live{"Command19", "Change Service Class", &frmOstrand::Command19_Click},
+                          Live{"Command4", "Drive It", &frmOstrand::Command4_Click}}) {
         auto* button = new QPushButton(tr(b.caption));
         button->setObjectName(b.name);
         connect(button, &QPushButton::clicked, this, b.slot);
         consistCommands->addWidget(button, i / 4, i % 4);
         ++i;
     }
+    for (int load = 0; load < 2; ++load) {
+        auto* button = new QPushButton(load == 0 ? tr("Load Selected  Wagon(s)") : tr("Unload Selected Wagon(s)"));
+        button->setObjectName(QString("Command15_%1").arg(load));
+        connect(button, &QPushButton::clicked, this, [this, load] { Command15_Click(load); });
+        consistCommands->addWidget(button, i / 4, i % 4);
+        ++i;
+    }
+    consistCommands->addWidget(m_quiet, i / 4, i % 4);
+    ++i;
     auto* triggerRow = new QHBoxLayout;
     triggerRow->addWidget(new QLabel(tr("New trigger distance")));
     triggerRow->addWidget(m_trigger);
@@ -200,7 +215,13 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
     layout->addLayout(buttons);
     rememberPlace(m_ctx, this, objectName(), {1400, 850}, &m_ctx.settings.scenarioEditor);
 
+    fillConsists();
+    fillFields();
+}
+
+void frmOstrand::fillConsists() {
     // The consists, red where the consist has a real destination.
+    m_consists->clear();
     for (std::size_t c = 0; c < m_doc.consists.size(); ++c) {
         const auto& consist = m_doc.consists[c];
         auto* item = new QListWidgetItem(toQt(consist.serviceName));
@@ -209,7 +230,6 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
         if (static_cast<int>(c) == m_doc.drivenConsist)
             m_driven->setText(toQt(consist.serviceName));
     }
-    fillFields();
     if (m_consists->count() > 0)
         m_consists->setCurrentRow(0);
 }
@@ -344,6 +364,93 @@ void frmOstrand::List3_Click(int row) {
 }
 
 QString frmOstrand::stockPreviewText() const { return m_stockLabel->text(); }
+
+std::vector<int> frmOstrand::selectedVehicles() const {
+    std::vector<int> out;
+    for (const QModelIndex& index : m_items->selectionModel()->selectedRows())
+        if (index.row() < static_cast<int>(m_rowVehicle.size()))
+            out.push_back(m_rowVehicle[static_cast<std::size_t>(index.row())]);
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+void frmOstrand::edited(const std::string& refused, const char* note) {
+    if (!refused.empty()) {
+        m_ctx.ui().message(refused, Icon::Warning);
+        return;
+    }
+    consistChanged();
+    if (!m_quiet->isChecked())
+        m_ctx.ui().message(note);
+}
+
+void frmOstrand::Command14_Click() {
+    edited(scenarios::changeNumbers(m_doc, m_consists->currentRow(), selectedVehicles(), fromQt(m_tipNumber->text())),
+           scenarios::kEditNote);
+}
+
+void frmOstrand::Command11_Click() {
+    const auto vehicles = selectedVehicles();
+    edited(vehicles.empty() ? std::string("You have not selected an item to duplicate?")
+                            : scenarios::duplicateVehicle(m_doc, m_consists->currentRow(), vehicles.front()),
+           scenarios::kEditNote);
+}
+
+void frmOstrand::Command9_Click() {
+    const auto vehicles = selectedVehicles();
+    edited(vehicles.empty() ? std::string("You have not selected an item to delete?")
+                            : scenarios::deleteVehicle(m_doc, m_consists->currentRow(), vehicles.front()),
+           scenarios::kEditNote);
+}
+
+void frmOstrand::Command21_Click() {
+    edited(scenarios::flipVehicles(m_doc, m_consists->currentRow(), selectedVehicles()), scenarios::kEditNote);
+}
+
+void frmOstrand::Command15_Click(int index) {
+    const std::string refused = scenarios::loadVehicles(m_doc, m_consists->currentRow(), selectedVehicles(), index == 0);
+    // The wagons before one that cannot carry a load stay changed.
+    if (!refused.empty())
+        consistChanged();
+    edited(refused, scenarios::kEditNote);
+}
+
+void frmOstrand::Command23_Click() {
+    const int row = m_consists->currentRow();
+    if (row < 0 || row >= static_cast<int>(m_doc.consists.size()))
+        return;
+    const std::string old = m_doc.consists[static_cast<std::size_t>(row)].serviceName;
+    const auto name = m_ctx.ui().inputText("Type New Name for consist " + old, "Rename Consist");
+    if (!name || name->empty())
+        return;
+    edited(scenarios::renameConsist(m_doc, row, *name), scenarios::kEditNote);
+    if (m_consists->item(row))
+        m_consists->item(row)->setText(toQt(m_doc.consists[static_cast<std::size_t>(row)].serviceName));
+}
+
+void frmOstrand::Command18_Click() {
+    const std::size_t before = m_doc.consists.size();
+    edited(scenarios::deleteConsist(m_doc, m_consists->currentRow(), m_consistDeleted), scenarios::kEditNote);
+    // The list follows the text at once, so that no row names the consist that took its place.
+    if (m_doc.consists.size() < before)
+        fillConsists();
+}
+
+void frmOstrand::Command19_Click() {
+    edited(scenarios::changeServiceClass(m_doc, m_consists->currentRow(), m_tipClass->currentIndex()),
+           scenarios::kEditNote);
+}
+
+void frmOstrand::Command4_Click() {
+    const int row = m_consists->currentRow();
+    if (row < 0 || selectedVehicles().empty()) {
+        m_ctx.ui().message("You have not selected a locomotive to drive?");
+        return;
+    }
+    edited(scenarios::driveConsist(m_doc, row), scenarios::kDriverNote);
+    if (m_doc.drivenConsist == row)
+        m_driven->setText(toQt(m_doc.consists[static_cast<std::size_t>(row)].serviceName));
+}
 
 void frmOstrand::consistChanged() {
     m_changed = true;
@@ -495,17 +602,20 @@ scenarios::Fields frmOstrand::fields() const {
 
 void frmOstrand::List1_Click() {
     m_items->setRowCount(0);
+    m_rowVehicle.clear();
     m_engineIndex->clear();
     const int row = m_consists->currentRow();
     if (row < 0 || row >= static_cast<int>(m_doc.consists.size()))
         return;
     const auto& consist = m_doc.consists[static_cast<std::size_t>(row)];
     const QColor tint = missingTint(m_items->palette());
-    for (const auto& v : consist.vehicles) {
+    for (std::size_t index = 0; index < consist.vehicles.size(); ++index) {
+        const auto& v = consist.vehicles[index];
         if (v.name.empty())
             continue;
         const int r = m_items->rowCount();
         m_items->insertRow(r);
+        m_rowVehicle.push_back(static_cast<int>(index));
         const QString cells[] = {v.missing ? tr("missing") : QString(), toQt(v.name), toQt(v.number),
                                  toQt(fullId(v.blueprint)), toQt(fullId(v.reskin)),
                                  v.flipped == "1" ? tr("Reversed") : tr("Forward"),

@@ -48,6 +48,7 @@ public:
 
     // Available Stock (List3): the folder walked and the category asked for.
     QLineEdit* startTimeField() const { return m_tipTime; } // dlgTips.Text1
+    QLineEdit* drivenField() const { return m_driven; }     // Text2: the driven consist
     QLineEdit* triggerField() const { return m_trigger; }   // Text4
     QLineEdit* stockFolder() const { return m_stockFolder; }
     QComboBox* stockCategory() const { return m_stockCategory; } // Option1
@@ -68,6 +69,15 @@ public slots:
     void Command13_Click();          // start speed of the driven consist
     void Command16_Click();          // start speed of the selected AI consist
     void Command27_Click();          // trigger distance of the selected AI consist (Text4)
+    void Command14_Click();          // Change Number (dlgTips' number) of the selected vehicles
+    void Command11_Click();          // Duplicate Item
+    void Command9_Click();           // Delete Item
+    void Command21_Click();          // Flip Selected
+    void Command15_Click(int index); // 0: Load, 1: Unload the selected wagons
+    void Command23_Click();          // Rename Consist
+    void Command18_Click();          // Delete Consist (one between saves)
+    void Command19_Click();          // Change Service Class (dlgTips' class)
+    void Command4_Click();           // Drive It
     // Option2: a class change asks first; false when the user kept the class.
     bool setClass(scenarios::ScenarioClass cls);
 
@@ -78,9 +88,14 @@ private:
     void buildFields(QWidget* side);
     QWidget* buildStock();
     void fillFields();
+    void fillConsists();
     void showClassFields();
     // After a consist field changed: marked changed, the consist's vehicles shown again.
     void consistChanged();
+    // The vehicles (indexes into the consist) of the grid's selected rows, in order.
+    std::vector<int> selectedVehicles() const;
+    // After an edit of the vehicles or consists: the message, or the note unless chkMsg is on.
+    void edited(const std::string& refused, const char* note);
     AppContext& m_ctx;
     scenarios::ScenarioDocument m_doc;
     scenarios::ScenarioClass m_cls;
@@ -98,6 +113,9 @@ private:
     QLineEdit* m_tipNumber;  // dlgTips.Text2
     QComboBox* m_tipClass;   // dlgTips.Combo1
     QLineEdit* m_trigger;    // Text4: a new trigger distance in metres
+    QCheckBox* m_quiet;      // chkMsg
+    std::vector<int> m_rowVehicle; // VSG2 row -> vehicle of the consist
+    bool m_consistDeleted = false;
     std::array<QLineEdit*, 12> m_text1{};
     QComboBox* m_season; // Combo1
     QLineEdit* m_author;
