@@ -49,6 +49,13 @@ class TestScenarios : public QObject {
             }
         return false;
     }
+    // The editor on the scenario whose name starts with `name`, or null.
+    ui::frmOstrand* edit(ui::frmShowRoutes& screen, const QString& name) {
+        if (!select(screen, name))
+            return nullptr;
+        screen.Command10_Click();
+        return screen.editor();
+    }
     bool prompted(const std::string& part) const {
         for (const auto& p : m_ui->prompts)
             if (p.text.find(part) != std::string::npos)
@@ -135,9 +142,7 @@ private slots:
 
     void theEditorShowsConsistsVehiclesAndMissingStock() {
         auto screen = listed();
-        QVERIFY(select(*screen, "O'Connor"));
-        screen->Command10_Click();
-        ui::frmOstrand* editor = screen->editor();
+        ui::frmOstrand* editor = edit(*screen, "O'Connor");
         QVERIFY(editor);
         QCOMPARE(editor->consistList()->count(), 3);
         QCOMPARE(editor->consistList()->item(2)->text(), QString("Loose Consist"));
@@ -162,9 +167,7 @@ private slots:
 
     void fieldsAreSavedWithBothBackups() {
         auto screen = listed();
-        QVERIFY(select(*screen, "Free roam"));
-        screen->Command10_Click();
-        ui::frmOstrand* editor = screen->editor();
+        ui::frmOstrand* editor = edit(*screen, "Free roam");
         QVERIFY(editor);
         QVERIFY(!editor->authorField()->isHidden() && !editor->locationField()->isHidden());
         const fs::path folder = editor->document().folder;
@@ -199,9 +202,7 @@ private slots:
 
     void availableStockIsFoundOffTheGuiThreadAndPreviewed() {
         auto screen = listed();
-        QVERIFY(select(*screen, "Free roam"));
-        screen->Command10_Click();
-        ui::frmOstrand* editor = screen->editor();
+        ui::frmOstrand* editor = edit(*screen, "Free roam");
         QVERIFY(editor);
         editor->stockCategory()->setCurrentText("Diesel");
         editor->Command6_Click();
@@ -220,9 +221,7 @@ private slots:
 
     void consistTimesAndSpeedsAreChangedThenSaved() {
         auto screen = listed();
-        QVERIFY(select(*screen, "Workshop"));
-        screen->Command10_Click();
-        ui::frmOstrand* editor = screen->editor();
+        ui::frmOstrand* editor = edit(*screen, "Workshop");
         QVERIFY(editor);
         editor->consistList()->setCurrentRow(1); // the AI train
         editor->startTimeField()->setText("0930");
@@ -248,9 +247,7 @@ private slots:
 
     void vehiclesAndConsistsAreEditedAndDriveItChangesTheDriver() {
         auto screen = listed();
-        QVERIFY(select(*screen, "Workshop"));
-        screen->Command10_Click();
-        ui::frmOstrand* editor = screen->editor();
+        ui::frmOstrand* editor = edit(*screen, "Workshop");
         QVERIFY(editor);
         editor->consistList()->setCurrentRow(1); // the AI train
         editor->itemGrid()->selectRow(0);
