@@ -7,6 +7,7 @@
 #include "velmora/core/textboundary.h"
 #include "velmora/scenarios/scenario.h"
 #include "velmora/scenarios/scenariolist.h"
+#include "velmora/scenarios/consistedit.h"
 #include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/scenariosave.h"
 
@@ -354,6 +355,90 @@ int cmdScenarioConsist(Session& s) {
     return Success;
 }
 
+// The vehicle and consist commands of the editor: which one, and what it needs.
+enum class Edit { Number, Duplicate, DeleteVehicle, Flip, Load, Unload, Rename, DeleteConsist, ServiceClass, Drive };
+
+// A 0-based index as typed; -1 when it is not one.
+int indexOf(const std::string& text) {
+    if (text.empty() || text.size() > 6 || text.find_first_not_of("0123456789") != std::string::npos)
+        return -1;
+    return std::stoi(text);
+}
+
+int editScenario(Session& s, Edit edit) {
+    const Arguments a = parseArguments(s.g.rest, {"--consist", "--vehicle", "--number", "--name", "--class"}, {});
+    const auto ref = scenarioArgument(s, a);
+    if (!ref)
+        return Error;
+    const int consist = indexOf(a.value("--consist").value_or(""));
+    if (consist < 0)
+        return s.fail("--consist takes the consist's index, 0 for the first (as scenario show prints them)");
+    // --vehicle V or V,V,...: the vehicles' indexes within the consist.
+    std::vector<int> vehicles;
+    const bool needsVehicles = edit <= Edit::Unload;
+    if (needsVehicles) {
+        std::string list = a.value("--vehicle").value_or("");
+        for (std::size_t at = 0; at <= list.size();) {
+            const std::size_t comma = std::min(list.find(',', at), list.size());
+            const int v = indexOf(list.substr(at, comma - at));
+            if (v < 0)
+                return s.fail("--vehicle takes the vehicle's index in the consist (0 for the first), or several with commas");
+            vehicles.push_back(v);
+            at = comma + 1;
+        }
+    }
+    int code = Success;
+    sc::ScenarioDocument d = opened(s, *ref, code);
+    if (code != Success)
+        return code;
+    if (d.refused)
+        return s.fail("the scenario was not changed");
+    if (consist >= static_cast<int>(d.consists.size()))
+        return s.fail("the scenario has " + std::to_string(d.consists.size()) + " consists; there is no consist " +
+                      std::to_string(consist));
+    for (int v : vehicles)
+        if (v >= static_cast<int>(d.consists[static_cast<std::size_t>(consist)].vehicles.size()))
+            return s.fail("consist " + std::to_string(consist) + " has " +
+                          std::to_string(d.consists[static_cast<std::size_t>(consist)].vehicles.size()) +
+                          " vehicles; there is no vehicle " + std::to_string(v));
+    std::string refused;
+    bool deleted = false;
+    switch (edit) {
+    case Edit::Number:
+        if (!a.value("--number") || a.value("--number")->empty())
+            return s.fail("--number takes the new running number");
+        refused = sc::changeNumbers(d, consist, vehicles, utf8ToCp1252(*a.value("--number")));
+        break;
+    case Edit::Duplicate: refused = sc::duplicateVehicle(d, consist, vehicles.front()); break;
+    case Edit::DeleteVehicle: refused = sc::deleteVehicle(d, consist, vehicles.front()); break;
+    case Edit::Flip: refused = sc::flipVehicles(d, consist, vehicles); break;
+    case Edit::Load:
+    case Edit::Unload: refused = sc::loadVehicles(d, consist, vehicles, edit == Edit::Load); break;
+    case Edit::Rename:
+        if (!a.value("--name") || a.value("--name")->empty())
+            return s.fail("--name takes the consist's new name");
+        refused = sc::renameConsist(d, consist, utf8ToCp1252(*a.value("--name")));
+        break;
+    case Edit::DeleteConsist: refused = sc::deleteConsist(d, consist, deleted); break;
+    case Edit::ServiceClass: {
+        const int cls = indexOf(a.value("--class").value_or(""));
+        if (cls < 0 || cls > 10)
+            return s.fail("--class takes the service class's number, 0 (Special) to 10 (International)");
+        refused = sc::changeServiceClass(d, consist, cls);
+        break;
+    }
+    case Edit::Drive: refused = sc::driveConsist(d, consist); break;
+    }
+    if (!refused.empty())
+        return s.fail(shown(refused) + "; nothing was written");
+    const sc::SaveResult r = sc::saveScenario(s.ctx, d, sc::fieldsOf(d));
+    if (!r)
+        return s.fail(shown(r.message));
+    if (!s.g.quiet)
+        s.out << r.message << '\n';
+    return Success;
+}
+
 int cmdScenarioSaves(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {}, {"--json"});
     const auto ref = scenarioArgument(s, a);
@@ -428,6 +513,27 @@ std::vector<Command> scenarioCommands() {
          "changes the fields and saves both documents with their backups", cmdScenarioSet},
         {"scenario consist", "ROUTE SCENARIO INDEX [--start-time HHMM] [--start-speed MPH] [--trigger-distance M]",
          "changes a consist's start time, start speed or trigger distance and saves the scenario", cmdScenarioConsist},
+        {"scenario number", "ROUTE SCENARIO --consist C --vehicle V[,V...] --number N",
+         "new running numbers (the next vehicles' related), then the scenario is saved",
+         [](Session& s) { return editScenario(s, Edit::Number); }},
+        {"scenario duplicate", "ROUTE SCENARIO --consist C --vehicle V", "a copy of the vehicle behind it, number plus 3",
+         [](Session& s) { return editScenario(s, Edit::Duplicate); }},
+        {"scenario delete-vehicle", "ROUTE SCENARIO --consist C --vehicle V", "takes the vehicle out of its consist",
+         [](Session& s) { return editScenario(s, Edit::DeleteVehicle); }},
+        {"scenario flip", "ROUTE SCENARIO --consist C --vehicle V[,V...]", "turns the vehicles round",
+         [](Session& s) { return editScenario(s, Edit::Flip); }},
+        {"scenario load", "ROUTE SCENARIO --consist C --vehicle V[,V...]", "loads the wagons",
+         [](Session& s) { return editScenario(s, Edit::Load); }},
+        {"scenario unload", "ROUTE SCENARIO --consist C --vehicle V[,V...]", "unloads the wagons",
+         [](Session& s) { return editScenario(s, Edit::Unload); }},
+        {"scenario rename-consist", "ROUTE SCENARIO --consist C --name T", "a new service name, in every language",
+         [](Session& s) { return editScenario(s, Edit::Rename); }},
+        {"scenario delete-consist", "ROUTE SCENARIO --consist C", "takes the consist out of the scenario",
+         [](Session& s) { return editScenario(s, Edit::DeleteConsist); }},
+        {"scenario service-class", "ROUTE SCENARIO --consist C --class N", "the consist's service class (0 to 10)",
+         [](Session& s) { return editScenario(s, Edit::ServiceClass); }},
+        {"scenario drive", "ROUTE SCENARIO --consist C", "makes the consist the one the player drives",
+         [](Session& s) { return editScenario(s, Edit::Drive); }},
         {"scenario saves", "ROUTE SCENARIO [--json]", "the saved copies (.bin files) of a scenario", cmdScenarioSaves},
         {"scenario save-as", "ROUTE SCENARIO NAME", "copies CurrentSave.bin (and its .MD5) to NAME", cmdScenarioSaveAs},
         {"scenario overwrite-save", "ROUTE SCENARIO FILE", "replaces CurrentSave.bin (and its .MD5) by a saved copy",
