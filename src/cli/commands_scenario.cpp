@@ -439,6 +439,53 @@ int editScenario(Session& s, Edit edit) {
     return Success;
 }
 
+// Save Selected Loose Consist: the loose consist's text into FILE (an older file of that name is
+// kept as a numbered backup).
+int cmdScenarioExportLoose(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {"--consist", "--to"}, {});
+    const auto ref = scenarioArgument(s, a);
+    if (!ref)
+        return Error;
+    const int consist = indexOf(a.value("--consist").value_or(""));
+    if (consist < 0 || !a.value("--to") || a.value("--to")->empty())
+        return s.fail("needs --consist C (the loose consist's index) and --to FILE");
+    int code = Success;
+    const sc::ScenarioDocument d = opened(s, *ref, code);
+    if (code != Success)
+        return code;
+    std::string refused;
+    const std::string text = sc::looseConsistText(d, consist, refused);
+    if (!refused.empty())
+        return s.fail(shown(refused));
+    const WriteResult written = s.ctx.files().write(fs::path(*a.value("--to")), text);
+    if (!written)
+        return s.fail(shown(written.message));
+    return Success;
+}
+
+// Add Previously Saved Loose Consist: FILE's consist behind the first consist, then saved.
+int cmdScenarioImportLoose(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {});
+    const auto ref = scenarioArgument(s, a, 1);
+    if (!ref)
+        return Error;
+    const fs::path file = a.plain[2];
+    if (!FileExists(file))
+        return s.fail(file.string() + ": the file does not exist or cannot be read");
+    int code = Success;
+    sc::ScenarioDocument d = opened(s, *ref, code);
+    if (code != Success)
+        return code;
+    if (const std::string refused = sc::insertLooseConsist(d, ReadTextFile(file)); !refused.empty())
+        return s.fail(file.string() + ": " + shown(refused) + "; nothing was written");
+    const sc::SaveResult r = sc::saveScenario(s.ctx, d, sc::fieldsOf(d));
+    if (!r)
+        return s.fail(shown(r.message));
+    if (!s.g.quiet)
+        s.out << r.message << '\n';
+    return Success;
+}
+
 int cmdScenarioSaves(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {}, {"--json"});
     const auto ref = scenarioArgument(s, a);
@@ -534,6 +581,10 @@ std::vector<Command> scenarioCommands() {
          [](Session& s) { return editScenario(s, Edit::ServiceClass); }},
         {"scenario drive", "ROUTE SCENARIO --consist C", "makes the consist the one the player drives",
          [](Session& s) { return editScenario(s, Edit::Drive); }},
+        {"scenario export-loose", "ROUTE SCENARIO --consist C --to FILE", "saves a loose consist to a file",
+         cmdScenarioExportLoose},
+        {"scenario import-loose", "ROUTE SCENARIO FILE", "inserts a saved loose consist, then saves the scenario",
+         cmdScenarioImportLoose},
         {"scenario saves", "ROUTE SCENARIO [--json]", "the saved copies (.bin files) of a scenario", cmdScenarioSaves},
         {"scenario save-as", "ROUTE SCENARIO NAME", "copies CurrentSave.bin (and its .MD5) to NAME", cmdScenarioSaveAs},
         {"scenario overwrite-save", "ROUTE SCENARIO FILE", "replaces CurrentSave.bin (and its .MD5) by a saved copy",

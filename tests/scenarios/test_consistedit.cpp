@@ -114,4 +114,33 @@ TEST_F(ConsistEdit, RenameReclassDriveAndDeleteConsists) {
     EXPECT_EQ(saved.drivenConsist, kAi);
 }
 
+TEST_F(ConsistEdit, ALooseConsistIsSavedAndInsertedElsewhere) {
+    ScenarioDocument from = openScenario(*m_ctx, copyOf());
+    ASSERT_TRUE(from.ok()) << from.error;
+    std::string refused;
+    EXPECT_EQ(looseConsistText(from, kAi, refused), "");
+    EXPECT_EQ(refused, kNotLoose);
+    refused.clear();
+    const std::string loose = looseConsistText(from, kLoose, refused);
+    ASSERT_EQ(refused, "");
+    EXPECT_EQ(loose.rfind("<cConsist d", 0), 0u);
+    EXPECT_EQ(loose.substr(loose.size() - 11), "</cConsist>");
+
+    ScenarioDocument into = openScenario(*m_ctx, copyOf("Free roam"));
+    ASSERT_TRUE(into.ok()) << into.error;
+    const std::size_t consists = into.consists.size();
+    const std::string before = into.scenarioText;
+    EXPECT_EQ(insertLooseConsist(into, "no consist here"), "The file does not hold one saved Loose Consist.");
+    EXPECT_EQ(insertLooseConsist(into, loose + loose), "The file does not hold one saved Loose Consist.");
+    EXPECT_EQ(into.scenarioText, before);
+    EXPECT_EQ(insertLooseConsist(into, loose), "");
+    ASSERT_EQ(into.consists.size(), consists + 1);
+    // Behind the first consist, with the rake's vehicles.
+    EXPECT_EQ(into.consists[1].serviceName, "Loose Consist");
+    EXPECT_EQ(into.consists[1].vehicles.size(), from.consists[kLoose].vehicles.size());
+    const fs::path folder = into.folder;
+    ASSERT_TRUE(saveScenario(*m_ctx, into, fieldsOf(into)));
+    EXPECT_EQ(openScenario(*m_ctx, folder).consists.size(), consists + 1);
+}
+
 } // namespace

@@ -222,4 +222,43 @@ std::string driveConsist(ScenarioDocument& doc, int consist) {
     return {};
 }
 
+const char* const kNotLoose = "You do not appear to have selected a Loose Consist?";
+const char* const kLooseInserted = "Your Loose Consist has been inserted, now save the scenario.";
+
+std::string looseConsistText(const ScenarioDocument& doc, int consist, std::string& refused) {
+    if (!validConsist(doc, consist) || doc.consists[static_cast<std::size_t>(consist)].serviceName != "Loose Consist") {
+        refused = kNotLoose;
+        return {};
+    }
+    const auto [from, end] = sliceOf(doc, consist);
+    const std::size_t open = doc.scenarioText.find("<cConsist d", from);
+    const std::size_t close = open == std::string::npos ? open : doc.scenarioText.find("</cConsist>", open);
+    if (close == std::string::npos) {
+        refused = doc.scenarioFile.string() + ": the consist's end was not found.";
+        return {};
+    }
+    return doc.scenarioText.substr(open, close + 11 - open);
+}
+
+std::string insertLooseConsist(ScenarioDocument& doc, const std::string& text) {
+    // One whole consist and nothing else, so that the document stays a run of consists.
+    const std::size_t open = text.find("<cConsist d");
+    const std::size_t close = text.rfind("</cConsist>");
+    if (open == std::string::npos || close == std::string::npos || text.find("<cConsist d", open + 1) != std::string::npos)
+        return "The file does not hold one saved Loose Consist.";
+    const std::size_t first = doc.scenarioText.find("</cConsist>");
+    if (first == std::string::npos)
+        return doc.scenarioFile.string() + ": the scenario holds no consist to insert behind.";
+    // Behind the tag and its line break.
+    std::size_t at = first + 11;
+    if (doc.scenarioText.compare(at, 2, "\r\n") == 0)
+        at += 2;
+    else if (at < doc.scenarioText.size() && doc.scenarioText[at] == '\n')
+        at += 1;
+    std::string block = text.substr(open, close + 11 - open);
+    doc.scenarioText.insert(at, block + "\r\n");
+    rereadTables(doc);
+    return {};
+}
+
 } // namespace velmora::scenarios

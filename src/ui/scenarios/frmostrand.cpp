@@ -53,7 +53,6 @@ const char* const kFieldCaptions[] = {"Display Name:",  "Description",     "Brie
 const std::pair<const char*, const char*> kConsistCommands[] = {
     {"Command10", "Swap Selected Item"}, {"Command7", "Swap All Identical Stock"},
     {"Command22", "Swap in EVERY consist"}, {"Command20", "Swap in ALL Scenarios for this route"},
-    {"Command28", "Save Selected Loose Consist"}, {"Command29", "Add Previously Saved Loose Consist"},
 };
 
 const ScenarioClass kClassOrder[] = {ScenarioClass::Standard, ScenarioClass::FreeRoam, ScenarioClass::Career,
@@ -136,7 +135,9 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
                           Live{"Command23", "Rename Consist", &frmOstrand::Command23_Click},
                           Live{"Command18", "Delete Consist", &frmOstrand::Command18_Click},
                           Live{"Command19", "Change Service Class", &frmOstrand::Command19_Click},
-                          Live{"Command4", "Drive It", &frmOstrand::Command4_Click}}) {
+                          Live{"Command4", "Drive It", &frmOstrand::Command4_Click},
+                          Live{"Command28", "Save Selected Loose Consist", &frmOstrand::Command28_Click},
+                          Live{"Command29", "Add Previously Saved Loose Consist", &frmOstrand::Command29_Click}}) {
         auto* button = new QPushButton(tr(b.caption));
         button->setObjectName(b.name);
         connect(button, &QPushButton::clicked, this, b.slot);
@@ -741,6 +742,50 @@ void frmOstrand::mnuMFR_Click() {
     }
     report->markMissing(lines, true);
     m_missingReport.clear();
+}
+
+void frmOstrand::Command28_Click() {
+    std::string refused;
+    const std::string text = scenarios::looseConsistText(m_doc, m_consists->currentRow(), refused);
+    if (!refused.empty()) {
+        m_ctx.ui().message(refused);
+        return;
+    }
+    const std::filesystem::path folder = m_ctx.appPath() / "SavedFiles";
+    MakePath(folder);
+    const auto file = m_ctx.ui().chooseFile({"Save Loose Consist", folder, "txt Files (*.txt)|*.txt", true});
+    if (!file || file->empty())
+        return;
+    JournalCommand command(&m_ctx.journal(), "Save Loose Consist " + file->string());
+    const WriteResult written = m_ctx.files().write(*file, text);
+    if (!written)
+        m_ctx.ui().message(written.message, Icon::Warning);
+}
+
+void frmOstrand::Command29_Click() {
+    if (m_ctx.ui().ask("Note: A saved Loose Consist can only be inserted into\nthe same location as it was originally "
+                       "standing...\nDo you wish to do this?",
+                       Buttons::YesNo) != Answer::Yes)
+        return;
+    const std::filesystem::path folder = m_ctx.appPath() / "SavedFiles";
+    if (!FolderExists(folder)) {
+        m_ctx.ui().message("You have no Saved Files to insert?");
+        return;
+    }
+    const auto file = m_ctx.ui().chooseFile({"Get Loose Consist", folder, "txt Files (*.txt)|*.txt", false});
+    if (!file || file->empty())
+        return;
+    if (!FileExists(*file)) {
+        m_ctx.ui().message(file->string() + ": the file does not exist or cannot be read", Icon::Warning);
+        return;
+    }
+    if (const std::string refused = scenarios::insertLooseConsist(m_doc, ReadTextFile(*file)); !refused.empty()) {
+        m_ctx.ui().message(file->string() + ": " + refused, Icon::Warning);
+        return;
+    }
+    m_changed = true;
+    fillConsists();
+    m_ctx.ui().message(scenarios::kLooseInserted);
 }
 
 } // namespace velmora::ui

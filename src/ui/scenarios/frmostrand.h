@@ -78,6 +78,8 @@ public slots:
     void Command18_Click();          // Delete Consist (one between saves)
     void Command19_Click();          // Change Service Class (dlgTips' class)
     void Command4_Click();           // Drive It
+    void Command28_Click();          // Save Selected Loose Consist (a .txt of SavedFiles)
+    void Command29_Click();          // Add Previously Saved Loose Consist
     // Option2: a class change asks first; false when the user kept the class.
     bool setClass(scenarios::ScenarioClass cls);
 

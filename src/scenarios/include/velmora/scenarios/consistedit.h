@@ -37,4 +37,14 @@ std::string changeServiceClass(ScenarioDocument& doc, int consist, int serviceCl
 // Drive It: PlayerDriver and PlayerControlled 0 everywhere, then PlayerDriver 1 in this consist.
 std::string driveConsist(ScenarioDocument& doc, int consist);
 
+extern const char* const kNotLoose;      // "You do not appear to have selected a Loose Consist?"
+extern const char* const kLooseInserted; // "Your Loose Consist has been inserted, now save the scenario."
+
+// Save Selected Loose Consist: the consist's text from <cConsist d through </cConsist>, for a
+// file of SavedFiles; empty with `refused` set when the consist is not a loose one.
+std::string looseConsistText(const ScenarioDocument& doc, int consist, std::string& refused);
+// Add Previously Saved Loose Consist: the text behind the document's first </cConsist> and its
+// line break. A text that is not one whole consist is refused and nothing changes.
+std::string insertLooseConsist(ScenarioDocument& doc, const std::string& text);
+
 } // namespace velmora::scenarios
