@@ -299,6 +299,16 @@ int cmdScenarioSet(Session& s) {
     return Success;
 }
 
+// Saves a scenario whose text an editing command changed, its fields as they were read.
+int saveEdited(Session& s, const sc::ScenarioDocument& d) {
+    const sc::SaveResult r = sc::saveScenario(s.ctx, d, sc::fieldsOf(d));
+    if (!r)
+        return s.fail(shown(r.message));
+    if (!s.g.quiet)
+        s.out << r.message << '\n';
+    return Success;
+}
+
 // The editor's consist fields: a consist's start time, the driven or an AI consist's start speed
 // (mph, as the editor asks), an AI consist's trigger distance; then the scenario is saved.
 int cmdScenarioConsist(Session& s) {
@@ -347,12 +357,7 @@ int cmdScenarioConsist(Session& s) {
     }
     if (!problem.empty())
         return s.fail(shown(problem) + "; nothing was written");
-    const sc::SaveResult r = sc::saveScenario(s.ctx, d, sc::fieldsOf(d));
-    if (!r)
-        return s.fail(shown(r.message));
-    if (!s.g.quiet)
-        s.out << r.message << '\n';
-    return Success;
+    return saveEdited(s, d);
 }
 
 // The vehicle and consist commands of the editor: which one, and what it needs.
@@ -431,12 +436,7 @@ int editScenario(Session& s, Edit edit) {
     }
     if (!refused.empty())
         return s.fail(shown(refused) + "; nothing was written");
-    const sc::SaveResult r = sc::saveScenario(s.ctx, d, sc::fieldsOf(d));
-    if (!r)
-        return s.fail(shown(r.message));
-    if (!s.g.quiet)
-        s.out << r.message << '\n';
-    return Success;
+    return saveEdited(s, d);
 }
 
 // Save Selected Loose Consist: the loose consist's text into FILE (an older file of that name is
@@ -478,12 +478,7 @@ int cmdScenarioImportLoose(Session& s) {
         return code;
     if (const std::string refused = sc::insertLooseConsist(d, ReadTextFile(file)); !refused.empty())
         return s.fail(file.string() + ": " + shown(refused) + "; nothing was written");
-    const sc::SaveResult r = sc::saveScenario(s.ctx, d, sc::fieldsOf(d));
-    if (!r)
-        return s.fail(shown(r.message));
-    if (!s.g.quiet)
-        s.out << r.message << '\n';
-    return Success;
+    return saveEdited(s, d);
 }
 
 int cmdScenarioSaves(Session& s) {
