@@ -212,11 +212,26 @@ private slots:
         QVERIFY2(names.contains("DemoRail Class 66 EWS"), qPrintable(names.join(", ")));
         editor->stockList()->setCurrentRow(static_cast<int>(names.indexOf("DemoRail Class 66 EWS")));
         QVERIFY(editor->stockPreviewText().contains("Class66_EWS.bin"));
+        // Pinned rows stay when the next category is listed, the new rows join them.
+        editor->stockList()->clearSelection();
+        editor->findChild<QPushButton*>("Command24")->click();
+        QVERIFY(prompted("You have not selected any rolling-stock?"));
+        editor->stockList()->item(0)->setSelected(true);
+        editor->findChild<QPushButton*>("Command24")->click();
+        QCOMPARE(editor->stockList()->count(), 1);
+        const QString pinned = editor->stockList()->item(0)->text();
+        editor->stockCategory()->setCurrentText("Steam");
+        editor->Command6_Click();
+        QVERIFY(editor->stockList()->count() > 1);
+        QCOMPARE(editor->stockList()->item(0)->text(), pinned);
+        editor->findChild<QPushButton*>("Command25")->click();
+        QVERIFY(!editor->stockTables().pinned);
+        const int listed = editor->stockList()->count();
         // A folder that is not there is said, and the list stays as it was.
         editor->stockFolder()->setText(QString::fromStdString((m_dir / "nowhere").string()));
         editor->Command6_Click();
         QVERIFY(prompted("no such folder"));
-        QCOMPARE(editor->stockList()->count(), static_cast<int>(names.size()));
+        QCOMPARE(editor->stockList()->count(), listed);
     }
 
     void consistTimesAndSpeedsAreChangedThenSaved() {

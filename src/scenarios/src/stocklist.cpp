@@ -363,6 +363,26 @@ void StockTables::clear() {
     StockFiles.clear();
 }
 
+bool StockTables::pin(const std::vector<std::size_t>& rows) {
+    std::vector<std::size_t> kept;
+    for (std::size_t r : rows)
+        if (r < size())
+            kept.push_back(r);
+    if (kept.empty())
+        return false;
+    auto keep = [&](std::vector<std::string>& table) {
+        std::vector<std::string> out;
+        for (std::size_t r : kept)
+            out.push_back(table[r]);
+        table = std::move(out);
+    };
+    keep(StockPaths);
+    keep(StockNames);
+    keep(StockFiles);
+    pinned = true;
+    return true;
+}
+
 StockListing Command6_Click(AppContext& ctx, StockTables& tables, const fs::path& folder, StockCategory category,
                             int threads, UserInterface* ui) {
     tables.UseIndexFile = false;

@@ -10,6 +10,7 @@
 #include "velmora/scenarios/consistfields.h"
 
 #include <algorithm>
+#include <functional>
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -305,6 +306,7 @@ QWidget* frmOstrand::buildStock() {
     connect(find, &QPushButton::clicked, this, &frmOstrand::Command6_Click);
     m_stock = new QListWidget;
     m_stock->setObjectName("List3");
+    m_stock->setSelectionMode(QAbstractItemView::ExtendedSelection);
     connect(m_stock, &QListWidget::currentRowChanged, this, &frmOstrand::List3_Click);
     m_stockPicture = new QLabel;
     m_stockPicture->setObjectName("Picture1");
@@ -318,6 +320,21 @@ QWidget* frmOstrand::buildStock() {
     layout->addWidget(m_stockCategory);
     layout->addWidget(find);
     layout->addWidget(m_stock, 1);
+    auto* pins = new QHBoxLayout;
+    struct PinButton {
+        const char* name;
+        const char* caption;
+        std::function<void()> slot;
+    };
+    for (const PinButton& b : {PinButton{"Command24", "Pin Selected", [this] { Command24_Click(); }},
+                               PinButton{"Command25", "Unpin all items", [this] { Command25_Click(); }},
+                               PinButton{"Command26", "Select All", [this] { m_stock->selectAll(); }}}) {
+        auto* button = new QPushButton(tr(b.caption));
+        button->setObjectName(b.name);
+        connect(button, &QPushButton::clicked, this, b.slot);
+        pins->addWidget(button);
+    }
+    layout->addLayout(pins);
     layout->addWidget(m_stockPicture);
     layout->addWidget(m_stockLabel);
     return box;
@@ -365,6 +382,26 @@ void frmOstrand::List3_Click(int row) {
 }
 
 QString frmOstrand::stockPreviewText() const { return m_stockLabel->text(); }
+
+void frmOstrand::Command24_Click() {
+    std::vector<std::size_t> rows;
+    for (const QModelIndex& index : m_stock->selectionModel()->selectedRows())
+        rows.push_back(static_cast<std::size_t>(index.row()));
+    std::sort(rows.begin(), rows.end());
+    if (!m_stockTables.pin(rows)) {
+        m_ctx.ui().message("You have not selected any rolling-stock?");
+        Command25_Click();
+        return;
+    }
+    m_stock->clear();
+    for (const std::string& name : m_stockTables.StockNames)
+        m_stock->addItem(toQt(name));
+}
+
+void frmOstrand::Command25_Click() {
+    m_stockTables.unpin();
+    m_stock->clearSelection();
+}
 
 std::vector<int> frmOstrand::selectedVehicles() const {
     std::vector<int> out;

@@ -65,6 +65,9 @@ public slots:
     // Find Available Rolling-Stock: walks the folder off the GUI thread, with progress and Abort.
     void Command6_Click();
     void List3_Click(int row);       // the preview of a stock row
+    void Command24_Click();          // Pin Selected: the chosen stock rows stay for the next listing
+    void Command25_Click();          // Unpin all items
+    const scenarios::StockTables& stockTables() const { return m_stockTables; }
     void Command17_Click();          // Change Start Time of the selected consist (dlgTips' time)
     void Command13_Click();          // start speed of the driven consist
     void Command16_Click();          // start speed of the selected AI consist

@@ -95,6 +95,10 @@ struct StockTables {
 
     std::size_t size() const { return StockNames.size(); }
     void clear();
+    // Pin Selected: keeps only these rows (in their order) and pins them, so that the next listing
+    // adds to them. False, with nothing changed, when no row is given.
+    bool pin(const std::vector<std::size_t>& rows);
+    void unpin() { pinned = false; }
 };
 
 // "Find Available Rolling-Stock": resets the tables unless rows are pinned, lists `folder` for
