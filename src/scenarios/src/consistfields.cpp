@@ -45,18 +45,6 @@ std::string plain(double value) {
     return buffer;
 }
 
-// Reads the tables again after a change, keeping what the missing-stock test found.
-void reread(ScenarioDocument& doc) {
-    std::vector<Consist> old = std::move(doc.consists);
-    std::string error;
-    doc.consists = readConsists(doc.scenarioText, doc.scenarioFile, error, &doc.drivenConsist);
-    for (std::size_t i = 0; i < doc.consists.size() && i < old.size(); ++i)
-        for (std::size_t j = 0; j < doc.consists[i].vehicles.size() && j < old[i].vehicles.size(); ++j) {
-            doc.consists[i].vehicles[j].missing = old[i].vehicles[j].missing;
-            doc.consists[i].vehicles[j].path = old[i].vehicles[j].path;
-        }
-}
-
 // The first `tag` element at or after `from` (0-based) within [from, end): its value's place.
 std::size_t elementAt(const std::string& text, std::size_t from, std::size_t end, std::string_view tag) {
     const std::size_t at = InStr(from + 1, text, "<" + std::string(tag), Match::Binary);
@@ -110,6 +98,17 @@ std::size_t serviceNameAt(const ScenarioDocument& doc, int consist) {
 
 } // namespace
 
+void rereadTables(ScenarioDocument& doc) {
+    std::vector<Consist> old = std::move(doc.consists);
+    std::string error;
+    doc.consists = readConsists(doc.scenarioText, doc.scenarioFile, error, &doc.drivenConsist);
+    for (std::size_t i = 0; i < doc.consists.size() && i < old.size(); ++i)
+        for (std::size_t j = 0; j < doc.consists[i].vehicles.size() && j < old[i].vehicles.size(); ++j) {
+            doc.consists[i].vehicles[j].missing = old[i].vehicles[j].missing;
+            doc.consists[i].vehicles[j].path = old[i].vehicles[j].path;
+        }
+}
+
 std::string setConsistStartTime(ScenarioDocument& doc, int consist, const std::string& hhmm) {
     if (!validConsist(doc, consist))
         return kNoConsist;
@@ -123,7 +122,7 @@ std::string setConsistStartTime(ScenarioDocument& doc, int consist, const std::s
     if (at == std::string::npos || close >= end)
         return doc.scenarioFile.string() + ": this consist has no service and so no start time.";
     putAt(doc.scenarioText, at, "StartTime", seconds);
-    reread(doc);
+    rereadTables(doc);
     return {};
 }
 
@@ -139,7 +138,7 @@ std::string setDrivenStartSpeed(ScenarioDocument& doc, double metresPerSecond) {
     if (at == std::string::npos)
         return doc.scenarioFile.string() + ": the driven consist's speed was not found.";
     putAt(doc.scenarioText, at, "Speed", plain(metresPerSecond));
-    reread(doc);
+    rereadTables(doc);
     return {};
 }
 
@@ -161,7 +160,7 @@ std::string setAiStartSpeed(ScenarioDocument& doc, int consist, double metresPer
     const auto [from, end] = sliceOf(doc, consist);
     const std::size_t time = elementAt(doc.scenarioText, serviceNameAt(doc, consist), end, "StartTime");
     putAt(doc.scenarioText, elementAt(doc.scenarioText, time, end, "StartSpeed"), "StartSpeed", plain(metresPerSecond));
-    reread(doc);
+    rereadTables(doc);
     return {};
 }
 
@@ -186,7 +185,7 @@ std::string setTriggerDistance(ScenarioDocument& doc, int consist, double metres
     const auto [from, end] = sliceOf(doc, consist);
     putAt(doc.scenarioText, elementAt(doc.scenarioText, from, end, "StartTriggerDistanceFromPlayerSquared"),
           "StartTriggerDistanceFromPlayerSquared", plain(metres * metres));
-    reread(doc);
+    rereadTables(doc);
     return {};
 }
 

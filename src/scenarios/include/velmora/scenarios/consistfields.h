@@ -26,6 +26,10 @@ struct ConsistValue {
     bool ok() const { return error.empty(); }
 };
 
+// Reads the tables of `doc.scenarioText` again after a change, keeping what the missing-stock
+// test found for each place.
+void rereadTables(ScenarioDocument& doc);
+
 // Change Start Time: HHMM into the StartTime behind the consist's </ServiceName>.
 std::string setConsistStartTime(ScenarioDocument& doc, int consist, const std::string& hhmm);
 
