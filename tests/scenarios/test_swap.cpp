@@ -3,6 +3,7 @@
 // alone; the swapped stock's provider and product reach RBlueprintSetPreLoad on Save.
 
 #include "scenariofixture.h"
+#include "stockfiles.h"
 
 #include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/scenariosave.h"
@@ -180,6 +181,41 @@ TEST_F(Swapping, AnIdenticalPlainSwapKeepsTheReskinBlockInStep) {
     const Vehicle& v = d.consists[2].vehicles[1];
     EXPECT_EQ(v.blueprint.blueprintId, "RailVehicles\\Passenger\\Mk1\\Mk1_BSK.xml");
     EXPECT_EQ(v.reskin.blueprintId, v.blueprint.blueprintId);
+}
+
+TEST_F(Swapping, CoalAndWaterStockPutsTheCargoInOrder) {
+    // Hand-made tenders: coal before water (kind 1) and water before coal (kind 2).
+    for (const auto& [file, cargo] : {std::pair<const char*, const char*>{"Coal.bin", "CoalFuel WaterFuel"},
+                                      {"Water.bin", "WaterFuel then CoalFuel"}}) {
+        test::HandVehicle tender;
+        tender.name = file;
+        tender.cargo = cargo;
+        test::writeDocument(s_dir / "rw" / "Assets" / "Hand" / "Made" / "RailVehicles" / file, test::vehicleXml(tender));
+    }
+    const std::string high = "<e d:type=\"sFloat32\">1</e>\r\n", low = "<e d:type=\"sFloat32\">0.5</e>\r\n";
+    const ScenarioDocument opened = openScenario(*m_ctx, copyOf("Free roam"));
+    struct Case {
+        const char* stock;
+        std::string levels, expected;
+    };
+    for (const Case& c : {Case{"Hand\\Made\\RailVehicles\\Coal.bin", high + low, low + high},   // second below first
+                          Case{"Hand\\Made\\RailVehicles\\Coal.bin", low + high, low + high},   // in order
+                          Case{"Hand\\Made\\RailVehicles\\Water.bin", low + high, high + low},  // second above first
+                          Case{"Hand\\Made\\RailVehicles\\Water.bin", low + low, low + low}}) { // equal: alone
+        ScenarioDocument d = opened;
+        const std::size_t level = d.scenarioText.find("<InitialLevel>", d.consists[0].start);
+        const std::size_t close = d.scenarioText.find("</InitialLevel>", level);
+        ASSERT_LT(close, d.consists[1].start);
+        // Vehicle 1 of consist 0 (a wagon) holds the consist's first cargo list.
+        ASSERT_GT(level, d.scenarioText.find("<cWagon", d.consists[0].start));
+        d.scenarioText.replace(level + 14, close - level - 14, c.levels);
+        rereadTables(d);
+        const ChosenStock tender = stock(c.stock);
+        ASSERT_EQ(tender.category, "Tender");
+        ASSERT_TRUE(swapVehicle(*m_ctx, d, 0, 1, tender, fixed()).ok());
+        const std::size_t now = d.scenarioText.find("<InitialLevel>", d.consists[0].start);
+        EXPECT_EQ(d.scenarioText.substr(now + 14, c.expected.size()), c.expected) << c.stock;
+    }
 }
 
 TEST(SwapCoal, ExchangesTheFirstTwoLevels) {
