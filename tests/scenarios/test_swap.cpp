@@ -218,6 +218,19 @@ TEST_F(Swapping, CoalAndWaterStockPutsTheCargoInOrder) {
     }
 }
 
+TEST_F(Swapping, TheStockCategoryDecidesWhatItMayReplace) {
+    EXPECT_EQ(stock(kCoach).category, "Passenger");
+    EXPECT_EQ(stock(kSteamLoco).category, "Steam");
+    EXPECT_EQ(stock("DemoRail\\Class66Pack\\RailVehicles\\Freight\\HTA\\HTA_Coal.bin").category, "Freight");
+    EXPECT_EQ(stock(kLivery3).category, "Freight");
+    // A multiple unit's motor car may stand in for a wagon.
+    const ChosenStock motor = stock("Alpenbahn/Gotthard/RailVehicles/EMU/RABDe500/RABDe500_Motor.bin");
+    EXPECT_EQ(motor.category, "EMU");
+    ScenarioDocument d = openScenario(*m_ctx, copyOf("Free roam"));
+    EXPECT_TRUE(swapVehicle(*m_ctx, d, 0, 1, motor, fixed()).ok());
+    EXPECT_TRUE(swapVehicle(*m_ctx, d, 0, 0, motor, fixed()).ok());
+}
+
 TEST(SwapCoal, ExchangesTheFirstTwoLevels) {
     std::string v = "<x><InitialLevel>\r\n<e d:type=\"sFloat32\">1</e>\r\n<e d:type=\"sFloat32\">0.25</e>\r\n"
                     "<e d:type=\"sFloat32\">7</e></InitialLevel></x>";

@@ -24,6 +24,10 @@ namespace {
 
 const ScanSettings kExact{};
 
+bool containsIgnoringCase(const std::string& text, std::string_view what) {
+    return InStr(1, text, what, Match::Text) != 0;
+}
+
 // Every `from` replaced by `to` in `text`, ignoring letter case.
 void replaceIgnoringCase(std::string& text, const std::string& from, const std::string& to) {
     if (from.empty())
@@ -297,16 +301,28 @@ std::optional<ChosenStock> chooseStock(const AppContext& ctx, const std::string&
         if (c.loco.is || c.wagon.is || c.tender.is)
             c.loco.name = c.wagon.name = c.tender.name = s.reskinName;
     }
+    // The category the Available Stock list would show it under: a multiple unit by its engine
+    // type or its folder (it may then replace a locomotive or a wagon), else by its class.
+    auto inFolder = [&](const char* folder) { return containsIgnoringCase(s.path, folder); };
+    if (c.loco.is || c.wagon.is) {
+        const std::string& t = c.loco.engineType;
+        if (iequals(t, "DMU") || inFolder("\\DMU\\"))
+            s.category = "DMU";
+        else if (iequals(t, "EMU") || inFolder("\\EMU\\"))
+            s.category = "EMU";
+    }
     if (c.loco.is) {
         s.name = c.loco.name;
         const std::string& t = c.loco.engineType;
-        s.category = iequals(t, "Steam") ? "Steam" : iequals(t, "Electric") ? "Electric" : "Diesel";
+        if (s.category.empty())
+            s.category = iequals(t, "Steam") ? "Steam" : iequals(t, "Electric") ? "Electric" : "Diesel";
     } else if (c.tender.is) {
         s.name = c.tender.name;
         s.category = "Tender";
     } else if (c.wagon.is) {
         s.name = c.wagon.name;
-        s.category = "Freight";
+        if (s.category.empty())
+            s.category = inFolder("\\Passenger\\") ? "Passenger" : "Freight";
     } else {
         error = file->string() + ": not a locomotive, wagon or tender.";
         return std::nullopt;
