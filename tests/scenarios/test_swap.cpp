@@ -284,4 +284,36 @@ TEST_F(Swapping, SaveMergesTheRequiredAssets) {
     EXPECT_FALSE(again.consists[0].vehicles[1].missing);
 }
 
+TEST_F(Swapping, AnEmptyPreloadListIsOpenedAndAMissingOneLeftOut) {
+    const fs::path folder = copyOf("Free roam");
+    AppContext shipped(s_dir / "home", fs::path(VELMORA_SOURCE_DIR) / "data", m_ui);
+    shipped.setRailWorksOverride(s_dir / "rw");
+    const fs::path properties = folder / "ScenarioProperties.xml";
+    std::string text = test::slurp(properties);
+    const std::size_t open = text.find("<RBlueprintSetPreLoad>");
+    const std::size_t close = text.find("</RBlueprintSetPreLoad>");
+    ASSERT_LT(open, close);
+    const std::string emptied = text.substr(0, open) + "<RBlueprintSetPreLoad/>" + text.substr(close + 23);
+    std::ofstream(properties, std::ios::binary | std::ios::trunc) << emptied;
+
+    ScenarioDocument d = openScenario(shipped, folder);
+    ASSERT_TRUE(swapVehicle(shipped, d, 0, 1, stock(kCoach), fixed()).ok());
+    ASSERT_TRUE(saveScenario(shipped, d, fieldsOf(d)));
+    const std::string saved = test::slurp(properties);
+    EXPECT_EQ(saved.find("<RBlueprintSetPreLoad/>"), std::string::npos);
+    const std::size_t at = saved.find("<RBlueprintSetPreLoad>\t<iBlueprintLibrary-cBlueprintSetID d:id=\"");
+    ASSERT_NE(at, std::string::npos);
+    EXPECT_NE(saved.find("<Provider d:type=\"cDeltaString\">Heritage</Provider>", at), std::string::npos);
+    EXPECT_NE(saved.find("</iBlueprintLibrary-cBlueprintSetID>\r\n\t\r\n</RBlueprintSetPreLoad>", at), std::string::npos);
+
+    // No list at all: the required assets are dropped and the rest is saved.
+    const std::string without = emptied.substr(0, open) + emptied.substr(open + 23);
+    std::ofstream(properties, std::ios::binary | std::ios::trunc) << without;
+    d = openScenario(shipped, folder);
+    ASSERT_TRUE(swapVehicle(shipped, d, 0, 2, stock(kCoach), fixed()).ok());
+    ASSERT_TRUE(saveScenario(shipped, d, fieldsOf(d)));
+    EXPECT_EQ(test::slurp(properties).find("RBlueprintSetPreLoad"), std::string::npos);
+    EXPECT_EQ(openScenario(shipped, folder).consists[0].vehicles[2].name, "Heritage Mk1 BSK");
+}
+
 } // namespace
