@@ -10,6 +10,7 @@
 #include "velmora/scenarios/consistedit.h"
 #include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/scenariosave.h"
+#include "velmora/scenarios/swap.h"
 
 namespace velmora::cli {
 
@@ -131,6 +132,14 @@ sc::ScenarioDocument opened(Session& s, const sc::ScenarioRef& ref, int& code) {
     sc::ScenarioDocument d = sc::openScenario(s.ctx, ref.folder);
     warn(s, d.warnings);
     code = d.ok() ? Success : s.fail(shown(d.error));
+    return d;
+}
+
+// A scenario opened to be changed: a Quick Drive scenario is refused.
+sc::ScenarioDocument editable(Session& s, const sc::ScenarioRef& ref, int& code) {
+    sc::ScenarioDocument d = opened(s, ref, code);
+    if (code == Success && d.refused)
+        code = s.fail("the scenario was not changed");
     return d;
 }
 
@@ -324,11 +333,9 @@ int cmdScenarioConsist(Session& s) {
     if (a.options.empty())
         return s.fail("nothing to change: give --start-time, --start-speed or --trigger-distance");
     int code = Success;
-    sc::ScenarioDocument d = opened(s, *ref, code);
+    sc::ScenarioDocument d = editable(s, *ref, code);
     if (code != Success)
         return code;
-    if (d.refused)
-        return s.fail("the scenario was not changed");
     if (index >= static_cast<int>(d.consists.size()))
         return s.fail("the scenario has " + std::to_string(d.consists.size()) + " consists; there is no consist " + typed);
     auto numberOf = [&](const char* option, double& value) {
@@ -481,6 +488,67 @@ int cmdScenarioImportLoose(Session& s) {
     return saveEdited(s, d);
 }
 
+// An index typed for --consist or --vehicle: digits only.
+std::optional<int> indexOption(Session& s, const Arguments& a, const char* option) {
+    const auto typed = a.value(option);
+    if (!typed || typed->empty() || typed->find_first_not_of("0123456789") != std::string::npos || typed->size() > 6) {
+        s.fail(std::string(option) + " takes an index, 0 for the first: '" + shown(typed.value_or("")) + "'");
+        return std::nullopt;
+    }
+    return std::stoi(*typed);
+}
+
+// The swaps of the editor: one vehicle, every vehicle of its name in its consist, or every
+// vehicle of a name in the scenario; then the scenario is saved.
+int cmdScenarioSwap(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {"--consist", "--vehicle", "--with", "--name"},
+                                       {"--keep-numbers", "--all-identical", "--every-consist"});
+    const auto ref = scenarioArgument(s, a);
+    if (!ref)
+        return Error;
+    const auto with = a.value("--with");
+    if (!with || with->empty())
+        return s.fail("--with names the stock: a blueprint path below Assets or a full path");
+    const bool every = a.has("--every-consist");
+    std::optional<int> consist, vehicle;
+    if (every) {
+        if (!a.value("--name") || a.value("--name")->empty())
+            return s.fail("--every-consist needs --name, the vehicles' name as 'scenario show' prints it");
+        if (a.value("--consist") || a.value("--vehicle") || a.has("--all-identical"))
+            return s.fail("--every-consist takes --name and --with, not --consist, --vehicle or --all-identical");
+    } else {
+        if (a.value("--name"))
+            return s.fail("--name goes with --every-consist");
+        if (!(consist = indexOption(s, a, "--consist")) || !(vehicle = indexOption(s, a, "--vehicle")))
+            return Error;
+    }
+    int code = Success;
+    sc::ScenarioDocument d = editable(s, *ref, code);
+    if (code != Success)
+        return code;
+    std::string problem;
+    const auto stock = sc::chooseStock(s.ctx, *with, problem);
+    if (!stock)
+        return s.fail(shown(problem) + " Nothing was written.");
+    sc::SwapOptions options;
+    options.keepNumbers = a.has("--keep-numbers");
+    const sc::SwapResult r = every ? sc::swapEveryConsist(s.ctx, d, *a.value("--name"), *stock, options)
+                             : a.has("--all-identical") ? sc::swapIdentical(s.ctx, d, *consist, *vehicle, *stock, options)
+                                                        : sc::swapVehicle(s.ctx, d, *consist, *vehicle, *stock, options);
+    if (!r.ok())
+        return s.fail(shown(r.error) + " Nothing was written.");
+    if (r.swapped == 0)
+        return s.fail("no vehicle is named '" + shown(a.value("--name").value_or("")) + "'; nothing was written");
+    const sc::SaveResult saved = sc::saveScenario(s.ctx, d, sc::fieldsOf(d));
+    if (!saved)
+        return s.fail(shown(saved.message));
+    if (!s.g.quiet)
+        s.out << (every ? sc::kAllSwapped : sc::kConsistSwapped) << '\n'
+              << r.swapped << (r.swapped == 1 ? " vehicle" : " vehicles") << " swapped for " << shown(stock->name) << '\n'
+              << saved.message << '\n';
+    return Success;
+}
+
 int cmdScenarioSaves(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {}, {"--json"});
     const auto ref = scenarioArgument(s, a);
@@ -580,6 +648,11 @@ std::vector<Command> scenarioCommands() {
          cmdScenarioExportLoose},
         {"scenario import-loose", "ROUTE SCENARIO FILE", "inserts a saved loose consist, then saves the scenario",
          cmdScenarioImportLoose},
+        {"scenario swap",
+         "ROUTE SCENARIO --consist C --vehicle V [--all-identical] --with STOCK [--keep-numbers] | "
+         "--every-consist --name NAME --with STOCK [--keep-numbers]",
+         "swaps one vehicle, its like in the consist, or every vehicle of a name for other stock and saves",
+         cmdScenarioSwap},
         {"scenario saves", "ROUTE SCENARIO [--json]", "the saved copies (.bin files) of a scenario", cmdScenarioSaves},
         {"scenario save-as", "ROUTE SCENARIO NAME", "copies CurrentSave.bin (and its .MD5) to NAME", cmdScenarioSaveAs},
         {"scenario overwrite-save", "ROUTE SCENARIO FILE", "replaces CurrentSave.bin (and its .MD5) by a saved copy",

@@ -10,6 +10,9 @@
 #include "velmora/routes/routes.h"
 
 #include <map>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace velmora::test {
 
@@ -19,6 +22,15 @@ inline std::map<std::string, std::string> snapshot(const std::filesystem::path& 
         if (e.is_regular_file())
             files[std::filesystem::relative(e.path(), root).generic_string()] = slurp(e.path());
     return files;
+}
+
+// A text's lines, without their line feeds.
+inline std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
+    return lines;
 }
 
 template <typename Suite> class ScenarioTest : public DemoInstallTest<Suite> {

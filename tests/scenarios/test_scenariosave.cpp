@@ -20,13 +20,7 @@ struct Saving : test::ScenarioTest<Saving> {
     static constexpr const char* kName = "scenario-save";
 };
 
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
-}
+using test::linesOf;
 
 // The lines of `after` that are not the same line of `before` (both have as many lines).
 std::vector<std::string> changedLines(const std::string& before, const std::string& after) {

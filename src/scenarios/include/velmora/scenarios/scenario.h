@@ -92,6 +92,9 @@ struct ScenarioDocument {
     std::string missingReport;         // "Missing items:-" and one path a line, or empty
     std::vector<std::string> warnings; // boxes shown on opening, and what looked wrong
     std::string error;                 // set when the scenario could not be opened: names the file
+    // "Provider|Product" of every stock swapped in since opening: Save adds each to
+    // RBlueprintSetPreLoad of the properties.
+    std::vector<std::string> requiredAssets;
 
     bool ok() const { return error.empty(); }
     ScenarioClass cls() const { return classOf(properties.scenarioClass); }
