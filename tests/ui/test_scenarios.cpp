@@ -9,6 +9,7 @@
 #include "velmora/demo/demoinstall.h"
 #include "velmora/scenarios/consistedit.h"
 #include "velmora/scenarios/consistfields.h"
+#include "velmora/scenarios/swap.h"
 #include "velmora/scenarios/scenariosave.h"
 
 #include <QButtonGroup>
@@ -299,6 +300,40 @@ private slots:
         QCOMPARE(saved.consists.size(), std::size_t(2));
         QCOMPARE(saved.consists[1].serviceName, std::string("Late freight"));
         QCOMPARE(saved.consists[1].vehicles[0].flipped, std::string("1"));
+    }
+
+    void aVehicleIsSwappedForTheChosenStock() {
+        auto screen = listed();
+        ui::frmOstrand* editor = edit(*screen, "Timetable"); // a scenario no other case saves
+        QVERIFY(editor);
+        QVERIFY(editor->document().consists.size() == 3 && editor->document().consists[2].vehicles.size() >= 1);
+        editor->stockCategory()->setCurrentText("Freight");
+        editor->Command6_Click();
+        int hopper = -1;
+        for (int i = 0; i < editor->stockList()->count(); ++i)
+            if (editor->stockList()->item(i)->text() == "DemoRail HTA Coal Hopper")
+                hopper = i;
+        QVERIFY(hopper >= 0);
+        // Nothing chosen: said, nothing changed.
+        editor->findChild<QPushButton*>("Command10")->click();
+        QVERIFY(prompted("You have not selected"));
+        QVERIFY(!editor->changed());
+        editor->stockList()->setCurrentRow(hopper);
+        editor->consistList()->setCurrentRow(2); // the loose rake
+        editor->itemGrid()->selectRow(0);
+        editor->findChild<QCheckBox*>("Check2")->setChecked(true);
+        const std::string number = editor->document().consists[2].vehicles[0].number;
+        editor->findChild<QPushButton*>("Command10")->click();
+        QVERIFY(prompted(scenarios::kConsistSwapped));
+        QCOMPARE(editor->document().consists[2].vehicles[0].name, std::string("DemoRail HTA Coal Hopper"));
+        QCOMPARE(editor->document().consists[2].vehicles[0].number, number); // kept, as asked
+        // A locomotive is not swapped for a wagon.
+        editor->consistList()->setCurrentRow(0);
+        editor->itemGrid()->selectRow(0);
+        const std::string before = editor->document().scenarioText;
+        editor->findChild<QPushButton*>("Command10")->click();
+        QCOMPARE(editor->document().scenarioText, before);
+        QVERIFY(m_ui->prompts.back().icon == Icon::Warning);
     }
 
     void aMissingWeatherFolderIsSaid() {

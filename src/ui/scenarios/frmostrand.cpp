@@ -8,6 +8,7 @@
 #include "velmora/core/services.h"
 #include "velmora/scenarios/consistedit.h"
 #include "velmora/scenarios/consistfields.h"
+#include "velmora/scenarios/swap.h"
 
 #include <algorithm>
 #include <functional>
@@ -52,8 +53,7 @@ const char* const kFieldCaptions[] = {"Display Name:",  "Description",     "Brie
 
 // The consist commands, shown now and live once consist editing is built.
 const std::pair<const char*, const char*> kConsistCommands[] = {
-    {"Command10", "Swap Selected Item"}, {"Command7", "Swap All Identical Stock"},
-    {"Command22", "Swap in EVERY consist"}, {"Command20", "Swap in ALL Scenarios for this route"},
+    {"Command20", "Swap in ALL Scenarios for this route"},
 };
 
 const ScenarioClass kClassOrder[] = {ScenarioClass::Standard, ScenarioClass::FreeRoam, ScenarioClass::Career,
@@ -109,6 +109,8 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
         m_tipClass->addItem(tr(c));
     m_quiet = new QCheckBox(tr("Suppress messages re saving changes"));
     m_quiet->setObjectName("chkMsg");
+    m_keepNumbers = new QCheckBox(toQt(scenarios::kKeepNumbers));
+    m_keepNumbers->setObjectName("Check2");
     m_trigger = new QLineEdit;
     m_trigger->setObjectName("Text4");
     m_trigger->setPlaceholderText(tr("metres"));
@@ -138,6 +140,9 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
                           Live{"Command19", "Change Service Class", &frmOstrand::Command19_Click},
                           Live{"Command4", "Drive It", &frmOstrand::Command4_Click},
                           Live{"Command28", "Save Selected Loose Consist", &frmOstrand::Command28_Click},
+                          Live{"Command10", "Swap Selected Item", &frmOstrand::Command10_Click},
+                          Live{"Command7", "Swap All Identical Stock", &frmOstrand::Command7_Click},
+                          Live{"Command22", "Swap in EVERY consist", &frmOstrand::Command22_Click},
                           Live{"Command29", "Add Previously Saved Loose Consist", &frmOstrand::Command29_Click}}) {
         auto* button = new QPushButton(tr(b.caption));
         button->setObjectName(b.name);
@@ -153,6 +158,8 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
         ++i;
     }
     consistCommands->addWidget(m_quiet, i / 4, i % 4);
+    ++i;
+    consistCommands->addWidget(m_keepNumbers, i / 4, i % 4);
     ++i;
     auto* triggerRow = new QHBoxLayout;
     triggerRow->addWidget(new QLabel(tr("New trigger distance")));
@@ -823,6 +830,39 @@ void frmOstrand::Command29_Click() {
     m_changed = true;
     fillConsists();
     m_ctx.ui().message(scenarios::kLooseInserted);
+}
+
+void frmOstrand::Command10_Click() { swapStock(Swap::One); }
+void frmOstrand::Command7_Click() { swapStock(Swap::Identical); }
+void frmOstrand::Command22_Click() { swapStock(Swap::Every); }
+
+void frmOstrand::swapStock(Swap kind) {
+    const int stockRow = m_stock->currentRow();
+    if (stockRow < 0 || static_cast<std::size_t>(stockRow) >= m_stockTables.size()) {
+        m_ctx.ui().message("You have not selected any rolling-stock?");
+        return;
+    }
+    const auto vehicles = selectedVehicles();
+    const int consist = m_consists->currentRow();
+    if (vehicles.empty() || consist < 0) {
+        m_ctx.ui().message("You have not selected an item to swap?");
+        return;
+    }
+    std::string problem;
+    const auto stock = scenarios::chooseStock(m_ctx, m_stockTables.StockFiles[static_cast<std::size_t>(stockRow)], problem);
+    if (!stock) {
+        m_ctx.ui().message(problem, Icon::Warning);
+        return;
+    }
+    scenarios::SwapOptions options;
+    options.keepNumbers = m_keepNumbers->isChecked();
+    // A copy: the swap reads the tables again, and a name held by reference would go with them.
+    const std::string name = m_doc.consists[static_cast<std::size_t>(consist)].vehicles[static_cast<std::size_t>(vehicles.front())].name;
+    const scenarios::SwapResult r =
+        kind == Swap::One         ? scenarios::swapVehicle(m_ctx, m_doc, consist, vehicles.front(), *stock, options)
+        : kind == Swap::Identical ? scenarios::swapIdentical(m_ctx, m_doc, consist, vehicles.front(), *stock, options)
+                                  : scenarios::swapEveryConsist(m_ctx, m_doc, name, *stock, options);
+    edited(r.error, kind == Swap::Every ? scenarios::kAllSwapped : scenarios::kConsistSwapped);
 }
 
 } // namespace velmora::ui

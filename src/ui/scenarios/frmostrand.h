@@ -81,6 +81,9 @@ public slots:
     void Command18_Click();          // Delete Consist (one between saves)
     void Command19_Click();          // Change Service Class (dlgTips' class)
     void Command4_Click();           // Drive It
+    void Command10_Click();          // Swap Selected Item for the chosen Available Stock row
+    void Command7_Click();           // Swap All Identical Stock in the consist
+    void Command22_Click();          // Swap in EVERY consist
     void Command28_Click();          // Save Selected Loose Consist (a .txt of SavedFiles)
     void Command29_Click();          // Add Previously Saved Loose Consist
     // Option2: a class change asks first; false when the user kept the class.
@@ -101,6 +104,9 @@ private:
     std::vector<int> selectedVehicles() const;
     // After an edit of the vehicles or consists: the message, or the note unless chkMsg is on.
     void edited(const std::string& refused, const char* note);
+    // The three swaps: the chosen stock, the selected vehicle, then `swap`.
+    enum class Swap { One, Identical, Every };
+    void swapStock(Swap kind);
     AppContext& m_ctx;
     scenarios::ScenarioDocument m_doc;
     scenarios::ScenarioClass m_cls;
@@ -119,6 +125,7 @@ private:
     QComboBox* m_tipClass;   // dlgTips.Combo1
     QLineEdit* m_trigger;    // Text4: a new trigger distance in metres
     QCheckBox* m_quiet;      // chkMsg
+    QCheckBox* m_keepNumbers; // Check2
     std::vector<int> m_rowVehicle; // VSG2 row -> vehicle of the consist
     bool m_consistDeleted = false;
     std::array<QLineEdit*, 12> m_text1{};
