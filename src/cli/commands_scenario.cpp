@@ -308,6 +308,13 @@ int cmdScenarioSet(Session& s) {
     return Success;
 }
 
+// A 0-based index as typed; -1 when it is not one.
+int indexOf(const std::string& text) {
+    if (text.empty() || text.size() > 6 || text.find_first_not_of("0123456789") != std::string::npos)
+        return -1;
+    return std::stoi(text);
+}
+
 // Saves a scenario whose text an editing command changed, its fields as they were read.
 int saveEdited(Session& s, const sc::ScenarioDocument& d) {
     const sc::SaveResult r = sc::saveScenario(s.ctx, d, sc::fieldsOf(d));
@@ -325,11 +332,10 @@ int cmdScenarioConsist(Session& s) {
     const auto ref = scenarioArgument(s, a, 1);
     if (!ref)
         return Error;
-    int index = -1;
     const std::string& typed = a.plain[2];
-    if (typed.empty() || typed.find_first_not_of("0123456789") != std::string::npos || typed.size() > 6)
+    const int index = indexOf(typed);
+    if (index < 0)
         return s.fail("the consist is given by its index, 0 for the first: '" + shown(typed) + "'");
-    index = std::stoi(typed);
     if (a.options.empty())
         return s.fail("nothing to change: give --start-time, --start-speed or --trigger-distance");
     int code = Success;
@@ -369,13 +375,6 @@ int cmdScenarioConsist(Session& s) {
 
 // The vehicle and consist commands of the editor: which one, and what it needs.
 enum class Edit { Number, Duplicate, DeleteVehicle, Flip, Load, Unload, Rename, DeleteConsist, ServiceClass, Drive };
-
-// A 0-based index as typed; -1 when it is not one.
-int indexOf(const std::string& text) {
-    if (text.empty() || text.size() > 6 || text.find_first_not_of("0123456789") != std::string::npos)
-        return -1;
-    return std::stoi(text);
-}
 
 int editScenario(Session& s, Edit edit) {
     const Arguments a = parseArguments(s.g.rest, {"--consist", "--vehicle", "--number", "--name", "--class"}, {});
@@ -490,12 +489,13 @@ int cmdScenarioImportLoose(Session& s) {
 
 // An index typed for --consist or --vehicle: digits only.
 std::optional<int> indexOption(Session& s, const Arguments& a, const char* option) {
-    const auto typed = a.value(option);
-    if (!typed || typed->empty() || typed->find_first_not_of("0123456789") != std::string::npos || typed->size() > 6) {
-        s.fail(std::string(option) + " takes an index, 0 for the first: '" + shown(typed.value_or("")) + "'");
+    const std::string typed = a.value(option).value_or("");
+    const int index = indexOf(typed);
+    if (index < 0) {
+        s.fail(std::string(option) + " takes an index, 0 for the first: '" + shown(typed) + "'");
         return std::nullopt;
     }
-    return std::stoi(*typed);
+    return index;
 }
 
 // The swaps of the editor: one vehicle, every vehicle of its name in its consist, or every

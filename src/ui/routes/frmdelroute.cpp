@@ -157,6 +157,25 @@ void frmDelRoute::showText(const QString& tab, const QString& title, const std::
     addResult(new frmReport(m_ctx, title, text, this), tab);
 }
 
+void fillScenarioRows(QTableWidget* table, const std::vector<routes::ScenarioEntry>& scenarios, bool noFolder) {
+    table->setRowCount(0);
+    if (noFolder) {
+        table->setRowCount(1);
+        table->setItem(0, 0, new QTableWidgetItem(QObject::tr("No Scenarios folder found")));
+    }
+    for (const auto& s : scenarios) {
+        const int r = table->rowCount();
+        table->insertRow(r);
+        const QColor colour = rowColour(s.colour(), table->palette());
+        int c = 0;
+        for (const std::string& text : {s.folder, s.name, s.legend()}) {
+            auto* item = new QTableWidgetItem(toQt(text));
+            item->setForeground(colour);
+            table->setItem(r, c++, item);
+        }
+    }
+}
+
 void frmDelRoute::Command1_Click() {
     m_scenarios->setRowCount(0);
     m_scenarios->setHorizontalHeaderLabels({tr("Scenario folder"), tr("Scenario"), tr("Type")});
@@ -168,21 +187,7 @@ void frmDelRoute::Command1_Click() {
         return;
     bool noFolder = false;
     m_scenarioEntries = routes::listScenarios(m_ctx, *route, &noFolder);
-    if (noFolder) {
-        m_scenarios->setRowCount(1);
-        m_scenarios->setItem(0, 0, new QTableWidgetItem(tr("No Scenarios folder found")));
-    }
-    for (const auto& s : m_scenarioEntries) {
-        const int r = m_scenarios->rowCount();
-        m_scenarios->insertRow(r);
-        const QColor colour = rowColour(s.colour(), m_scenarios->palette());
-        int c = 0;
-        for (const std::string& text : {s.folder, s.name, s.legend()}) {
-            auto* item = new QTableWidgetItem(toQt(text));
-            item->setForeground(colour);
-            m_scenarios->setItem(r, c++, item);
-        }
-    }
+    fillScenarioRows(m_scenarios, m_scenarioEntries, noFolder);
     m_scenarioCount->setText(caption(m_ctx, 132, "No. of Scenarios") + QString(": %1").arg(m_scenarioEntries.size()));
 }
 

@@ -21,6 +21,10 @@ class QTableWidget;
 namespace velmora::ui {
 
 
+// The scenarios of a route as rows of folder, name and kind, each row in its kind's colour; the one
+// row "No Scenarios folder found" when the route has no such folder.
+void fillScenarioRows(QTableWidget* table, const std::vector<routes::ScenarioEntry>& scenarios, bool noFolder);
+
 class frmDelRoute : public QDialog {
     Q_OBJECT
 public:

@@ -6,6 +6,7 @@
 #include "../common/desktopui.h"
 #include "../common/palettecolours.h"
 #include "../common/windowplace.h"
+#include "../routes/frmdelroute.h"
 #include "../routes/frmlistrs.h"
 #include "velmora/core/services.h"
 #include "velmora/scenarios/scenario.h"
@@ -170,21 +171,7 @@ void frmShowRoutes::Command1_Click() {
     bool noFolder = false;
     m_scenarioEntries = routes::listScenarios(m_ctx, *route, &noFolder);
     m_invalid = scenarios::invalidScenarios(m_ctx, *route);
-    if (noFolder) {
-        m_scenarios->setRowCount(1);
-        m_scenarios->setItem(0, 0, new QTableWidgetItem(tr("No Scenarios folder found")));
-    }
-    for (const auto& s : m_scenarioEntries) {
-        const int r = m_scenarios->rowCount();
-        m_scenarios->insertRow(r);
-        const QColor colour = rowColour(s.colour(), m_scenarios->palette());
-        int c = 0;
-        for (const std::string& text : {s.folder, s.name, s.legend()}) {
-            auto* item = new QTableWidgetItem(toQt(text));
-            item->setForeground(colour);
-            m_scenarios->setItem(r, c++, item);
-        }
-    }
+    fillScenarioRows(m_scenarios, m_scenarioEntries, noFolder);
     m_scenarios->resizeColumnsToContents();
     m_scenarioCount->setText(tr("No. of Scenarios") + QString(": %1").arg(m_scenarioEntries.size()));
 }
