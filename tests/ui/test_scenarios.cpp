@@ -6,7 +6,7 @@
 #include "scenarios/frmshowroutes.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
-#include "velmora/demo/demoinstall.h"
+#include "demoscreens.h"
 #include "velmora/scenarios/consistedit.h"
 #include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/swap.h"
@@ -30,8 +30,9 @@ class TestScenarios : public QObject {
     Q_OBJECT
 
     fs::path m_dir;
-    std::unique_ptr<ScriptedUi> m_ui;
-    std::unique_ptr<AppContext> m_ctx;
+    test::DemoScreens m_demo;
+    ScriptedUi* m_ui = nullptr;
+    AppContext* m_ctx = nullptr;
 
     // The scenario screen on the first route, its scenarios listed.
     std::unique_ptr<ui::frmShowRoutes> listed() {
@@ -66,18 +67,14 @@ class TestScenarios : public QObject {
 
 private slots:
     void initTestCase() {
-        m_dir = fs::temp_directory_path() / ("velmora-uiscen-" + std::to_string(QCoreApplication::applicationPid()));
-        fs::remove_all(m_dir);
-        QVERIFY(demo::generateDemoInstall(m_dir / "rw", {}).ok);
+        QVERIFY(m_demo.generate("uiscen"));
+        m_dir = m_demo.dir;
     }
-    void cleanupTestCase() { fs::remove_all(m_dir); }
+    void cleanupTestCase() { m_demo.remove(); }
     void init() {
-        m_ui = std::make_unique<ScriptedUi>();
-        m_ctx = std::make_unique<AppContext>(m_dir / "home", m_dir / "data", *m_ui);
-        StartupOptions o;
-        o.railWorks = m_dir / "rw";
-        o.askForRoot = false;
-        runStartup(*m_ctx, o);
+        m_demo.start();
+        m_ui = m_demo.ui.get();
+        m_ctx = m_demo.ctx.get();
     }
 
     void theListShowsRoutesScenariosAndTheInvalidOnes() {

@@ -1,0 +1,41 @@
+#pragma once
+// The screen tests that work on a demo install: one install per test class, generated in
+// initTestCase, and a fresh program context on it for each test function.
+
+#include "velmora/core/appcontext.h"
+#include "velmora/core/userinterface.h"
+#include "velmora/demo/demoinstall.h"
+
+#include <QCoreApplication>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace velmora::test {
+
+struct DemoScreens {
+    std::filesystem::path dir;
+    std::unique_ptr<ScriptedUi> ui;
+    std::unique_ptr<AppContext> ctx;
+
+    // A fresh folder named for the suite with a demo install in rw/; false when it failed.
+    bool generate(const std::string& suite) {
+        dir = std::filesystem::temp_directory_path() /
+              ("velmora-" + suite + "-" + std::to_string(QCoreApplication::applicationPid()));
+        std::filesystem::remove_all(dir);
+        return demo::generateDemoInstall(dir / "rw", {}).ok;
+    }
+    void remove() { std::filesystem::remove_all(dir); }
+    // The program started on the install, as the desktop program starts, without questions.
+    void start() {
+        ui = std::make_unique<ScriptedUi>();
+        ctx = std::make_unique<AppContext>(dir / "home", dir / "data", *ui);
+        StartupOptions o;
+        o.railWorks = dir / "rw";
+        o.askForRoot = false;
+        runStartup(*ctx, o);
+    }
+};
+
+} // namespace velmora::test
