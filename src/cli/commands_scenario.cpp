@@ -502,25 +502,38 @@ std::optional<int> indexOption(Session& s, const Arguments& a, const char* optio
 // vehicle of a name in the scenario; then the scenario is saved.
 int cmdScenarioSwap(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {"--consist", "--vehicle", "--with", "--name"},
-                                       {"--keep-numbers", "--all-identical", "--every-consist"});
-    const auto ref = scenarioArgument(s, a);
+                                       {"--keep-numbers", "--all-identical", "--every-consist", "--all-scenarios"});
+    const bool all = a.has("--all-scenarios");
+    // Every scenario of the route: the scenario the user stands in may be named, or left out.
+    const auto ref = all && a.problem.empty() && a.plain.size() == 1 ? scenarioArgument(s, a, 0, false)
+                                                                      : scenarioArgument(s, a);
     if (!ref)
         return Error;
     const auto with = a.value("--with");
     if (!with || with->empty())
         return s.fail("--with names the stock: a blueprint path below Assets or a full path");
-    const bool every = a.has("--every-consist");
+    const bool every = a.has("--every-consist") || all;
+    const char* const byName = all ? "--all-scenarios" : "--every-consist";
     std::optional<int> consist, vehicle;
     if (every) {
+        if (a.has("--every-consist") && all)
+            return s.fail("--every-consist and --all-scenarios go alone");
         if (!a.value("--name") || a.value("--name")->empty())
-            return s.fail("--every-consist needs --name, the vehicles' name as 'scenario show' prints it");
+            return s.fail(std::string(byName) + " needs --name, the vehicles' name as 'scenario show' prints it");
         if (a.value("--consist") || a.value("--vehicle") || a.has("--all-identical"))
-            return s.fail("--every-consist takes --name and --with, not --consist, --vehicle or --all-identical");
+            return s.fail(std::string(byName) + " takes --name and --with, not --consist, --vehicle or --all-identical");
     } else {
         if (a.value("--name"))
-            return s.fail("--name goes with --every-consist");
+            return s.fail("--name goes with --every-consist or --all-scenarios");
         if (!(consist = indexOption(s, a, "--consist")) || !(vehicle = indexOption(s, a, "--vehicle")))
             return Error;
+    }
+    if (all) {
+        std::string problem;
+        const auto stock = sc::chooseStock(s.ctx, *with, problem);
+        if (!stock)
+            return s.fail(shown(problem) + " Nothing was written.");
+        return swapInAllScenarios(s, ref->route, *a.value("--name"), *stock, a.has("--keep-numbers"));
     }
     int code = Success;
     sc::ScenarioDocument d = editable(s, *ref, code);
@@ -532,7 +545,7 @@ int cmdScenarioSwap(Session& s) {
         return s.fail(shown(problem) + " Nothing was written.");
     sc::SwapOptions options;
     options.keepNumbers = a.has("--keep-numbers");
-    const sc::SwapResult r = every ? sc::swapEveryConsist(s.ctx, d, *a.value("--name"), *stock, options)
+    const sc::SwapResult r = every ? sc::swapEveryConsist(s.ctx, d, documentFromUtf8(*a.value("--name")), *stock, options)
                              : a.has("--all-identical") ? sc::swapIdentical(s.ctx, d, *consist, *vehicle, *stock, options)
                                                         : sc::swapVehicle(s.ctx, d, *consist, *vehicle, *stock, options);
     if (!r.ok())
@@ -650,8 +663,10 @@ std::vector<Command> scenarioCommands() {
          cmdScenarioImportLoose},
         {"scenario swap",
          "ROUTE SCENARIO --consist C --vehicle V [--all-identical] --with STOCK [--keep-numbers] | "
-         "--every-consist --name NAME --with STOCK [--keep-numbers]",
-         "swaps one vehicle, its like in the consist, or every vehicle of a name for other stock and saves",
+         "--every-consist --name NAME --with STOCK [--keep-numbers] | "
+         "ROUTE [SCENARIO] --all-scenarios --name NAME --with STOCK [--keep-numbers]",
+         "swaps one vehicle, its like in the consist, or every vehicle of a name (in the scenario or in every "
+         "scenario of the route) for other stock and saves",
          cmdScenarioSwap},
         {"scenario saves", "ROUTE SCENARIO [--json]", "the saved copies (.bin files) of a scenario", cmdScenarioSaves},
         {"scenario save-as", "ROUTE SCENARIO NAME", "copies CurrentSave.bin (and its .MD5) to NAME", cmdScenarioSaveAs},

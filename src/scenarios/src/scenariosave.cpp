@@ -123,6 +123,23 @@ std::string preloadEntries(AppContext& ctx, std::vector<std::string> pairs, std:
 
 } // namespace
 
+std::string withRequiredAssets(AppContext& ctx, std::string properties, const std::vector<std::string>& pairs,
+                               std::string& error) {
+    if (pairs.empty())
+        return properties;
+    const std::string merged = preloadEntries(ctx, pairs, error);
+    if (!error.empty())
+        return {};
+    if (const std::size_t close = InStr(1, properties, "</RBlueprintSetPreLoad>", Match::Binary);
+        close && InStr(1, properties, "<RBlueprintSetPreLoad>", Match::Binary)) {
+        properties.insert(close - 1, merged);
+    } else if (const std::size_t empty = InStr(1, properties, "<RBlueprintSetPreLoad/>", Match::Binary); empty) {
+        properties.replace(empty - 1, 23, "<RBlueprintSetPreLoad>" + merged + "\r\n</RBlueprintSetPreLoad>");
+    }
+    // Otherwise the table is dropped without a word.
+    return properties;
+}
+
 Fields fieldsOf(const ScenarioDocument& doc) {
     const Properties& p = doc.properties;
     Fields f;
@@ -302,16 +319,9 @@ std::string applyFields(AppContext& ctx, const ScenarioDocument& doc, const Fiel
         }
     }
     if (!doc.requiredAssets.empty()) {
-        const std::string merged = preloadEntries(ctx, doc.requiredAssets, error);
+        copy = withRequiredAssets(ctx, copy, doc.requiredAssets, error);
         if (!error.empty())
             return {};
-        if (const std::size_t close = InStr(1, copy, "</RBlueprintSetPreLoad>", Match::Binary);
-            close && InStr(1, copy, "<RBlueprintSetPreLoad>", Match::Binary)) {
-            copy.insert(close - 1, merged);
-        } else if (const std::size_t empty = InStr(1, copy, "<RBlueprintSetPreLoad/>", Match::Binary); empty) {
-            copy.replace(empty - 1, 23, "<RBlueprintSetPreLoad>" + merged + "\r\n</RBlueprintSetPreLoad>");
-        }
-        // Otherwise the table is dropped without a word.
     }
     return copy;
 }

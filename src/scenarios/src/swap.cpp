@@ -6,9 +6,11 @@
 #include "velmora/scenarios/stock.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
+#include "velmora/core/paths.h"
 #include "velmora/core/services.h"
 #include "velmora/core/xmltext.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace velmora::scenarios {
@@ -259,6 +261,11 @@ std::optional<ChosenStock> chooseStock(const AppContext& ctx, const std::string&
         error = "'" + typed + "' is not a blueprint path below Assets (Provider\\Product\\...\\file.bin).";
         return std::nullopt;
     }
+    for (const std::string& part : splitDocumentPath(path))
+        if (part == ".." || part == ".") {
+            error = "'" + typed + "' leads out of its folder; stock is only looked for below Assets.";
+            return std::nullopt;
+        }
     ChosenStock s;
     s.provider = path.substr(0, p1);
     s.product = path.substr(p1 + 1, p2 - p1 - 1);
@@ -419,6 +426,46 @@ SwapResult swapEveryConsist(const AppContext& ctx, ScenarioDocument& doc, const 
     applyPairs(copy, pairs);
     doc.scenarioText = std::move(copy);
     rereadTables(doc);
+    return r;
+}
+
+SwapResult swapEach(const AppContext& ctx, ScenarioDocument& doc, const StockPicker& pick,
+                    std::vector<Refusal>* refusals, const SwapOptions& options) {
+    SwapResult r;
+    std::vector<NumberPair> pairs;
+    // From the last vehicle to the first, so that the places of those still to come stay true.
+    for (int c = static_cast<int>(doc.consists.size()) - 1; c >= 0; --c) {
+        const Consist& consist = doc.consists[static_cast<std::size_t>(c)];
+        for (int v = static_cast<int>(consist.vehicles.size()) - 1; v >= 0; --v) {
+            const Vehicle& vehicle = consist.vehicles[static_cast<std::size_t>(v)];
+            const ChosenStock* stock = pick(c, v, vehicle);
+            if (!stock)
+                continue;
+            const auto slice = vehicleSlice(doc.scenarioText, consist.start, consistEnd(doc, c), v);
+            if (!slice)
+                continue;
+            const auto [a, b] = *slice;
+            std::string text = doc.scenarioText.substr(a, b - a);
+            if (std::string why = swapRefusal(stock->category, text); !why.empty()) {
+                if (refusals)
+                    refusals->push_back({c, v, vehicle.name, std::move(why)});
+                continue;
+            }
+            const std::string required = stock->provider + "|" + stock->product;
+            if (std::find(doc.requiredAssets.begin(), doc.requiredAssets.end(), required) == doc.requiredAssets.end())
+                doc.requiredAssets.push_back(required);
+            if (auto pair = rewrite(ctx, text, *stock, options, Kind::Single))
+                pairs.push_back(*pair);
+            doc.scenarioText.replace(a, b - a, text);
+            ++r.swapped;
+        }
+    }
+    if (r.swapped) {
+        applyPairs(doc.scenarioText, pairs);
+        rereadTables(doc);
+    }
+    if (refusals)
+        std::reverse(refusals->begin(), refusals->end()); // in the document's order
     return r;
 }
 

@@ -43,6 +43,11 @@ void PutName(std::string& text, std::size_t pos, const std::string& value, const
 // ChangeTimes: every StartTime of the scenario text moved by `delta` seconds, wrapped at 86400.
 void ChangeTimes(std::string& text, double delta);
 
+// The properties text with "Provider|Product" pairs merged into its RBlueprintSetPreLoad, each
+// pair once, sorted without regard to case. `error` is set (empty text) when the template is missing.
+std::string withRequiredAssets(AppContext& ctx, std::string properties, const std::vector<std::string>& pairs,
+                               std::string& error);
+
 // The properties text with the fields written into it, in the save's order; `delta` gets the
 // start-time change when every consist moves with it. `error` is set (nothing done) when the time
 // is refused or a tag is missing.

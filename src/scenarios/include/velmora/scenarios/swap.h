@@ -11,6 +11,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace velmora::scenarios {
 
@@ -66,5 +67,22 @@ SwapResult swapIdentical(const AppContext& ctx, ScenarioDocument& doc, int consi
 // Command22: every vehicle of the scenario named `name` (as the grid shows it, ignoring case).
 SwapResult swapEveryConsist(const AppContext& ctx, ScenarioDocument& doc, const std::string& name,
                             const ChosenStock& stock, const SwapOptions& options = {});
+
+// The stock a vehicle is to be swapped for, or nothing to leave it alone.
+using StockPicker = std::function<const ChosenStock*(int consist, int vehicle, const Vehicle& v)>;
+
+// A vehicle the validity test kept from its swap.
+struct Refusal {
+    int consist = 0, vehicle = 0;
+    std::string name;   // the vehicle's name as the grid shows it
+    std::string reason; // the program's words
+};
+
+// Every vehicle `pick` gives a stock for, each swapped by the rules of Swap Selected Item: the
+// validity test on the vehicle itself, the reskin's own reference, number, mass and cargo order.
+// The number changes are carried through the document once all vehicles are done. Vehicles the
+// test refuses are left as they are and listed in `refusals`.
+SwapResult swapEach(const AppContext& ctx, ScenarioDocument& doc, const StockPicker& pick,
+                    std::vector<Refusal>* refusals = nullptr, const SwapOptions& options = {});
 
 } // namespace velmora::scenarios
