@@ -32,7 +32,7 @@ Global options:
 
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
-    for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(), stockCommands(),
+    for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(), batchSwapCommands(), stockCommands(),
                          historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;

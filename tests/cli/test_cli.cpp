@@ -28,6 +28,8 @@
 #include <map>
 #include <fstream>
 #include <iomanip>
+
+#include <unistd.h>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -136,7 +138,9 @@ void write(const fs::path& p, const std::string& bytes) {
 class CliCases : public ::testing::TestWithParam<fs::path> {
 protected:
     void SetUp() override {
-        m_dir = fs::temp_directory_path() / ("velmora-cli-" + GetParam().stem().string());
+        // The process id keeps two runs of the suite at once (two checkouts on one machine) apart.
+        m_dir = fs::temp_directory_path() /
+                ("velmora-cli-" + GetParam().stem().string() + "-" + std::to_string(::getpid()));
         fs::remove_all(m_dir);
         // A small install made by hand, mixed letter case included.
         write(m_dir / "tree/RailWorks.exe", "");
