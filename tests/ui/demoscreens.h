@@ -28,9 +28,13 @@ struct DemoScreens {
     }
     void remove() { std::filesystem::remove_all(dir); }
     // The program started on the install, as the desktop program starts, without questions.
-    void start() {
+    // `shipped` gives it the program's own data (templates, help) beside the test program;
+    // otherwise its data folder is empty.
+    void start(bool shipped = false) {
         ui = std::make_unique<ScriptedUi>();
-        ctx = std::make_unique<AppContext>(dir / "home", dir / "data", *ui);
+        const std::filesystem::path data =
+            shipped ? std::filesystem::path(QCoreApplication::applicationDirPath().toStdString()) / "data" : dir / "data";
+        ctx = std::make_unique<AppContext>(dir / "home", data, *ui);
         StartupOptions o;
         o.railWorks = dir / "rw";
         o.askForRoot = false;

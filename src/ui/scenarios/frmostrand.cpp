@@ -1,5 +1,7 @@
 #include "frmostrand.h"
 
+#include "batchswapui.h"
+
 #include "../common/backgroundjob.h"
 #include "../common/desktopui.h"
 #include "../common/frmreport.h"
@@ -7,6 +9,7 @@
 #include "../common/windowplace.h"
 #include "velmora/core/services.h"
 #include "velmora/scenarios/consistedit.h"
+#include "velmora/routes/routes.h"
 #include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/swap.h"
 
@@ -50,11 +53,6 @@ const char* const kFieldCaptions[] = {"Display Name:",  "Description",     "Brie
                                       "Start Time (24 hour)", "Duration (mins)", "Day",
                                       "Month",          "Year",            "Season",
                                       "Weather Provider", "Weather Product", "Weather Blueprint"};
-
-// The consist commands, shown now and live once consist editing is built.
-const std::pair<const char*, const char*> kConsistCommands[] = {
-    {"Command20", "Swap in ALL Scenarios for this route"},
-};
 
 const ScenarioClass kClassOrder[] = {ScenarioClass::Standard, ScenarioClass::FreeRoam, ScenarioClass::Career,
                                      ScenarioClass::Tutorial, ScenarioClass::Timetable};
@@ -143,6 +141,7 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
                           Live{"Command10", "Swap Selected Item", &frmOstrand::Command10_Click},
                           Live{"Command7", "Swap All Identical Stock", &frmOstrand::Command7_Click},
                           Live{"Command22", "Swap in EVERY consist", &frmOstrand::Command22_Click},
+                          Live{"Command20", "Swap in ALL Scenarios for this route", &frmOstrand::Command20_Click},
                           Live{"Command29", "Add Previously Saved Loose Consist", &frmOstrand::Command29_Click}}) {
         auto* button = new QPushButton(tr(b.caption));
         button->setObjectName(b.name);
@@ -166,14 +165,6 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
     triggerRow->addWidget(m_trigger);
     consistCommands->addLayout(triggerRow, i / 4, i % 4);
     ++i;
-    for (const auto& [name, caption] : kConsistCommands) {
-        auto* b = new QPushButton(tr(caption));
-        b->setObjectName(name);
-        b->setEnabled(false);
-        b->setToolTip(waitsFor(name));
-        consistCommands->addWidget(b, i / 4, i % 4);
-        ++i;
-    }
 
     auto* left = new QWidget;
     auto* leftLayout = new QVBoxLayout(left);
@@ -836,33 +827,77 @@ void frmOstrand::Command10_Click() { swapStock(Swap::One); }
 void frmOstrand::Command7_Click() { swapStock(Swap::Identical); }
 void frmOstrand::Command22_Click() { swapStock(Swap::Every); }
 
-void frmOstrand::swapStock(Swap kind) {
+std::optional<frmOstrand::SwapChoice> frmOstrand::swapChoice() {
     const int stockRow = m_stock->currentRow();
     if (stockRow < 0 || static_cast<std::size_t>(stockRow) >= m_stockTables.size()) {
         m_ctx.ui().message("You have not selected any rolling-stock?");
-        return;
+        return std::nullopt;
     }
     const auto vehicles = selectedVehicles();
     const int consist = m_consists->currentRow();
     if (vehicles.empty() || consist < 0) {
         m_ctx.ui().message("You have not selected an item to swap?");
-        return;
+        return std::nullopt;
     }
     std::string problem;
-    const auto stock = scenarios::chooseStock(m_ctx, m_stockTables.StockFiles[static_cast<std::size_t>(stockRow)], problem);
+    auto stock = scenarios::chooseStock(m_ctx, m_stockTables.StockFiles[static_cast<std::size_t>(stockRow)], problem);
     if (!stock) {
         m_ctx.ui().message(problem, Icon::Warning);
-        return;
+        return std::nullopt;
     }
+    // A copy: the swap reads the tables again, and a name held by reference would go with them.
+    std::string name = m_doc.consists[static_cast<std::size_t>(consist)].vehicles[static_cast<std::size_t>(vehicles.front())].name;
+    return SwapChoice{std::move(*stock), consist, vehicles.front(), std::move(name)};
+}
+
+void frmOstrand::swapStock(Swap kind) {
+    const auto choice = swapChoice();
+    if (!choice)
+        return;
+    const auto& [stock, consist, vehicle, name] = *choice;
     scenarios::SwapOptions options;
     options.keepNumbers = m_keepNumbers->isChecked();
-    // A copy: the swap reads the tables again, and a name held by reference would go with them.
-    const std::string name = m_doc.consists[static_cast<std::size_t>(consist)].vehicles[static_cast<std::size_t>(vehicles.front())].name;
     const scenarios::SwapResult r =
-        kind == Swap::One         ? scenarios::swapVehicle(m_ctx, m_doc, consist, vehicles.front(), *stock, options)
-        : kind == Swap::Identical ? scenarios::swapIdentical(m_ctx, m_doc, consist, vehicles.front(), *stock, options)
-                                  : scenarios::swapEveryConsist(m_ctx, m_doc, name, *stock, options);
+        kind == Swap::One         ? scenarios::swapVehicle(m_ctx, m_doc, consist, vehicle, stock, options)
+        : kind == Swap::Identical ? scenarios::swapIdentical(m_ctx, m_doc, consist, vehicle, stock, options)
+                                  : scenarios::swapEveryConsist(m_ctx, m_doc, name, stock, options);
     edited(r.error, kind == Swap::Every ? scenarios::kAllSwapped : scenarios::kConsistSwapped);
+}
+
+void frmOstrand::Command20_Click() {
+    const auto choice = swapChoice();
+    if (!choice)
+        return;
+    // The route of this scenario: <route>\Scenarios\<scenario>.
+    const std::filesystem::path routeFolder = m_doc.folder.parent_path().parent_path();
+    std::optional<routes::RouteEntry> route;
+    for (const auto& r : routes::listRoutes(m_ctx))
+        if (r.path == routeFolder)
+            route = r;
+    if (!route) {
+        m_ctx.ui().message(routeFolder.string() + ": the scenario's route is not among the routes listed.", Icon::Warning);
+        return;
+    }
+    // Every scenario is read from its file, this one too: what has not been saved here is not kept.
+    if (m_changed && m_ctx.ui().ask("This scenario has changes that have not been saved; the swap in all scenarios "
+                                    "works on the saved files and the changes will be lost.\nDo you wish to go on?",
+                                    Buttons::YesNo) != Answer::Yes)
+        return;
+    scenarios::BatchOptions options;
+    options.swap.keepNumbers = m_keepNumbers->isChecked();
+    const scenarios::BatchResult result =
+        runBatchSwap(m_ctx, "Swap in ALL Scenarios for this route", options, [&](const scenarios::BatchOptions& o) {
+            return scenarios::swapInAllScenarios(m_ctx, *route, choice->name, choice->stock, o);
+        });
+    if (!result) {
+        showBatchReport(m_ctx, result, tr("Swap in ALL Scenarios for this route"), parentWidget());
+        m_ctx.ui().message(result.message, result.stopped ? Icon::Information : Icon::Warning);
+        return;
+    }
+    m_ctx.ui().message(result.message);
+    m_saved = true;
+    m_changed = false;
+    Command2_Click();
 }
 
 } // namespace velmora::ui

@@ -8,10 +8,12 @@
 #include "velmora/scenarios/scenario.h"
 #include "velmora/scenarios/scenariosave.h"
 #include "velmora/scenarios/stocklist.h"
+#include "velmora/scenarios/swap.h"
 
 #include <QDialog>
 
 #include <array>
+#include <optional>
 
 class QButtonGroup;
 class QCheckBox;
@@ -84,6 +86,9 @@ public slots:
     void Command10_Click();          // Swap Selected Item for the chosen Available Stock row
     void Command7_Click();           // Swap All Identical Stock in the consist
     void Command22_Click();          // Swap in EVERY consist
+    // Swap in ALL Scenarios for this route: the selected vehicle's name in every scenario of the
+    // route, written at once as one undo; the editor closes afterwards.
+    void Command20_Click();
     void Command28_Click();          // Save Selected Loose Consist (a .txt of SavedFiles)
     void Command29_Click();          // Add Previously Saved Loose Consist
     // Option2: a class change asks first; false when the user kept the class.
@@ -107,6 +112,14 @@ private:
     // The three swaps: the chosen stock, the selected vehicle, then `swap`.
     enum class Swap { One, Identical, Every };
     void swapStock(Swap kind);
+    // What every swap starts from: the chosen Available Stock row and the first selected vehicle;
+    // nothing after saying what is missing.
+    struct SwapChoice {
+        scenarios::ChosenStock stock;
+        int consist = 0, vehicle = 0;
+        std::string name; // the vehicle's
+    };
+    std::optional<SwapChoice> swapChoice();
     AppContext& m_ctx;
     scenarios::ScenarioDocument m_doc;
     scenarios::ScenarioClass m_cls;

@@ -1,9 +1,11 @@
 #include "frmshowroutes.h"
 
+#include "batchswapui.h"
 #include "frmostrand.h"
 
 #include "../common/backgroundjob.h"
 #include "../common/desktopui.h"
+#include "../common/frmreport.h"
 #include "../common/palettecolours.h"
 #include "../common/windowplace.h"
 #include "../routes/frmdelroute.h"
@@ -40,6 +42,7 @@ const Button kButtons[] = {
     {"Command5", "Overwrite CurrentSave.bin with Selected file", &frmShowRoutes::Command5_Click},
     {"Command11", "Remove Empty Consists from selected Scenario", &frmShowRoutes::Command11_Click},
     {"Command13", "Show Invalid Scenarios", &frmShowRoutes::Command13_Click},
+    {"cmdSwapRules", "Swap Stock by Rule File", &frmShowRoutes::cmdSwapRules_Click},
     {"Command7", "Display Details of Selected Scenario", nullptr},
     {"Command12", "Display Work Order", nullptr},
     {"Command2", "Revert to Default for selected Route", nullptr},
@@ -271,6 +274,62 @@ void frmShowRoutes::Command10_Click() {
     editor->setAttribute(Qt::WA_DeleteOnClose);
     editor->show();
     m_editor = editor;
+}
+
+void frmShowRoutes::cmdSwapRules_Click() {
+    const routes::RouteEntry* selected = selectedRoute();
+    if (!selected) {
+        m_ctx.ui().message("You have not selected a route?");
+        return;
+    }
+    const routes::RouteEntry route = *selected;
+    const auto file = m_ctx.ui().chooseFile(
+        {"Rule File for Stock Swaps", m_ctx.appPath() / "Reports", "Comma Separated (*.csv)|*.csv|Text (*.txt)|*.txt", false});
+    if (!file || file->empty())
+        return;
+    std::vector<std::string> errors;
+    const auto rules = scenarios::readSwapRules(m_ctx, *file, errors);
+    if (!rules) {
+        std::string text = "The rule file was refused; nothing was written.\n";
+        for (const std::string& e : errors)
+            text += "\n" + e;
+        frmReport::show(m_ctx, tr("Swap Stock by Rule File"), text, this);
+        return;
+    }
+    const Answer scope = m_ctx.ui().ask("Swap only the vehicles whose blueprint is missing?\n"
+                                        "No swaps every vehicle a rule covers.",
+                                        Buttons::YesNoCancel);
+    if (scope == Answer::Cancel)
+        return;
+    scenarios::BatchOptions options;
+    options.missingOnly = scope == Answer::Yes;
+    const auto batch = [&](const scenarios::BatchOptions& o) { return scenarios::swapByRules(m_ctx, route, *rules, o); };
+    // First what would change, shown per scenario; then, when the user agrees, the writes.
+    options.dryRun = true;
+    const scenarios::BatchResult preview = runBatchSwap(m_ctx, "Reading the scenarios of " + route.name, options, batch);
+    showBatchReport(m_ctx, preview, tr("Swap Stock by Rule File"), this);
+    if (!preview) {
+        m_ctx.ui().message(preview.message, preview.stopped ? Icon::Information : Icon::Warning);
+        return;
+    }
+    if (preview.swapped == 0) {
+        m_ctx.ui().message("No vehicle of " + route.name + " is covered by a rule; nothing was written.");
+        return;
+    }
+    int scenarioCount = 0;
+    for (const auto& o : preview.scenarios)
+        scenarioCount += !o.swapped.empty();
+    if (m_ctx.ui().ask(std::to_string(preview.swapped) + " vehicles in " + std::to_string(scenarioCount) +
+                           " scenarios will be swapped, each scenario keeping a backup.\n"
+                           "One undo takes the whole batch back. Do you wish to go on?",
+                       Buttons::YesNo) != Answer::Yes)
+        return;
+    options.dryRun = false;
+    const scenarios::BatchResult done = runBatchSwap(m_ctx, "Swapping stock in " + route.name, options, batch);
+    m_ctx.ui().message(done ? done.message + "\n" + std::to_string(done.swapped) + " vehicles swapped in " +
+                                  std::to_string(done.written) + " scenarios."
+                            : done.message,
+                       done ? Icon::Information : Icon::Warning);
 }
 
 } // namespace velmora::ui

@@ -43,6 +43,9 @@ public slots:
     void Command11_Click(); // Remove Empty Consists from selected Scenario
     void Command13_Click(); // Show Invalid Scenarios
     void Command15_Click(); // Show Saved Copies of Selected Scenario
+    // Swap Stock by Rule File: a rule file over every scenario of the route, first as a dry run
+    // shown per scenario, then written as one undo when the user agrees.
+    void cmdSwapRules_Click();
 
 private:
     const routes::RouteEntry* selectedRoute();
