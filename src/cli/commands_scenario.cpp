@@ -1,6 +1,7 @@
 // Scenarios from the command line: the list of a route, one scenario's fields and consists, the
 // field changes saved as the editor saves them, saved copies and empty consists.
 
+#include "scenarioargs.h"
 #include "session.h"
 
 #include "velmora/core/services.h"
@@ -18,9 +19,9 @@ namespace {
 
 namespace sc = velmora::scenarios;
 
-// The route and scenario named by the first two plain arguments; `extra` more may follow.
-std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, std::size_t extra = 0,
-                                                bool needScenario = true) {
+} // namespace
+
+std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, std::size_t extra, bool needScenario) {
     const std::size_t wanted = (needScenario ? 2 : 1) + extra;
     if (!a.problem.empty()) {
         s.fail(a.problem);
@@ -49,6 +50,8 @@ std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, 
         s.fail("no scenario with the folder or name '" + a.plain[1] + "' in " + shown(route->name));
     return found;
 }
+
+namespace {
 
 void warn(Session& s, const std::vector<std::string>& warnings) {
     for (const auto& w : warnings)
@@ -487,7 +490,8 @@ int cmdScenarioImportLoose(Session& s) {
     return saveEdited(s, d);
 }
 
-// An index typed for --consist or --vehicle: digits only.
+} // namespace
+
 std::optional<int> indexOption(Session& s, const Arguments& a, const char* option) {
     const std::string typed = a.value(option).value_or("");
     const int index = indexOf(typed);
@@ -497,6 +501,8 @@ std::optional<int> indexOption(Session& s, const Arguments& a, const char* optio
     }
     return index;
 }
+
+namespace {
 
 // The swaps of the editor: one vehicle, every vehicle of its name in its consist, or every
 // vehicle of a name in the scenario; then the scenario is saved.
