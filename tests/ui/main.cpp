@@ -10,6 +10,7 @@ int runTestFrmDelRoute(int argc, char** argv);
 int runTestTextViews(int argc, char** argv);
 int runTestDesktopUi(int argc, char** argv);
 int runTestScenarios(int argc, char** argv);
+int runTestConsistTransfer(int argc, char** argv);
 int runTestThemes(int argc, char** argv);
 
 int main(int argc, char** argv) {
@@ -17,7 +18,8 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     int failed = 0;
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
-                     runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios})
+                     runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
+                     runTestConsistTransfer})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }
