@@ -10,6 +10,7 @@
 #include "velmora/scenarios/scenariolist.h"
 #include "velmora/scenarios/consistedit.h"
 #include "velmora/scenarios/consistfields.h"
+#include "velmora/scenarios/indexstock.h"
 #include "velmora/scenarios/scenariosave.h"
 #include "velmora/scenarios/swap.h"
 
@@ -507,14 +508,18 @@ namespace {
 // The swaps of the editor: one vehicle, every vehicle of its name in its consist, or every
 // vehicle of a name in the scenario; then the scenario is saved.
 int cmdScenarioSwap(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {"--consist", "--vehicle", "--with", "--name"},
+    const Arguments a = parseArguments(s.g.rest, {"--consist", "--vehicle", "--with", "--index-row", "--name"},
                                        {"--keep-numbers", "--all-identical", "--every-consist"});
     const auto ref = scenarioArgument(s, a);
     if (!ref)
         return Error;
     const auto with = a.value("--with");
-    if (!with || with->empty())
-        return s.fail("--with names the stock: a blueprint path below Assets or a full path");
+    if ((!with || with->empty()) == !a.value("--index-row"))
+        return s.fail("--with names the stock: a blueprint path below Assets or a full path; or --index-row N, "
+                      "the stock of row N of the rolling-stock index (1 for the first)");
+    std::optional<int> indexRow;
+    if (a.value("--index-row") && !(indexRow = indexOption(s, a, "--index-row")))
+        return Error;
     const bool every = a.has("--every-consist");
     std::optional<int> consist, vehicle;
     if (every) {
@@ -533,7 +538,7 @@ int cmdScenarioSwap(Session& s) {
     if (code != Success)
         return code;
     std::string problem;
-    const auto stock = sc::chooseStock(s.ctx, *with, problem);
+    const auto stock = indexRow ? sc::chooseIndexStockAt(s.ctx, *indexRow, problem) : sc::chooseStock(s.ctx, *with, problem);
     if (!stock)
         return s.fail(shown(problem) + " Nothing was written.");
     sc::SwapOptions options;
@@ -655,8 +660,8 @@ std::vector<Command> scenarioCommands() {
         {"scenario import-loose", "ROUTE SCENARIO FILE", "inserts a saved loose consist, then saves the scenario",
          cmdScenarioImportLoose},
         {"scenario swap",
-         "ROUTE SCENARIO --consist C --vehicle V [--all-identical] --with STOCK [--keep-numbers] | "
-         "--every-consist --name NAME --with STOCK [--keep-numbers]",
+         "ROUTE SCENARIO --consist C --vehicle V [--all-identical] (--with STOCK | --index-row N) [--keep-numbers] | "
+         "--every-consist --name NAME (--with STOCK | --index-row N) [--keep-numbers]",
          "swaps one vehicle, its like in the consist, or every vehicle of a name for other stock and saves",
          cmdScenarioSwap},
         {"scenario saves", "ROUTE SCENARIO [--json]", "the saved copies (.bin files) of a scenario", cmdScenarioSaves},

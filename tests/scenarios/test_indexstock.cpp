@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 using namespace velmora;
 using namespace velmora::scenarios;
 
@@ -89,6 +91,29 @@ TEST_F(IndexRows, AMissingBlueprintIsNamed) {
     error.clear();
     EXPECT_FALSE(chooseIndexStock(*m_ctx, row("DemoRail", "Class66Pack", "..\\..\\Heritage\\SteamDays\\x.bin"), error));
     EXPECT_NE(error.find("does not name a file below Assets"), std::string::npos) << error;
+}
+
+TEST_F(IndexRows, RowsOfTheProgramsIndexFile) {
+    std::string error;
+    const std::filesystem::path index = m_ctx->reports() / "Index.csv";
+    std::filesystem::remove(index);
+    EXPECT_FALSE(chooseIndexStockAt(*m_ctx, 1, error));
+    EXPECT_EQ(error, kNoIndexFile);
+    std::filesystem::create_directories(index.parent_path());
+    std::ofstream(index, std::ios::binary) << "Provider,Product,Path,Name,In Scene,Category,Blueprint,Index\r\n"
+                                           << "DemoRail,Class66Pack,..\\..\\x.bin,Escape,Yes,Freight Wagon,w,1\r\n"
+                                           << "DemoRail,Class66Pack," << kLivery3 << ",HTA livery 3,No,,r,2\r\n";
+    const auto livery = chooseIndexStockAt(*m_ctx, 2, error);
+    ASSERT_TRUE(livery) << error;
+    EXPECT_TRUE(livery->reskin);
+    EXPECT_FALSE(chooseIndexStockAt(*m_ctx, 1, error));
+    EXPECT_NE(error.find("does not name a file below Assets"), std::string::npos) << error;
+    for (int past : {0, 3}) {
+        EXPECT_FALSE(chooseIndexStockAt(*m_ctx, past, error));
+        EXPECT_NE(error.find(index.string() + " has 2 rows of stock; there is no row " + std::to_string(past)),
+                  std::string::npos)
+            << error;
+    }
 }
 
 } // namespace

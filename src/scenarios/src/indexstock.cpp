@@ -2,6 +2,7 @@
 
 #include "velmora/scenarios/indexstock.h"
 
+#include "velmora/assets/assetgrid.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/paths.h"
 #include "velmora/core/services.h"
@@ -67,6 +68,23 @@ std::optional<ChosenStock> chooseIndexStock(const AppContext& ctx, const std::ve
     if (stock->name.empty())
         stock->name = row->name;
     return stock;
+}
+
+std::optional<ChosenStock> chooseIndexStockAt(const AppContext& ctx, int row, std::string& error) {
+    const fs::path file = ctx.reports() / "Index.csv";
+    if (!FileExists(file)) {
+        error = kNoIndexFile;
+        return std::nullopt;
+    }
+    std::vector<assets::AssetRow> rows;
+    if (!assets::loadAssetList(file, assets::ListForm::Csv, rows, &error))
+        return std::nullopt;
+    if (row < 1 || row > static_cast<int>(rows.size())) {
+        error = file.string() + " has " + std::to_string(rows.size()) + " rows of stock; there is no row " +
+                std::to_string(row) + ".";
+        return std::nullopt;
+    }
+    return chooseIndexStock(ctx, rows[static_cast<std::size_t>(row - 1)].cells(), error);
 }
 
 std::string chosenStockPath(const AppContext& ctx, const ChosenStock& stock) {

@@ -31,6 +31,11 @@ std::optional<IndexStock> readIndexRow(const std::vector<std::string>& cells, st
 std::optional<ChosenStock> chooseIndexStock(const AppContext& ctx, const std::vector<std::string>& cells,
                                             std::string& error);
 
+// The stock of row `row` (1 for the first below the header) of the program's Reports\Index.csv.
+// Empty with `error` set when there is no index (kNoIndexFile), it cannot be read, it has no such
+// row, or the row is refused as above.
+std::optional<ChosenStock> chooseIndexStockAt(const AppContext& ctx, int row, std::string& error);
+
 // The chosen file as the editor shows it: <RailWorks>\Assets\Provider\Product\path.bin.
 std::string chosenStockPath(const AppContext& ctx, const ChosenStock& stock);
 
