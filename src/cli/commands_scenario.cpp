@@ -1,6 +1,7 @@
 // Scenarios from the command line: the list of a route, one scenario's fields and consists, the
 // field changes saved as the editor saves them, saved copies and empty consists.
 
+#include "scenarioargs.h"
 #include "session.h"
 
 #include "velmora/core/services.h"
@@ -9,6 +10,7 @@
 #include "velmora/scenarios/scenariolist.h"
 #include "velmora/scenarios/consistedit.h"
 #include "velmora/scenarios/consistfields.h"
+#include "velmora/scenarios/indexstock.h"
 #include "velmora/scenarios/scenariosave.h"
 #include "velmora/scenarios/swap.h"
 
@@ -18,9 +20,9 @@ namespace {
 
 namespace sc = velmora::scenarios;
 
-// The route and scenario named by the first two plain arguments; `extra` more may follow.
-std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, std::size_t extra = 0,
-                                                bool needScenario = true) {
+} // namespace
+
+std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, std::size_t extra, bool needScenario) {
     const std::size_t wanted = (needScenario ? 2 : 1) + extra;
     if (!a.problem.empty()) {
         s.fail(a.problem);
@@ -49,6 +51,8 @@ std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, 
         s.fail("no scenario with the folder or name '" + a.plain[1] + "' in " + shown(route->name));
     return found;
 }
+
+namespace {
 
 void warn(Session& s, const std::vector<std::string>& warnings) {
     for (const auto& w : warnings)
@@ -487,7 +491,8 @@ int cmdScenarioImportLoose(Session& s) {
     return saveEdited(s, d);
 }
 
-// An index typed for --consist or --vehicle: digits only.
+} // namespace
+
 std::optional<int> indexOption(Session& s, const Arguments& a, const char* option) {
     const std::string typed = a.value(option).value_or("");
     const int index = indexOf(typed);
@@ -498,10 +503,12 @@ std::optional<int> indexOption(Session& s, const Arguments& a, const char* optio
     return index;
 }
 
+namespace {
+
 // The swaps of the editor: one vehicle, every vehicle of its name in its consist, or every
 // vehicle of a name in the scenario; then the scenario is saved.
 int cmdScenarioSwap(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {"--consist", "--vehicle", "--with", "--name"},
+    const Arguments a = parseArguments(s.g.rest, {"--consist", "--vehicle", "--with", "--index-row", "--name"},
                                        {"--keep-numbers", "--all-identical", "--every-consist", "--all-scenarios"});
     const bool all = a.has("--all-scenarios");
     // Every scenario of the route: the scenario the user stands in may be named, or left out.
@@ -510,8 +517,12 @@ int cmdScenarioSwap(Session& s) {
     if (!ref)
         return Error;
     const auto with = a.value("--with");
-    if (!with || with->empty())
-        return s.fail("--with names the stock: a blueprint path below Assets or a full path");
+    if ((!with || with->empty()) == !a.value("--index-row"))
+        return s.fail("--with names the stock: a blueprint path below Assets or a full path; or --index-row N, "
+                      "the stock of row N of the rolling-stock index (1 for the first)");
+    std::optional<int> indexRow;
+    if (a.value("--index-row") && !(indexRow = indexOption(s, a, "--index-row")))
+        return Error;
     const bool every = a.has("--every-consist") || all;
     const char* const byName = all ? "--all-scenarios" : "--every-consist";
     std::optional<int> consist, vehicle;
@@ -528,21 +539,16 @@ int cmdScenarioSwap(Session& s) {
         if (!(consist = indexOption(s, a, "--consist")) || !(vehicle = indexOption(s, a, "--vehicle")))
             return Error;
     }
-    if (all) {
-        std::string problem;
-        const auto stock = sc::chooseStock(s.ctx, *with, problem);
-        if (!stock)
-            return s.fail(shown(problem) + " Nothing was written.");
+    std::string problem;
+    const auto stock = indexRow ? sc::chooseIndexStockAt(s.ctx, *indexRow, problem) : sc::chooseStock(s.ctx, *with, problem);
+    if (!stock)
+        return s.fail(shown(problem) + " Nothing was written.");
+    if (all)
         return swapInAllScenarios(s, ref->route, *a.value("--name"), *stock, a.has("--keep-numbers"));
-    }
     int code = Success;
     sc::ScenarioDocument d = editable(s, *ref, code);
     if (code != Success)
         return code;
-    std::string problem;
-    const auto stock = sc::chooseStock(s.ctx, *with, problem);
-    if (!stock)
-        return s.fail(shown(problem) + " Nothing was written.");
     sc::SwapOptions options;
     options.keepNumbers = a.has("--keep-numbers");
     const sc::SwapResult r = every ? sc::swapEveryConsist(s.ctx, d, documentFromUtf8(*a.value("--name")), *stock, options)
@@ -662,9 +668,9 @@ std::vector<Command> scenarioCommands() {
         {"scenario import-loose", "ROUTE SCENARIO FILE", "inserts a saved loose consist, then saves the scenario",
          cmdScenarioImportLoose},
         {"scenario swap",
-         "ROUTE SCENARIO --consist C --vehicle V [--all-identical] --with STOCK [--keep-numbers] | "
-         "--every-consist --name NAME --with STOCK [--keep-numbers] | "
-         "ROUTE [SCENARIO] --all-scenarios --name NAME --with STOCK [--keep-numbers]",
+         "ROUTE SCENARIO --consist C --vehicle V [--all-identical] (--with STOCK | --index-row N) [--keep-numbers] | "
+         "--every-consist --name NAME (--with STOCK | --index-row N) [--keep-numbers] | "
+         "ROUTE [SCENARIO] --all-scenarios --name NAME (--with STOCK | --index-row N) [--keep-numbers]",
          "swaps one vehicle, its like in the consist, or every vehicle of a name (in the scenario or in every "
          "scenario of the route) for other stock and saves",
          cmdScenarioSwap},

@@ -10,6 +10,7 @@ int runTestFrmDelRoute(int argc, char** argv);
 int runTestTextViews(int argc, char** argv);
 int runTestDesktopUi(int argc, char** argv);
 int runTestScenarios(int argc, char** argv);
+int runTestConsistTransfer(int argc, char** argv);
 int runTestThemes(int argc, char** argv);
 int runTestBatchSwap(int argc, char** argv);
 
@@ -18,7 +19,8 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     int failed = 0;
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
-                     runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios, runTestBatchSwap})
+                     runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
+                     runTestConsistTransfer, runTestBatchSwap})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

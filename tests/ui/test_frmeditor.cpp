@@ -7,6 +7,7 @@
 #include "editor/frmeditor.h"
 #include "routes/frmdelroute.h"
 #include "routes/frmlistrs.h"
+#include "scenarios/frmconsistdupe.h"
 #include "velmora/core/about.h"
 #include "velmora/core/editorcaptions.h"
 #include "velmora/core/settings.h"
@@ -207,6 +208,13 @@ private slots:
         Settings back;
         loadSettings(m_dir / "home/VLpreferences.txt", back, nullptr);
         QCOMPARE(QString::fromStdString(back.preloadFolder), QString::fromStdString((m_dir / "rw/Assets/DemoRail/PreLoad").string()));
+
+        // Compare Consists opens the consist transfer, once however often it is chosen.
+        QVERIFY(editor->action("mnuEC")->isEnabled());
+        editor->action("mnuEC")->trigger();
+        editor->action("mnuEC")->trigger();
+        QCOMPARE(editor->findChildren<ui::frmConsistDupe*>().size(), 1);
+        QVERIFY(editor->findChild<ui::frmConsistDupe*>()->isVisible());
 
         // Clear Railworks\Temp: a file at a time, or the lot.
         writeFile(m_dir / "rw/Temp/a.tmp", "a");

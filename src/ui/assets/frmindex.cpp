@@ -6,8 +6,10 @@
 #include "velmora/assets/assetgrid.h"
 #include "velmora/assets/listcommands.h"
 #include "velmora/core/services.h"
+#include "velmora/scenarios/indexstock.h"
 
 #include <QApplication>
+#include <QItemSelectionModel>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QListWidget>
@@ -15,24 +17,63 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace velmora::ui {
 
-frmIndex::frmIndex(AppContext& ctx, QWidget* parent) : QDialog(parent) {
+frmIndex::frmIndex(AppContext& ctx, QWidget* parent) : QDialog(parent), m_ctx(ctx) {
     setObjectName("frmIndex");
     setWindowTitle(tr("Rolling-stock index"));
     rememberPlace(ctx, this, objectName(), {900, 600});
     m_grid = makeAssetGrid();
+    m_use = new QPushButton(tr("Use Selected Stock"));
+    m_use->setObjectName("Command1");
+    m_use->setVisible(false);
+    connect(m_use, &QPushButton::clicked, this, &frmIndex::Command1_Click);
+    connect(m_grid, &QTableWidget::cellClicked, this, [this](int row) {
+        if (m_choose)
+            m_choose(rowCells(row));
+    });
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_grid);
+    layout->addWidget(m_use);
 
     const auto file = ctx.reports() / "Index.csv";
     std::vector<assets::AssetRow> rows;
     if (!FileExists(file) || !assets::loadAssetList(file, assets::ListForm::Csv, rows)) {
-        ctx.ui().message("You do not appear to have generated an Index.csv file.");
+        ctx.ui().message(scenarios::kNoIndexFile);
         return;
     }
     appendAssetRows(m_grid, rows);
     m_loaded = true;
+}
+
+void frmIndex::setChooser(Chooser choose) {
+    m_choose = std::move(choose);
+    m_use->setVisible(static_cast<bool>(m_choose));
+}
+
+std::vector<std::string> frmIndex::rowCells(int row) const {
+    std::vector<std::string> cells;
+    for (int c = 0; c < m_grid->columnCount(); ++c) {
+        const QTableWidgetItem* item = m_grid->item(row, c);
+        cells.push_back(item ? fromQt(item->text()) : std::string());
+    }
+    return cells;
+}
+
+void frmIndex::Command1_Click() {
+    const auto selected = m_grid->selectionModel()->selectedRows();
+    if (selected.isEmpty()) {
+        m_ctx.ui().message(scenarios::kNoIndexSelection);
+        return;
+    }
+    // The last selected row: the lowest in the grid as it is sorted now.
+    int last = -1;
+    for (const QModelIndex& index : selected)
+        last = std::max(last, index.row());
+    if (m_choose)
+        m_choose(rowCells(last));
 }
 
 frmMain::frmMain(AppContext& ctx, QWidget* parent) : QDialog(parent), m_ctx(ctx) {

@@ -1,9 +1,15 @@
 #pragma once
 // frmIndex, "Rolling-stock index": Reports/Index.csv in a read-only grid with list selection.
+// A screen that chooses stock from it (the scenario editor's Use Index File) gives it a chooser:
+// then Command1 hands over the cells of the last selected row, and so does a click on a row.
 
 #include "velmora/core/appcontext.h"
 
 #include <QDialog>
+
+#include <functional>
+#include <string>
+#include <vector>
 
 class QLineEdit;
 class QListWidget;
@@ -20,8 +26,20 @@ public:
     bool loaded() const { return m_loaded; }
     QTableWidget* grid() const { return m_grid; }
 
+    // The cells of a row, in the index's column order.
+    using Chooser = std::function<void(const std::vector<std::string>& cells)>;
+    void setChooser(Chooser choose);
+    // Use Selected Stock: the last selected row to the chooser, or "You do not appear to have
+    // selected any rolling stock".
+    void Command1_Click();
+
 private:
+    std::vector<std::string> rowCells(int row) const;
+
+    AppContext& m_ctx;
     QTableWidget* m_grid;
+    QPushButton* m_use;
+    Chooser m_choose;
     bool m_loaded = false;
 };
 

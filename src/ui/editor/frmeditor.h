@@ -147,6 +147,7 @@ public slots:
     void mnuIdent_Click();        // Search For Assets Details
     void mnuDelRoute_Click();     // the route screen
     void mnuOstrand_Click();      // the scenario list, the way into the scenario editor
+    void mnuEC_Click();           // Compare Consists: a consist copied into another scenario
     void mnuCSV_Click();          // a saved grid report in frmListRS
     void mnuExcel_Click();
     frmReport* mnuTxt_Click();    // a saved text report in frmReport
@@ -256,6 +257,7 @@ private:
     QPointer<QWidget> m_assets;
     QPointer<QWidget> m_routeScreen;
     QPointer<QDialog> m_scenarioScreen;
+    QPointer<QDialog> m_consistTransfer;
 
     EditorDocument m_doc;
     std::string m_caption; // the caption before a dirty mark

@@ -8,6 +8,7 @@
 #include "../common/windowplace.h"
 #include "../common/frmreport.h"
 #include "../routes/frmlistrs.h"
+#include "../scenarios/frmconsistdupe.h"
 #include "velmora/assets/assetgrid.h"
 #include "velmora/core/services.h"
 
@@ -173,7 +174,7 @@ const Waiting kWaiting[] = {
     {{"mnuMultiMarker", "mnuMkrDCSV", "mnuCSV2DCSV", "mnuMkRW", "mnuNoMarkers"}, "Waits for the marker tools"},
     {{"mnuDeveloper", "mnuDevFolders"}, "Waits for the developer folder tools"},
     {{"mnuCnt"}, "Waits for the content editor"},
-    {{"mnuEC", "mnuBuildCon"}, "Waits for the consist editors"},
+    {{"mnuBuildCon"}, "Waits for the consist editors"},
     {{"mnuPackAss", "mnuReskin", "mnuPack", "mnuPackSce"}, "Waits for the packaging tools"},
     {{"mnuSP"}, "Not needed here: pictures are shown without SuperPicture2.ocx"},
     {{"mnuEmail"}, "Waits for the mail screen"},
@@ -300,6 +301,17 @@ void frmEditor::openRecent(const std::string& path) {
         return;
     }
     openChosenPath(path);
+}
+
+void frmEditor::mnuEC_Click() {
+    // Made on first use and kept, as the scenario list is.
+    if (!m_consistTransfer) {
+        auto* screen = new frmConsistDupe(m_ctx, this);
+        screen->setAttribute(Qt::WA_DeleteOnClose);
+        m_consistTransfer = screen;
+    }
+    m_consistTransfer->show();
+    m_consistTransfer->raise();
 }
 
 void frmEditor::mnuCSV_Click() { openGridReport("Comma Separated (*.csv)|*.csv"); }

@@ -8,9 +8,11 @@
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
 #include "velmora/routes/routeitems.h"
+#include "velmora/scenarios/scenariolist.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
+#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -174,6 +176,64 @@ void fillScenarioRows(QTableWidget* table, const std::vector<routes::ScenarioEnt
             table->setItem(r, c++, item);
         }
     }
+}
+
+QGroupBox* scenarioLegend(const QTableWidget* table) {
+    // The legend's kinds, in the order the frame names them, with a scenario of each kind.
+    const std::pair<const char*, const char*> kinds[] = {
+        {"Timetable Scenario", "eTimetableScenarioClass"}, {"Workshop Scenario", "eStandardScenarioClass"},
+        {"Quick Drive Scenario", "eTemplateScenarioClass"}, {"Career Scenario", "eCareerScenarioClass"},
+        {"Standard Scenario", "eStandardScenarioClass"},    {"Free Roam Scenario", "eFreeRoamScenarioClass"},
+    };
+    auto* legend = new QGroupBox(QObject::tr("Legend"));
+    auto* row = new QHBoxLayout(legend);
+    for (const auto& [caption, value] : kinds) {
+        routes::ScenarioEntry sample;
+        sample.scenarioClass = value;
+        sample.workshop = std::string(caption) == "Workshop Scenario";
+        // Each kind in its own colour, and its name, so colour is never the only sign.
+        auto* label = new QLabel(QObject::tr(caption));
+        QPalette p = label->palette();
+        p.setColor(QPalette::WindowText, rowColour(sample.colour(), table->palette()));
+        label->setPalette(p);
+        row->addWidget(label);
+    }
+    return legend;
+}
+
+QTableWidget* makeScenarioTable() {
+    auto* table = new QTableWidget(0, 3);
+    table->setObjectName("List3");
+    table->setHorizontalHeaderLabels({QObject::tr("Scenario folder"), QObject::tr("Scenario"), QObject::tr("Kind")});
+    table->horizontalHeader()->setStretchLastSection(true);
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->verticalHeader()->setVisible(false);
+    return table;
+}
+
+std::vector<routes::RouteEntry> fillRouteNames(AppContext& ctx, QListWidget* list) {
+    std::vector<std::string> warnings;
+    std::vector<routes::RouteEntry> entries = routes::listRoutes(ctx, &warnings);
+    for (const auto& w : warnings)
+        ctx.ui().message(w, Icon::Warning);
+    for (const auto& r : entries)
+        list->addItem(toQt(r.name));
+    return entries;
+}
+
+const routes::RouteEntry* currentRoute(const QListWidget* list, const std::vector<routes::RouteEntry>& entries) {
+    const int row = list->currentRow();
+    return row < 0 || row >= static_cast<int>(entries.size()) ? nullptr : &entries[static_cast<std::size_t>(row)];
+}
+
+std::optional<std::filesystem::path> scenarioFolderAt(AppContext& ctx, const routes::RouteEntry* route,
+                                                      const std::vector<routes::ScenarioEntry>& entries, int row) {
+    if (route && row >= 0 && row < static_cast<int>(entries.size()))
+        if (const auto found = scenarios::findScenario(ctx, *route, entries[static_cast<std::size_t>(row)].folder))
+            return found->folder;
+    ctx.ui().message("No Scenarios were found.");
+    return std::nullopt;
 }
 
 void frmDelRoute::Command1_Click() {

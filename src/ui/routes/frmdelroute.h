@@ -13,6 +13,7 @@
 #include <optional>
 
 class QCheckBox;
+class QGroupBox;
 class QLabel;
 class QListWidget;
 class QPushButton;
@@ -24,6 +25,19 @@ namespace velmora::ui {
 // The scenarios of a route as rows of folder, name and kind, each row in its kind's colour; the one
 // row "No Scenarios folder found" when the route has no such folder.
 void fillScenarioRows(QTableWidget* table, const std::vector<routes::ScenarioEntry>& scenarios, bool noFolder);
+// The frame "Legend": the name of each kind of scenario in the colour its rows have in `table`.
+QGroupBox* scenarioLegend(const QTableWidget* table);
+// List3 of the scenario screens: a read-only grid of folder, name and kind, whole rows selected.
+QTableWidget* makeScenarioTable();
+// List1 of the scenario screens: the routes of the install by name, anything odd about them said.
+// Returns the routes in the list's order.
+std::vector<routes::RouteEntry> fillRouteNames(AppContext& ctx, QListWidget* list);
+// The route of the list's current row, or null.
+const routes::RouteEntry* currentRoute(const QListWidget* list, const std::vector<routes::RouteEntry>& entries);
+// The folder of the scenario in `row` of the entries of `route`, or nothing after saying "No
+// Scenarios were found.".
+std::optional<std::filesystem::path> scenarioFolderAt(AppContext& ctx, const routes::RouteEntry* route,
+                                                      const std::vector<routes::ScenarioEntry>& entries, int row);
 
 class frmDelRoute : public QDialog {
     Q_OBJECT

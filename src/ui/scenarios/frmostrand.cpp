@@ -7,10 +7,12 @@
 #include "../common/frmreport.h"
 #include "../common/palettecolours.h"
 #include "../common/windowplace.h"
+#include "../assets/frmindex.h"
 #include "velmora/core/services.h"
 #include "velmora/scenarios/consistedit.h"
 #include "velmora/routes/routes.h"
 #include "velmora/scenarios/consistfields.h"
+#include "velmora/scenarios/indexstock.h"
 #include "velmora/scenarios/swap.h"
 
 #include <algorithm>
@@ -311,6 +313,7 @@ QWidget* frmOstrand::buildStock() {
     m_stockPicture->setAlignment(Qt::AlignCenter);
     m_stockPicture->setMinimumSize(160, 120);
     m_stockLabel = new QLabel;
+    m_stockLabel->setObjectName("Label5");
     m_stockLabel->setWordWrap(true);
     m_stockLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto* layout = new QVBoxLayout(box);
@@ -326,7 +329,8 @@ QWidget* frmOstrand::buildStock() {
     };
     for (const PinButton& b : {PinButton{"Command24", "Pin Selected", [this] { Command24_Click(); }},
                                PinButton{"Command25", "Unpin all items", [this] { Command25_Click(); }},
-                               PinButton{"Command26", "Select All", [this] { m_stock->selectAll(); }}}) {
+                               PinButton{"Command26", "Select All", [this] { m_stock->selectAll(); }},
+                               PinButton{"Command8", "Use Index File", [this] { Command8_Click(); }}}) {
         auto* button = new QPushButton(tr(b.caption));
         button->setObjectName(b.name);
         connect(button, &QPushButton::clicked, this, b.slot);
@@ -345,6 +349,7 @@ void frmOstrand::Command6_Click() {
         m_ctx.ui().message(folder.string() + ": no such folder to look for stock in", Icon::Warning);
         return;
     }
+    m_useIndexFile = false; // a listing: the stock comes from Available Stock again
     // A large Assets tree takes a while: the walk runs on its own thread, the screen stays alive.
     scenarios::StockListing listing;
     const bool finished = runInBackground(m_ctx, "Finding available rolling stock", [&](UserInterface& ui) {
@@ -364,10 +369,14 @@ void frmOstrand::Command6_Click() {
 }
 
 void frmOstrand::List3_Click(int row) {
+    if (row < 0 && m_useIndexFile)
+        return; // Label5 keeps the stock chosen from the index
     m_stockPicture->clear();
     m_stockLabel->clear();
     if (row < 0)
         return;
+    // A row of Available Stock chosen: Label5 shows it, and the swaps use it.
+    m_useIndexFile = false;
     const auto preview = scenarios::stockPreview(m_ctx, m_stockTables, static_cast<std::size_t>(row));
     if (!preview)
         return;
@@ -827,9 +836,43 @@ void frmOstrand::Command10_Click() { swapStock(Swap::One); }
 void frmOstrand::Command7_Click() { swapStock(Swap::Identical); }
 void frmOstrand::Command22_Click() { swapStock(Swap::Every); }
 
+frmIndex* frmOstrand::indexScreen() const { return m_index; }
+
+void frmOstrand::Command8_Click() {
+    m_useIndexFile = true;
+    if (!m_index) {
+        auto* index = new frmIndex(m_ctx, this);
+        index->setAttribute(Qt::WA_DeleteOnClose);
+        if (!index->loaded()) { // it has said that there is no index
+            delete index;
+            m_useIndexFile = false;
+            return;
+        }
+        index->setChooser([this](const std::vector<std::string>& cells) { chooseFromIndex(cells); });
+        m_index = index;
+    }
+    m_index->show();
+    m_index->raise();
+}
+
+void frmOstrand::chooseFromIndex(const std::vector<std::string>& cells) {
+    if (!m_useIndexFile)
+        return;
+    std::string problem;
+    auto stock = scenarios::chooseIndexStock(m_ctx, cells, problem);
+    if (!stock) {
+        m_ctx.ui().message(problem, Icon::Warning);
+        return;
+    }
+    m_stockPicture->clear();
+    m_stockLabel->setText(toQt(scenarios::chosenStockPath(m_ctx, *stock)));
+    m_indexStock = std::move(stock);
+}
+
 std::optional<frmOstrand::SwapChoice> frmOstrand::swapChoice() {
     const int stockRow = m_stock->currentRow();
-    if (stockRow < 0 || static_cast<std::size_t>(stockRow) >= m_stockTables.size()) {
+    const bool fromIndex = m_useIndexFile && m_indexStock;
+    if (!fromIndex && (stockRow < 0 || static_cast<std::size_t>(stockRow) >= m_stockTables.size())) {
         m_ctx.ui().message("You have not selected any rolling-stock?");
         return std::nullopt;
     }
@@ -840,7 +883,8 @@ std::optional<frmOstrand::SwapChoice> frmOstrand::swapChoice() {
         return std::nullopt;
     }
     std::string problem;
-    auto stock = scenarios::chooseStock(m_ctx, m_stockTables.StockFiles[static_cast<std::size_t>(stockRow)], problem);
+    auto stock = fromIndex ? m_indexStock
+                           : scenarios::chooseStock(m_ctx, m_stockTables.StockFiles[static_cast<std::size_t>(stockRow)], problem);
     if (!stock) {
         m_ctx.ui().message(problem, Icon::Warning);
         return std::nullopt;

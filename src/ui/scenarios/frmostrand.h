@@ -11,6 +11,7 @@
 #include "velmora/scenarios/swap.h"
 
 #include <QDialog>
+#include <QPointer>
 
 #include <array>
 #include <optional>
@@ -25,6 +26,8 @@ class QPushButton;
 class QTableWidget;
 
 namespace velmora::ui {
+
+class frmIndex;
 
 class frmOstrand : public QDialog {
     Q_OBJECT
@@ -56,6 +59,9 @@ public:
     QComboBox* stockCategory() const { return m_stockCategory; } // Option1
     QListWidget* stockList() const { return m_stock; }           // List3
     QString stockPreviewText() const;                            // the chosen stock's path and category
+    // Use Index File: set while the stock comes from the rolling-stock index; the index screen.
+    bool usesIndexFile() const { return m_useIndexFile; }
+    frmIndex* indexScreen() const;
 
 public slots:
     void List1_Click();              // the vehicles of the selected consist
@@ -69,6 +75,9 @@ public slots:
     void List3_Click(int row);       // the preview of a stock row
     void Command24_Click();          // Pin Selected: the chosen stock rows stay for the next listing
     void Command25_Click();          // Unpin all items
+    void Command8_Click();           // Use Index File: the stock is chosen in frmIndex
+    // A row of the index chosen while Use Index File is set: the editor's stock, shown in Label5.
+    void chooseFromIndex(const std::vector<std::string>& cells);
     const scenarios::StockTables& stockTables() const { return m_stockTables; }
     void Command17_Click();          // Change Start Time of the selected consist (dlgTips' time)
     void Command13_Click();          // start speed of the driven consist
@@ -154,7 +163,10 @@ private:
     QComboBox* m_stockCategory;
     QListWidget* m_stock;
     QLabel* m_stockPicture;
-    QLabel* m_stockLabel;
+    QLabel* m_stockLabel; // Label5
+    bool m_useIndexFile = false;
+    std::optional<scenarios::ChosenStock> m_indexStock;
+    QPointer<frmIndex> m_index;
     QPushButton* m_save;
     QPushButton* m_exit;
 };

@@ -53,13 +53,6 @@ const Button kButtons[] = {
     {"Command6", "Run RailWorks using selected Save file", nullptr},
 };
 
-// The legend's kinds, in the order the frame names them, with a scenario of each kind.
-const std::pair<const char*, const char*> kLegend[] = {
-    {"Timetable Scenario", "eTimetableScenarioClass"}, {"Workshop Scenario", "eStandardScenarioClass"},
-    {"Quick Drive Scenario", "eTemplateScenarioClass"}, {"Career Scenario", "eCareerScenarioClass"},
-    {"Standard Scenario", "eStandardScenarioClass"},    {"Free Roam Scenario", "eFreeRoamScenarioClass"},
-};
-
 } // namespace
 
 QString frmShowRoutes::waitsFor(const QString& button) {
@@ -75,13 +68,7 @@ frmShowRoutes::frmShowRoutes(AppContext& ctx, QWidget* parent) : QDialog(parent)
     setWindowTitle(tr("Scenarios"));
     m_routes = new QListWidget;
     m_routes->setObjectName("List1");
-    m_scenarios = new QTableWidget(0, 3);
-    m_scenarios->setObjectName("List3");
-    m_scenarios->setHorizontalHeaderLabels({tr("Scenario folder"), tr("Scenario"), tr("Kind")});
-    m_scenarios->horizontalHeader()->setStretchLastSection(true);
-    m_scenarios->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_scenarios->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_scenarios->verticalHeader()->setVisible(false);
+    m_scenarios = makeScenarioTable();
     m_files = new QListWidget;
     m_files->setObjectName("File2");
     m_routeCount = new QLabel;
@@ -111,19 +98,7 @@ frmShowRoutes::frmShowRoutes(AppContext& ctx, QWidget* parent) : QDialog(parent)
     connect(exit, &QPushButton::clicked, this, &QDialog::accept);
     buttons->addWidget(exit, i / 3, i % 3);
 
-    // The legend: each kind in its own colour, and its name, so colour is never the only sign.
-    auto* legend = new QGroupBox(tr("Legend"));
-    auto* legendRow = new QHBoxLayout(legend);
-    for (const auto& [caption, value] : kLegend) {
-        routes::ScenarioEntry sample;
-        sample.scenarioClass = value;
-        sample.workshop = std::string(caption) == "Workshop Scenario";
-        auto* label = new QLabel(tr(caption));
-        QPalette p = label->palette();
-        p.setColor(QPalette::WindowText, rowColour(sample.colour(), m_scenarios->palette()));
-        label->setPalette(p);
-        legendRow->addWidget(label);
-    }
+    QGroupBox* legend = scenarioLegend(m_scenarios);
 
     auto* left = new QVBoxLayout;
     left->addWidget(m_routeCount);
@@ -145,23 +120,13 @@ frmShowRoutes::frmShowRoutes(AppContext& ctx, QWidget* parent) : QDialog(parent)
     rememberPlace(m_ctx, this, objectName(), {1100, 700});
 
     MakePath(m_ctx.tempFiles());
-    std::vector<std::string> warnings;
-    m_routeEntries = routes::listRoutes(m_ctx, &warnings);
-    for (const auto& w : warnings)
-        m_ctx.ui().message(w, Icon::Warning);
-    for (const auto& r : m_routeEntries)
-        m_routes->addItem(toQt(r.name));
+    m_routeEntries = fillRouteNames(m_ctx, m_routes);
     m_routeCount->setText(tr("No. of Routes") + QString(": %1").arg(m_routeEntries.size()));
 }
 
 QPushButton* frmShowRoutes::button(const char* name) const { return findChild<QPushButton*>(name); }
 
-const routes::RouteEntry* frmShowRoutes::selectedRoute() {
-    const int row = m_routes->currentRow();
-    if (row < 0 || row >= static_cast<int>(m_routeEntries.size()))
-        return nullptr;
-    return &m_routeEntries[static_cast<std::size_t>(row)];
-}
+const routes::RouteEntry* frmShowRoutes::selectedRoute() { return currentRoute(m_routes, m_routeEntries); }
 
 void frmShowRoutes::Command1_Click() {
     m_scenarios->setRowCount(0);
@@ -180,18 +145,7 @@ void frmShowRoutes::Command1_Click() {
 }
 
 std::optional<std::filesystem::path> frmShowRoutes::selectedScenarioFolder() {
-    const routes::RouteEntry* route = selectedRoute();
-    const int row = m_scenarios->currentRow();
-    if (!route || row < 0 || row >= static_cast<int>(m_scenarioEntries.size())) {
-        m_ctx.ui().message("No Scenarios were found.");
-        return std::nullopt;
-    }
-    const auto found = scenarios::findScenario(m_ctx, *route, m_scenarioEntries[static_cast<std::size_t>(row)].folder);
-    if (!found) {
-        m_ctx.ui().message("No Scenarios were found.");
-        return std::nullopt;
-    }
-    return found->folder;
+    return scenarioFolderAt(m_ctx, selectedRoute(), m_scenarioEntries, m_scenarios->currentRow());
 }
 
 void frmShowRoutes::fillSavedCopies(const std::filesystem::path& folder) {

@@ -1,0 +1,22 @@
+#pragma once
+// The arguments every scenario command reads the same way.
+
+#include "session.h"
+
+#include "velmora/scenarios/scenariolist.h"
+
+#include <cstddef>
+#include <optional>
+
+namespace velmora::cli {
+
+// The route and scenario named by the first two plain arguments (the route alone without
+// `needScenario`); `extra` more plain arguments may follow. Nothing after saying what is wrong.
+std::optional<scenarios::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, std::size_t extra = 0,
+                                                       bool needScenario = true);
+
+// An index typed for an option such as --consist or --vehicle: digits only, 0 for the first.
+// Nothing after saying what is wrong.
+std::optional<int> indexOption(Session& s, const Arguments& a, const char* option);
+
+} // namespace velmora::cli
