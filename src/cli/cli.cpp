@@ -33,7 +33,7 @@ Global options:
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
     for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(), stockCommands(),
-                         historyCommands()})
+                         historyCommands(), scenarioDetailsCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

@@ -1,6 +1,7 @@
 // Scenarios from the command line: the list of a route, one scenario's fields and consists, the
 // field changes saved as the editor saves them, saved copies and empty consists.
 
+#include "scenarioargument.h"
 #include "session.h"
 
 #include "velmora/core/services.h"
@@ -14,13 +15,9 @@
 
 namespace velmora::cli {
 
-namespace {
-
 namespace sc = velmora::scenarios;
 
-// The route and scenario named by the first two plain arguments; `extra` more may follow.
-std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, std::size_t extra = 0,
-                                                bool needScenario = true) {
+std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, std::size_t extra, bool needScenario) {
     const std::size_t wanted = (needScenario ? 2 : 1) + extra;
     if (!a.problem.empty()) {
         s.fail(a.problem);
@@ -49,6 +46,8 @@ std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, 
         s.fail("no scenario with the folder or name '" + a.plain[1] + "' in " + shown(route->name));
     return found;
 }
+
+namespace {
 
 void warn(Session& s, const std::vector<std::string>& warnings) {
     for (const auto& w : warnings)

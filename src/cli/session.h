@@ -76,6 +76,7 @@ std::vector<Command> editorCommands();
 std::vector<Command> assetCommands();
 std::vector<Command> routeCommands();
 std::vector<Command> scenarioCommands();
+std::vector<Command> scenarioDetailsCommands();
 std::vector<Command> historyCommands();
 std::vector<Command> stockCommands();
 
