@@ -11,6 +11,7 @@ int runTestTextViews(int argc, char** argv);
 int runTestDesktopUi(int argc, char** argv);
 int runTestScenarios(int argc, char** argv);
 int runTestThemes(int argc, char** argv);
+int runTestScenarioDetails(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -19,5 +20,6 @@ int main(int argc, char** argv) {
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
                      runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios})
         failed += run(argc, argv);
+    failed += runTestScenarioDetails(argc, argv);
     return failed == 0 ? 0 : 1;
 }

@@ -1,6 +1,8 @@
 #include "frmshowroutes.h"
 
 #include "frmostrand.h"
+#include "frmscenario.h"
+#include "frmworkorder.h"
 
 #include "../common/backgroundjob.h"
 #include "../common/desktopui.h"
@@ -40,8 +42,8 @@ const Button kButtons[] = {
     {"Command5", "Overwrite CurrentSave.bin with Selected file", &frmShowRoutes::Command5_Click},
     {"Command11", "Remove Empty Consists from selected Scenario", &frmShowRoutes::Command11_Click},
     {"Command13", "Show Invalid Scenarios", &frmShowRoutes::Command13_Click},
-    {"Command7", "Display Details of Selected Scenario", nullptr},
-    {"Command12", "Display Work Order", nullptr},
+    {"Command7", "Display Details of Selected Scenario", &frmShowRoutes::Command7_Click},
+    {"Command12", "Display Work Order", &frmShowRoutes::Command12_Click},
     {"Command2", "Revert to Default for selected Route", nullptr},
     {"Command3", "Revert to Default for selected Scenario", nullptr},
     {"Command14", "Make Selected Career Scenarios 'Standard'", nullptr},
@@ -60,8 +62,6 @@ const std::pair<const char*, const char*> kLegend[] = {
 } // namespace
 
 QString frmShowRoutes::waitsFor(const QString& button) {
-    if (button == "Command7" || button == "Command12")
-        return tr("Waits for the scenario details and work order");
     if (button == "Command6")
         return tr("Not offered: the simulator is started from Steam");
     return tr("Waits for the scenario housekeeping tools");
@@ -271,6 +271,42 @@ void frmShowRoutes::Command10_Click() {
     editor->setAttribute(Qt::WA_DeleteOnClose);
     editor->show();
     m_editor = editor;
+}
+
+std::optional<scenarios::ScenarioRef> frmShowRoutes::openSelected(scenarios::ScenarioDocument& doc) {
+    const auto folder = selectedScenarioFolder();
+    const routes::RouteEntry* route = selectedRoute();
+    if (!folder || !route)
+        return std::nullopt;
+    runInBackground(m_ctx, "Opening the scenario", [&](UserInterface&) { doc = scenarios::openScenario(m_ctx, *folder); });
+    if (!doc.ok()) {
+        m_ctx.ui().message(doc.error, Icon::Warning);
+        return std::nullopt;
+    }
+    return scenarios::ScenarioRef{*route, {}, *folder};
+}
+
+void frmShowRoutes::Command7_Click() {
+    scenarios::ScenarioDocument doc;
+    const auto ref = openSelected(doc);
+    if (!ref)
+        return;
+    auto* details = new frmScenario(m_ctx, *ref, std::move(doc), this);
+    details->setAttribute(Qt::WA_DeleteOnClose);
+    details->show();
+    m_details = details;
+    details->loadLocations();
+}
+
+void frmShowRoutes::Command12_Click() {
+    scenarios::ScenarioDocument doc;
+    const auto ref = openSelected(doc);
+    if (!ref)
+        return;
+    auto* order = new frmWorkOrder(m_ctx, *ref, doc, this);
+    order->setAttribute(Qt::WA_DeleteOnClose);
+    order->show();
+    m_workOrder = order;
 }
 
 } // namespace velmora::ui

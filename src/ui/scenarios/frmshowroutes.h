@@ -4,6 +4,8 @@
 // consists and manages the simulator's CurrentSave.bin.
 
 #include "frmostrand.h"
+#include "frmscenario.h"
+#include "frmworkorder.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/routes/routes.h"
 
@@ -31,6 +33,9 @@ public:
     QPushButton* button(const char* name) const;
     // The editor opened last, while it is open.
     frmOstrand* editor() const { return m_editor; }
+    // The details and work order screens opened last, while they are open.
+    frmScenario* details() const { return m_details; }
+    frmWorkOrder* workOrder() const { return m_workOrder; }
 
     // What a command that is not built yet waits for (its tooltip).
     static QString waitsFor(const QString& button);
@@ -43,12 +48,16 @@ public slots:
     void Command11_Click(); // Remove Empty Consists from selected Scenario
     void Command13_Click(); // Show Invalid Scenarios
     void Command15_Click(); // Show Saved Copies of Selected Scenario
+    void Command7_Click();  // Display Details of Selected Scenario
+    void Command12_Click(); // Display Work Order
 
 private:
     const routes::RouteEntry* selectedRoute();
     // The folder of the selected scenario row, or nothing after saying "No Scenarios were found.".
     std::optional<std::filesystem::path> selectedScenarioFolder();
     void fillSavedCopies(const std::filesystem::path& folder);
+    // The selected scenario opened off the GUI thread into `doc`, or nothing after saying why.
+    std::optional<scenarios::ScenarioRef> openSelected(scenarios::ScenarioDocument& doc);
 
     AppContext& m_ctx;
     std::vector<routes::RouteEntry> m_routeEntries;
@@ -61,6 +70,8 @@ private:
     QLabel* m_scenarioCount;
     std::filesystem::path m_filesFolder; // the folder File2 lists
     QPointer<frmOstrand> m_editor;
+    QPointer<frmScenario> m_details;
+    QPointer<frmWorkOrder> m_workOrder;
 };
 
 } // namespace velmora::ui
