@@ -160,14 +160,17 @@ IndexResult buildTrackIndex(AppContext& ctx, const fs::path& route, const fs::pa
                          "; the track index was not made.";
         return result;
     };
-    std::string bin;
-    if (const serz::Status read = serz::readDocument(tracks, bin, maxBytes ? maxBytes : serz::kMaxDocumentBytes); !read)
-        return fail(read.message);
-    if (progress && !progress(0, 1)) {
+    auto stop = [&] {
         result.stopped = true;
         result.message = "The indexing was stopped: no track index was made.";
         return result;
-    }
+    };
+    std::string bin;
+    if (const serz::Status read = serz::readDocument(tracks, bin, maxBytes ? maxBytes : serz::kMaxDocumentBytes); !read)
+        return fail(read.message);
+    // The decoding itself cannot be interrupted: the last chance to stop before it.
+    if (progress && !progress(0, 1))
+        return stop();
     std::string xml;
     if (const serz::Status decoded = serz::decode(bin, xml); !decoded)
         return fail("is no track network the program can read (" + decoded.message + ")");
@@ -175,13 +178,8 @@ IndexResult buildTrackIndex(AppContext& ctx, const fs::path& route, const fs::pa
     bin.shrink_to_fit();
     std::string error;
     auto index = indexOfNetwork(xml, progress, error);
-    if (!index) {
-        if (!error.empty())
-            return fail("is no track network the program can read (" + error + ")");
-        result.stopped = true;
-        result.message = "The indexing was stopped: no track index was made.";
-        return result;
-    }
+    if (!index)
+        return error.empty() ? stop() : fail("is no track network the program can read (" + error + ")");
     std::ostringstream text;
     text << kHeader << "\r\n";
     for (const auto& [id, tile] : index->ribbons)
