@@ -16,11 +16,7 @@
 
 namespace velmora::cli {
 
-namespace {
-
 namespace sc = velmora::scenarios;
-
-} // namespace
 
 std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, std::size_t extra, bool needScenario) {
     const std::size_t wanted = (needScenario ? 2 : 1) + extra;

@@ -84,6 +84,7 @@ std::vector<Command> assetCommands();
 std::vector<Command> routeCommands();
 std::vector<Command> scenarioCommands();
 std::vector<Command> scenarioTransferCommands();
+std::vector<Command> scenarioDetailsCommands();
 std::vector<Command> historyCommands();
 std::vector<Command> stockCommands();
 std::vector<Command> batchSwapCommands();

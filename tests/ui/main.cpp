@@ -13,6 +13,7 @@ int runTestScenarios(int argc, char** argv);
 int runTestConsistTransfer(int argc, char** argv);
 int runTestThemes(int argc, char** argv);
 int runTestBatchSwap(int argc, char** argv);
+int runTestScenarioDetails(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -20,7 +21,7 @@ int main(int argc, char** argv) {
     int failed = 0;
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
                      runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
-                     runTestConsistTransfer, runTestBatchSwap})
+                     runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

@@ -7,6 +7,7 @@
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "demoscreens.h"
+#include "scenarioscreens.h"
 #include "velmora/scenarios/consistedit.h"
 #include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/swap.h"
@@ -35,22 +36,9 @@ class TestScenarios : public QObject {
     AppContext* m_ctx = nullptr;
 
     // The scenario screen on the first route, its scenarios listed.
-    std::unique_ptr<ui::frmShowRoutes> listed() {
-        auto screen = std::make_unique<ui::frmShowRoutes>(*m_ctx);
-        screen->routeList()->setCurrentRow(0);
-        screen->Command1_Click();
-        return screen;
-    }
+    std::unique_ptr<ui::frmShowRoutes> listed() { return test::listedScenarios(*m_ctx); }
     // Selects the scenario row whose name starts with `name`; false when there is none.
-    bool select(ui::frmShowRoutes& screen, const QString& name) {
-        QTableWidget* list = screen.scenarioList();
-        for (int r = 0; r < list->rowCount(); ++r)
-            if (list->item(r, 1) && list->item(r, 1)->text().startsWith(name)) {
-                list->setCurrentCell(r, 1);
-                return true;
-            }
-        return false;
-    }
+    bool select(ui::frmShowRoutes& screen, const QString& name) { return test::selectScenario(screen, name); }
     // The editor on the scenario whose name starts with `name`, or null.
     ui::frmOstrand* edit(ui::frmShowRoutes& screen, const QString& name) {
         if (!select(screen, name))
@@ -84,8 +72,8 @@ private slots:
         QVERIFY(select(*screen, "Free roam"));
         QCOMPARE(screen->scenarioList()->item(screen->scenarioList()->currentRow(), 2)->text(), QString("Free Roam Scenario"));
         // The commands that wait for their tool say so.
-        QPushButton* details = screen->button("Command7");
-        QVERIFY(!details->isEnabled() && !details->toolTip().isEmpty());
+        QPushButton* waiting = screen->button("Command6");
+        QVERIFY(!waiting->isEnabled() && !waiting->toolTip().isEmpty());
         // The folder without properties is listed only among the invalid scenarios.
         screen->Command13_Click();
         auto* invalid = screen->findChild<ui::frmListRS*>();

@@ -34,33 +34,39 @@ std::string xmlUnescape(std::string s) {
     return s;
 }
 
-// A line of cells. In the comma form a cell holding a comma or a quote is put in quotes, its
-// quotes doubled, so that names with commas come back whole.
+// A line of cells. In the comma form a cell holding a comma, a quote or a line break is put in
+// quotes, its quotes doubled, so that names with commas come back whole. The tab form has no
+// quoting: a tab or line break inside a cell becomes a blank, so that each row stays one line.
 std::string joined(const std::vector<std::string>& cells, char separator) {
     std::string line;
     for (std::size_t i = 0; i < cells.size(); ++i) {
         if (i)
             line += separator;
-        line += separator == ',' ? csvCell(cells[i]) : cells[i];
+        if (separator == ',') {
+            line += csvCell(cells[i]);
+        } else {
+            std::string cell = cells[i];
+            for (char& ch : cell)
+                if (ch == '\t' || ch == '\r' || ch == '\n')
+                    ch = ' ';
+            line += cell;
+        }
     }
     return line + "\r\n";
 }
 
-std::string spreadsheet(const std::vector<AssetRow>& rows) {
+std::string spreadsheet(const std::vector<std::vector<std::string>>& rows, const std::string& sheet) {
     std::string out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
                       "<?mso-application progid=\"Excel.Sheet\"?>\r\n"
                       "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\"\r\n"
                       " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\">\r\n"
-                      "<Worksheet ss:Name=\"Assets\"><Table>\r\n";
-    auto row = [&](const std::vector<std::string>& cells) {
+                      "<Worksheet ss:Name=\"" + xmlEscape(utf8FromDocument(sheet)) + "\"><Table>\r\n";
+    for (const auto& cells : rows) {
         out += "<Row>";
         for (const auto& c : cells)
             out += "<Cell><Data ss:Type=\"String\">" + xmlEscape(utf8FromDocument(c)) + "</Data></Cell>";
         out += "</Row>\r\n";
-    };
-    row(assetColumns());
-    for (const auto& r : rows)
-        row(r.cells());
+    }
     out += "</Table></Worksheet></Workbook>\r\n";
     return out;
 }
@@ -117,27 +123,46 @@ ListForm listFormOf(const fs::path& file) {
     return ListForm::Unknown;
 }
 
-bool saveAssetList(WriteService& files, const fs::path& file, ListForm form, const std::vector<AssetRow>& rows,
-                   std::string* error) {
+std::string listText(ListForm form, const std::vector<std::vector<std::string>>& rows, const std::string& sheet) {
+    if (form == ListForm::Spreadsheet)
+        return spreadsheet(rows, sheet);
     std::string text;
-    if (form == ListForm::Spreadsheet) {
-        text = spreadsheet(rows);
-    } else if (form == ListForm::Csv || form == ListForm::Tabbed) {
-        const char sep = form == ListForm::Csv ? ',' : '\t';
-        text = joined(assetColumns(), sep);
-        for (const auto& r : rows)
-            text += joined(r.cells(), sep);
-    } else {
+    if (form == ListForm::Csv || form == ListForm::Tabbed)
+        for (const auto& cells : rows)
+            text += joined(cells, form == ListForm::Csv ? ',' : '\t');
+    return text;
+}
+
+namespace {
+
+bool saveIn(WriteService& files, const fs::path& file, ListForm form, const std::vector<std::vector<std::string>>& rows,
+            const std::string& sheet, std::string* error) {
+    if (form == ListForm::Unknown) {
         if (error)
             *error = file.string() + ": a list is saved as .csv, .txt, .tab or .xls";
         return false;
     }
-    if (const WriteResult written = files.write(file, text); !written) {
+    if (const WriteResult written = files.write(file, listText(form, rows, sheet)); !written) {
         if (error)
             *error = written.message;
         return false;
     }
     return true;
+}
+
+} // namespace
+
+bool saveList(WriteService& files, const fs::path& file, const std::vector<std::vector<std::string>>& rows,
+              const std::string& sheet, std::string* error) {
+    return saveIn(files, file, listFormOf(file), rows, sheet, error);
+}
+
+bool saveAssetList(WriteService& files, const fs::path& file, ListForm form, const std::vector<AssetRow>& rows,
+                   std::string* error) {
+    std::vector<std::vector<std::string>> table{assetColumns()};
+    for (const auto& r : rows)
+        table.push_back(r.cells());
+    return saveIn(files, file, form, table, "Assets", error);
 }
 
 bool loadAssetList(const fs::path& file, ListForm form, std::vector<AssetRow>& rows, std::string* error) {

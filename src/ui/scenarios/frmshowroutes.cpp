@@ -2,6 +2,8 @@
 
 #include "batchswapui.h"
 #include "frmostrand.h"
+#include "frmscenario.h"
+#include "frmworkorder.h"
 
 #include "../common/backgroundjob.h"
 #include "../common/desktopui.h"
@@ -43,8 +45,8 @@ const Button kButtons[] = {
     {"Command11", "Remove Empty Consists from selected Scenario", &frmShowRoutes::Command11_Click},
     {"Command13", "Show Invalid Scenarios", &frmShowRoutes::Command13_Click},
     {"cmdSwapRules", "Swap Stock by Rule File", &frmShowRoutes::cmdSwapRules_Click},
-    {"Command7", "Display Details of Selected Scenario", nullptr},
-    {"Command12", "Display Work Order", nullptr},
+    {"Command7", "Display Details of Selected Scenario", &frmShowRoutes::Command7_Click},
+    {"Command12", "Display Work Order", &frmShowRoutes::Command12_Click},
     {"Command2", "Revert to Default for selected Route", nullptr},
     {"Command3", "Revert to Default for selected Scenario", nullptr},
     {"Command14", "Make Selected Career Scenarios 'Standard'", nullptr},
@@ -56,8 +58,6 @@ const Button kButtons[] = {
 } // namespace
 
 QString frmShowRoutes::waitsFor(const QString& button) {
-    if (button == "Command7" || button == "Command12")
-        return tr("Waits for the scenario details and work order");
     if (button == "Command6")
         return tr("Not offered: the simulator is started from Steam");
     return tr("Waits for the scenario housekeeping tools");
@@ -284,6 +284,42 @@ void frmShowRoutes::cmdSwapRules_Click() {
                                   std::to_string(done.written) + " scenarios."
                             : done.message,
                        done ? Icon::Information : Icon::Warning);
+}
+
+std::optional<scenarios::ScenarioRef> frmShowRoutes::openSelected(scenarios::ScenarioDocument& doc) {
+    const auto folder = selectedScenarioFolder();
+    const routes::RouteEntry* route = selectedRoute();
+    if (!folder || !route)
+        return std::nullopt;
+    runInBackground(m_ctx, "Opening the scenario", [&](UserInterface&) { doc = scenarios::openScenario(m_ctx, *folder); });
+    if (!doc.ok()) {
+        m_ctx.ui().message(doc.error, Icon::Warning);
+        return std::nullopt;
+    }
+    return scenarios::ScenarioRef{*route, {}, *folder};
+}
+
+void frmShowRoutes::Command7_Click() {
+    scenarios::ScenarioDocument doc;
+    const auto ref = openSelected(doc);
+    if (!ref)
+        return;
+    auto* details = new frmScenario(m_ctx, *ref, std::move(doc), this);
+    details->setAttribute(Qt::WA_DeleteOnClose);
+    details->show();
+    m_details = details;
+    details->loadLocations();
+}
+
+void frmShowRoutes::Command12_Click() {
+    scenarios::ScenarioDocument doc;
+    const auto ref = openSelected(doc);
+    if (!ref)
+        return;
+    auto* order = new frmWorkOrder(m_ctx, *ref, doc, this);
+    order->setAttribute(Qt::WA_DeleteOnClose);
+    order->show();
+    m_workOrder = order;
 }
 
 } // namespace velmora::ui

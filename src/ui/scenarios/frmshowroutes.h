@@ -4,6 +4,8 @@
 // consists and manages the simulator's CurrentSave.bin.
 
 #include "frmostrand.h"
+#include "frmscenario.h"
+#include "frmworkorder.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/routes/routes.h"
 
@@ -31,6 +33,9 @@ public:
     QPushButton* button(const char* name) const;
     // The editor opened last, while it is open.
     frmOstrand* editor() const { return m_editor; }
+    // The details and work order screens opened last, while they are open.
+    frmScenario* details() const { return m_details; }
+    frmWorkOrder* workOrder() const { return m_workOrder; }
 
     // What a command that is not built yet waits for (its tooltip).
     static QString waitsFor(const QString& button);
@@ -46,12 +51,16 @@ public slots:
     // Swap Stock by Rule File: a rule file over every scenario of the route, first as a dry run
     // shown per scenario, then written as one undo when the user agrees.
     void cmdSwapRules_Click();
+    void Command7_Click();  // Display Details of Selected Scenario
+    void Command12_Click(); // Display Work Order
 
 private:
     const routes::RouteEntry* selectedRoute();
     // The folder of the selected scenario row, or nothing after saying "No Scenarios were found.".
     std::optional<std::filesystem::path> selectedScenarioFolder();
     void fillSavedCopies(const std::filesystem::path& folder);
+    // The selected scenario opened off the GUI thread into `doc`, or nothing after saying why.
+    std::optional<scenarios::ScenarioRef> openSelected(scenarios::ScenarioDocument& doc);
 
     AppContext& m_ctx;
     std::vector<routes::RouteEntry> m_routeEntries;
@@ -64,6 +73,8 @@ private:
     QLabel* m_scenarioCount;
     std::filesystem::path m_filesFolder; // the folder File2 lists
     QPointer<frmOstrand> m_editor;
+    QPointer<frmScenario> m_details;
+    QPointer<frmWorkOrder> m_workOrder;
 };
 
 } // namespace velmora::ui

@@ -29,6 +29,14 @@ enum class ListForm { Csv, Tabbed, Spreadsheet, Unknown };
 // By the last three letters of the name, ignoring case: csv, txt or tab, xls.
 ListForm listFormOf(const fs::path& file);
 
+// Rows of cells as the text of a saved list: comma-separated (cells quoted where they need it),
+// tab-separated, or a SpreadsheetML workbook with one sheet of that name (text cells, UTF-8).
+std::string listText(ListForm form, const std::vector<std::vector<std::string>>& rows, const std::string& sheet);
+// The rows saved in the form the file's name ends in, through the write service (an existing
+// file is kept as its numbered backup). False with `error` naming the file on failure.
+bool saveList(WriteService& files, const fs::path& file, const std::vector<std::vector<std::string>>& rows,
+              const std::string& sheet, std::string* error = nullptr);
+
 // A header line, then a line per row, written through the write service (an existing file is
 // kept as its numbered backup). True when the whole file was written; else `error` says why.
 bool saveAssetList(WriteService& files, const fs::path& file, ListForm form, const std::vector<AssetRow>& rows,
