@@ -32,8 +32,8 @@ Global options:
 
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
-    for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(), stockCommands(),
-                         historyCommands()})
+    for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(), consistCommands(),
+                         stockCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

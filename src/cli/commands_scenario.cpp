@@ -1,6 +1,7 @@
 // Scenarios from the command line: the list of a route, one scenario's fields and consists, the
 // field changes saved as the editor saves them, saved copies and empty consists.
 
+#include "scenarioargs.h"
 #include "session.h"
 
 #include "velmora/core/services.h"
@@ -609,6 +610,14 @@ int cmdScenarioRemoveEmpty(Session& s) {
 }
 
 } // namespace
+
+std::optional<sc::ScenarioRef> scenarioArguments(Session& s, const Arguments& a, std::size_t extra) {
+    return scenarioArgument(s, a, extra);
+}
+sc::ScenarioDocument openedScenario(Session& s, const sc::ScenarioRef& ref, int& code) { return opened(s, ref, code); }
+std::optional<int> indexArgument(Session& s, const Arguments& a, const char* option) {
+    return indexOption(s, a, option);
+}
 
 std::vector<Command> scenarioCommands() {
     return {

@@ -78,6 +78,7 @@ std::vector<Command> routeCommands();
 std::vector<Command> scenarioCommands();
 std::vector<Command> historyCommands();
 std::vector<Command> stockCommands();
+std::vector<Command> consistCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 
