@@ -11,13 +11,15 @@ int runTestTextViews(int argc, char** argv);
 int runTestDesktopUi(int argc, char** argv);
 int runTestScenarios(int argc, char** argv);
 int runTestThemes(int argc, char** argv);
+int runTestNamedConsist(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
     QApplication app(argc, argv);
     int failed = 0;
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
-                     runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios})
+                     runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
+                     runTestNamedConsist})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }
