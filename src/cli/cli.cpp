@@ -33,8 +33,8 @@ Global options:
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
     for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(),
-                         scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(), stockCommands(),
-                         historyCommands()})
+                         scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(), consistCommands(),
+                         stockCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

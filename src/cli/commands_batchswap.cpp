@@ -1,6 +1,7 @@
 // Swaps over every scenario of a route: by a vehicle's name (the editor's Swap in ALL Scenarios)
 // and by a rule file (route swap-stock), with what changed, or would, per scenario.
 
+#include "scenarioargs.h"
 #include "session.h"
 #include "velmora/core/textboundary.h"
 #include "velmora/scenarios/batchswap.h"

@@ -625,6 +625,8 @@ int cmdScenarioRemoveEmpty(Session& s) {
 
 } // namespace
 
+sc::ScenarioDocument openedScenario(Session& s, const sc::ScenarioRef& ref, int& code) { return opened(s, ref, code); }
+
 std::vector<Command> scenarioCommands() {
     return {
         {"scenario list", "ROUTE [--json]", "the route's scenarios with folder, name, class and saved copies",

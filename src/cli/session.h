@@ -13,13 +13,6 @@
 #include <string>
 #include <vector>
 
-namespace velmora::routes {
-struct RouteEntry;
-}
-namespace velmora::scenarios {
-struct ChosenStock;
-}
-
 namespace velmora::cli {
 
 namespace fs = std::filesystem;
@@ -88,11 +81,7 @@ std::vector<Command> scenarioDetailsCommands();
 std::vector<Command> historyCommands();
 std::vector<Command> stockCommands();
 std::vector<Command> batchSwapCommands();
-
-// Swap in ALL Scenarios for this route: every vehicle of the name in every scenario, saved as one
-// journal entry, with what changed per scenario.
-int swapInAllScenarios(Session& s, const routes::RouteEntry& route, const std::string& name,
-                       const scenarios::ChosenStock& stock, bool keepNumbers);
+std::vector<Command> consistCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

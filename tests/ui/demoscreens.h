@@ -40,6 +40,13 @@ struct DemoScreens {
         o.askForRoot = false;
         runStartup(*ctx, o);
     }
+    // Whether a box, question or text prompt so far held `part`.
+    bool prompted(const std::string& part) const {
+        for (const auto& p : ui->prompts)
+            if (p.text.find(part) != std::string::npos)
+                return true;
+        return false;
+    }
 };
 
 } // namespace velmora::test

@@ -46,12 +46,7 @@ class TestScenarios : public QObject {
         screen.Command10_Click();
         return screen.editor();
     }
-    bool prompted(const std::string& part) const {
-        for (const auto& p : m_ui->prompts)
-            if (p.text.find(part) != std::string::npos)
-                return true;
-        return false;
-    }
+    bool prompted(const std::string& part) const { return m_demo.prompted(part); }
 
 private slots:
     void initTestCase() {

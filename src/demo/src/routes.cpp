@@ -647,11 +647,11 @@ std::string consistTemplatesXml(Context& ctx) {
                        T{"Black 5 excursion", {&E[4], &W[6], &W[7], &W[7]}}}) {
         x.open("cConsistTemplate", ctx.rng.id());
         localisedName(x, "Name", t.name, makeGuid(ctx.rng).text);
-        x.open("Entries");
+        x.open("ConsistEntry");
         for (const Vehicle* v : t.cars) {
             x.open("cConsistTemplateEntry", ctx.rng.id());
             blueprintRef(x, "BlueprintID", v->ref);
-            x.str("Flipped", "eFalse").close();
+            x.boolean("Flipped", false).close();
         }
         x.close().close();
     }

@@ -13,6 +13,7 @@
 #include "velmora/routes/routes.h"
 #include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/indexstock.h"
+#include "velmora/scenarios/namedconsist.h"
 #include "velmora/scenarios/swap.h"
 
 #include <algorithm>
@@ -144,7 +145,8 @@ frmOstrand::frmOstrand(AppContext& ctx, scenarios::ScenarioDocument doc, QWidget
                           Live{"Command7", "Swap All Identical Stock", &frmOstrand::Command7_Click},
                           Live{"Command22", "Swap in EVERY consist", &frmOstrand::Command22_Click},
                           Live{"Command20", "Swap in ALL Scenarios for this route", &frmOstrand::Command20_Click},
-                          Live{"Command29", "Add Previously Saved Loose Consist", &frmOstrand::Command29_Click}}) {
+                          Live{"Command29", "Add Previously Saved Loose Consist", &frmOstrand::Command29_Click},
+                          Live{"cmdConsist", "Save as Named Consist", &frmOstrand::cmdConsist_Click}}) {
         auto* button = new QPushButton(tr(b.caption));
         button->setObjectName(b.name);
         connect(button, &QPushButton::clicked, this, b.slot);
@@ -471,6 +473,19 @@ void frmOstrand::Command23_Click() {
     edited(scenarios::renameConsist(m_doc, row, *name), scenarios::kEditNote);
     if (m_consists->item(row))
         m_consists->item(row)->setText(toQt(m_doc.consists[static_cast<std::size_t>(row)].serviceName));
+}
+
+void frmOstrand::cmdConsist_Click() {
+    const int row = m_consists->currentRow();
+    if (row < 0 || row >= static_cast<int>(m_doc.consists.size()))
+        return;
+    const std::string old = m_doc.consists[static_cast<std::size_t>(row)].serviceName;
+    const auto name = m_ctx.ui().inputText(scenarios::kConsistNamePrompt, "Save as Named Consist", old);
+    if (!name || name->empty())
+        return;
+    const consists::SaveResult r = scenarios::saveAsNamedConsist(m_ctx, m_doc, static_cast<std::size_t>(row), *name);
+    m_ctx.ui().message(r.detail.empty() ? r.message : r.message + "\n\n" + r.detail,
+                       r.ok ? Icon::Information : Icon::Warning);
 }
 
 void frmOstrand::Command18_Click() {

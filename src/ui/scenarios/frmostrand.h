@@ -100,6 +100,7 @@ public slots:
     void Command20_Click();
     void Command28_Click();          // Save Selected Loose Consist (a .txt of SavedFiles)
     void Command29_Click();          // Add Previously Saved Loose Consist
+    void cmdConsist_Click();         // Save as Named Consist: the consist into ConsistTemplates.bin
     // Option2: a class change asks first; false when the user kept the class.
     bool setClass(scenarios::ScenarioClass cls);
 
