@@ -5,6 +5,8 @@
 #include "scenariofixture.h"
 #include "stockfiles.h"
 
+#include "velmora/core/textboundary.h"
+#include "velmora/core/xmltext.h"
 #include "velmora/scenarios/consistfields.h"
 #include "velmora/scenarios/scenariosave.h"
 #include "velmora/scenarios/stock.h"
@@ -317,3 +319,33 @@ TEST_F(Swapping, AnEmptyPreloadListIsOpenedAndAMissingOneLeftOut) {
 }
 
 } // namespace
+
+// Stock below a folder with an accented name: the file is found by its UTF-8 name, and the
+// document gets the name in its own form, never the file name's UTF-8 bytes.
+TEST_F(Swapping, StockBelowAnAccentedFolderIsWrittenInTheDocumentsLetters) {
+    const fs::path hta = s_dir / "rw/Assets/DemoRail/Class66Pack/RailVehicles/Freight/HTA";
+    const fs::path accented = hta.parent_path() / "W\xC3\xA4gen";
+    fs::create_directories(accented);
+    fs::copy_file(hta / "HTA_Coal.bin", accented / "HTA_Coal.bin", fs::copy_options::overwrite_existing);
+    const ChosenStock wagon = stock("DemoRail/Class66Pack/RailVehicles/Freight/W\xC3\xA4gen/HTA_Coal.bin");
+    const std::string inDocument = documentFromUtf8("W\xC3\xA4gen");
+    EXPECT_EQ(DecodedChars(inDocument), "W\xE4gen");
+    EXPECT_EQ(wagon.path, "RailVehicles\\Freight\\" + inDocument + "\\HTA_Coal.xml");
+
+    ScenarioDocument d = openScenario(*m_ctx, copyOf("Free roam"));
+    ASSERT_TRUE(d.ok()) << d.error;
+    const SwapResult r = swapVehicle(*m_ctx, d, 0, 1, wagon, fixed());
+    ASSERT_TRUE(r.ok()) << r.error;
+    EXPECT_NE(DecodedChars(d.scenarioText).find("W\xE4gen\\HTA_Coal.xml"), std::string::npos);
+    EXPECT_EQ(d.scenarioText.find("W\xC3\xA4gen"), std::string::npos);
+    // The stock's own blueprint was read through its UTF-8 name: the mass is there.
+    const auto span = vehicleSpan(d, 0, 1);
+    ASSERT_TRUE(span);
+    const std::string vehicle = d.scenarioText.substr(span->first, span->second - span->first);
+    const std::size_t mass = vehicle.find("<TotalMass");
+    ASSERT_NE(mass, std::string::npos);
+    const std::size_t value = vehicle.find('>', mass) + 1;
+    EXPECT_NE(vehicle[value], '<') << "the mass was left empty";
+    std::string bin;
+    EXPECT_TRUE(xmlTextToBin(d.scenarioText, bin));
+}

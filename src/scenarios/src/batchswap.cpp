@@ -298,7 +298,7 @@ std::string batchReport(const BatchResult& result) {
         };
         for (const VehicleSwap& s : o.swapped)
             out += "\t" + place(s.consist, s.vehicle) + ": " + utf8FromDocument(s.name) + " (" +
-                   utf8FromDocument(s.blueprint) + ") -> " + utf8FromDocument(s.stock) + " (" + s.stockPath +
+                   utf8FromDocument(s.blueprint) + ") -> " + utf8FromDocument(s.stock) + " (" + utf8FromDocument(s.stockPath) +
                    ")" + (s.rule ? ", rule of line " + std::to_string(s.rule) : std::string()) + "\n";
         for (const Refusal& r : o.refused)
             out += "\t" + place(r.consist, r.vehicle) + ": " + utf8FromDocument(r.name) +

@@ -6,6 +6,7 @@
 #include "velmora/core/appcontext.h"
 #include "velmora/core/paths.h"
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 
 namespace velmora::scenarios {
 
@@ -91,7 +92,8 @@ std::string chosenStockPath(const AppContext& ctx, const ChosenStock& stock) {
     std::string path = stock.path;
     if (iendsWith(path, "xml"))
         path.replace(path.size() - 3, 3, "bin");
-    return (ctx.railWorks() / "Assets").string() + "\\" + stock.provider + "\\" + stock.product + "\\" + path;
+    return (ctx.railWorks() / "Assets").string() + "\\" +
+           utf8FromDocument(stock.provider + "\\" + stock.product + "\\" + path);
 }
 
 } // namespace velmora::scenarios

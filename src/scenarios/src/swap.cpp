@@ -8,6 +8,7 @@
 #include "velmora/core/convert.h"
 #include "velmora/core/paths.h"
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 #include "velmora/core/xmltext.h"
 
 #include <algorithm>
@@ -81,12 +82,12 @@ std::string forDocument(std::string text) {
     return text;
 }
 
-// "Assets\Provider\Product\path" of a reference, asking for the .bin.
+// "Assets\Provider\Product\path" of a reference, asking for the .bin, as a file name (UTF-8).
 std::string binPathOf(const Reference& r) {
     std::string relative = withBackslashes("Assets\\" + r.provider + "\\" + r.product + "\\" + r.blueprintId);
     if (iendsWith(relative, "xml"))
         relative.replace(relative.size() - 3, 3, "bin");
-    return relative;
+    return utf8FromDocument(DecodedChars(relative));
 }
 
 // What settles the handling of the ReskinBlueprintID block: the single swap writes a reskin's
@@ -266,10 +267,11 @@ std::optional<ChosenStock> chooseStock(const AppContext& ctx, const std::string&
             error = "'" + typed + "' leads out of its folder; stock is only looked for below Assets.";
             return std::nullopt;
         }
+    // The names go into documents, which are Windows-1252; the file is found by its UTF-8 name.
     ChosenStock s;
-    s.provider = path.substr(0, p1);
-    s.product = path.substr(p1 + 1, p2 - p1 - 1);
-    s.path = path.substr(p2 + 1);
+    s.provider = documentFromUtf8(path.substr(0, p1));
+    s.product = documentFromUtf8(path.substr(p1 + 1, p2 - p1 - 1));
+    s.path = documentFromUtf8(path.substr(p2 + 1));
     // A path that ends in "bin" is changed to end in "xml".
     if (iendsWith(s.path, "bin"))
         s.path.replace(s.path.size() - 3, 3, "xml");
