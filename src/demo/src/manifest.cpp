@@ -113,6 +113,16 @@ std::string Manifest::json() const {
     }
     o += "  ],\n";
 
+    o += "  \"savedConsists\": [";
+    for (std::size_t i = 0; i < savedConsists.size(); ++i) {
+        const auto& c = savedConsists[i];
+        o += std::string(i ? "," : "") + "\n    {\"name\": " + jsonString(c.name) + ", \"vehicles\": [";
+        for (std::size_t k = 0; k < c.vehicles.size(); ++k)
+            o += std::string(k ? "," : "") + "\n      " + vehicleJson(c.vehicles[k]);
+        o += "]}";
+    }
+    o += savedConsists.empty() ? "],\n" : "\n  ],\n";
+
     o += "  \"faults\": [\n";
     for (std::size_t i = 0; i < faults.size(); ++i) {
         const Fault& f = faults[i];

@@ -53,6 +53,13 @@ struct ManifestScenario {
     std::vector<ManifestConsist> consists;
 };
 
+// A consist of Content/ConsistTemplates.bin: its English name and vehicles front to back (only
+// provider, product, blueprint as written, flipped and missing are set).
+struct ManifestSavedConsist {
+    std::string name;
+    std::vector<ManifestVehicle> vehicles;
+};
+
 struct ManifestRoute {
     std::string folder, name;
     bool packed = false;
@@ -70,6 +77,7 @@ struct Manifest {
     int scale = 1;
     std::vector<ManifestProduct> products;
     std::vector<ManifestRoute> routes;
+    std::vector<ManifestSavedConsist> savedConsists;
     std::vector<Fault> faults;
     std::vector<std::pair<std::string, std::size_t>> counts;
 

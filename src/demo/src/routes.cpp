@@ -639,22 +639,44 @@ std::string consistTemplatesXml(Context& ctx) {
     x.open("Record");
     const auto& E = ctx.cat.engines;
     const auto& W = ctx.cat.wagons;
+    // A wagon never released: the saved consist that names it shows it missing.
+    Vehicle sludge = W[0];
+    sludge.reskinOf = {};
+    sludge.ref.id = "RailVehicles\\Freight\\HTA\\HTA_Sludge.xml";
+    struct Entry {
+        const Vehicle* vehicle;
+        bool flipped = false;
+    };
     struct T {
         std::string name;
-        std::vector<const Vehicle*> cars;
+        std::vector<Entry> cars;
     };
-    for (const T& t : {T{"Class 66 coal", {&E[0], &W[0], &W[0], &W[1]}}, T{"Re 460 InterRegio", {&E[2], &W[3], &W[4]}},
-                       T{"Black 5 excursion", {&E[4], &W[6], &W[7], &W[7]}}}) {
+    for (const T& t : {T{"Class 66 coal", {{&E[0]}, {&W[0]}, {&W[0]}, {&W[1]}}},
+                       T{"Re 460 InterRegio", {{&E[2]}, {&W[3]}, {&W[4]}}},
+                       T{"Black 5 excursion", {{&E[4]}, {&W[6]}, {&W[7]}, {&W[7]}}},
+                       T{"Sludge trip", {{&E[0], true}, {&sludge}}}}) {
         x.open("cConsistTemplate", ctx.rng.id());
         localisedName(x, "Name", t.name, makeGuid(ctx.rng).text);
         x.open("ConsistEntry");
-        for (const Vehicle* v : t.cars) {
+        ManifestSavedConsist saved{t.name, {}};
+        for (const Entry& car : t.cars) {
             x.open("cConsistTemplateEntry", ctx.rng.id());
-            blueprintRef(x, "BlueprintID", v->ref);
-            x.boolean("Flipped", false).close();
+            blueprintRef(x, "BlueprintID", car.vehicle->ref);
+            x.boolean("Flipped", car.flipped).close();
+            ManifestVehicle v;
+            v.name = car.vehicle->name;
+            v.provider = car.vehicle->ref.provider;
+            v.product = car.vehicle->ref.product;
+            v.blueprint = car.vehicle->ref.id;
+            v.flipped = car.flipped;
+            v.missing = car.vehicle == &sludge;
+            saved.vehicles.push_back(std::move(v));
         }
         x.close().close();
+        ctx.manifest.savedConsists.push_back(std::move(saved));
     }
+    ctx.manifest.add(makeFault("missing-consist-stock", "consists", assetFile(sludge.ref), "Content/ConsistTemplates.bin",
+                               sludge.ref.id, "the saved consist 'Sludge trip' lists the wagon; its blueprint does not exist"));
     return x.finish();
 }
 
