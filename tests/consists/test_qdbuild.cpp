@@ -2,6 +2,7 @@
 // decode to, the names they are written under, overwriting with a backup that undo restores, and
 // the refusals that leave the folder as it was.
 
+#include "../core/faultyfiles.h"
 #include "../core/tempdir.h"
 #include "../demo/demofixture.h"
 
@@ -366,6 +367,25 @@ TEST_F(QDBuild, RebuildingKeepsABackupThatUndoPutsBackByteForByte) {
     ASSERT_TRUE(again);
     EXPECT_EQ(again.backup, m_target.folder / "Coal.bak");
     EXPECT_EQ(m_ctx->journal().entries().back().command, cs::kBuildConsistCommand);
+}
+
+TEST_F(QDBuild, AFailedWriteLeavesTheOldDocumentWhole) {
+    const auto first = consist(metadata("Coal"), train(1));
+    ASSERT_TRUE(first) << first.detail;
+    const std::string before = test::readFile(first.file);
+    for (WriteStep step : {WriteStep::Create, WriteStep::Write, WriteStep::Sync, WriteStep::Backup, WriteStep::Replace}) {
+        test::FaultyFiles faulty(step, std::errc::no_space_on_device);
+        m_ctx->files().setFileOps(&faulty);
+        const auto r = consist(metadata("Coal"), train(5));
+        m_ctx->files().setFileOps(nullptr);
+        EXPECT_FALSE(r) << writeStepName(step);
+        EXPECT_NE(r.message.find("Coal.bin"), std::string::npos) << r.message;
+        EXPECT_EQ(test::readFile(first.file), before) << writeStepName(step);
+        std::size_t files = 0;
+        for ([[maybe_unused]] const auto& e : fs::directory_iterator(m_target.folder))
+            ++files;
+        EXPECT_EQ(files, 1u) << "no temporary file or backup is left after a failed " << writeStepName(step);
+    }
 }
 
 TEST_F(QDBuild, RefusalsAndAMissingTemplateWriteNothing) {

@@ -120,7 +120,7 @@ std::string flippedOther(const std::string& flipped) { return flipped == "eTrue"
 
 std::optional<PreloadTarget> preloadTarget(AppContext& ctx, const fs::path& folder, std::string& error) {
     std::error_code ec;
-    const fs::path assets = fs::weakly_canonical(ctx.railWorks() / "Assets", ec);
+    const fs::path assets = fs::weakly_canonical(ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets"), ec);
     const fs::path chosen = fs::weakly_canonical(folder, ec);
     const fs::path relative = chosen.lexically_relative(assets);
     std::vector<std::string> parts;
