@@ -33,7 +33,7 @@ Global options:
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
     for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(),
-                         scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(), consistCommands(),
+                         scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(), consistCommands(), qdBuildCommands(),
                          stockCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;

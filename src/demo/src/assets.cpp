@@ -541,11 +541,11 @@ bool writeQuickDrive(Context& ctx, const Vehicle& engine, const Vehicle& wagon) 
     for (const auto& [fragment, vehicle, count] :
          {std::tuple{locoFragment, engine.ref, 1}, std::tuple{rakeFragment, wagon.ref, 6}}) {
         XmlBuilder x("cBlueprintLoader", ctx.rng.id());
-        x.open("Blueprint").open("cConsistFragmentBlueprint").open("ConsistEntry");
+        x.open("Blueprint").open("cConsistFragmentBlueprint");
+        x.str("Name", fragment.id.substr(fragment.id.rfind('\\') + 1)).open("ConsistEntry");
         for (int i = 0; i < count; ++i)
             consistEntry(x, vehicle, false);
         x.close();
-        localisedName(x, "DisplayName", fragment.id.substr(fragment.id.rfind('\\') + 1));
         if (!ctx.out.blueprint(assetFile(fragment), x.finish()))
             return false;
     }
@@ -559,8 +559,10 @@ bool writeQuickDrive(Context& ctx, const Vehicle& engine, const Vehicle& wagon) 
     x.str("EngineType", "Diesel").integer("EraStartYear", "sUInt32", 1998).integer("EraEndYear", "sUInt32", 2050);
     x.integer("DrivingEngineIndex", "sUInt32", 0);
     x.open("ValidBuildAndDriveRoutes");
+    // Ids of their own, so that the generator's random sequence stays as it was.
+    std::int64_t routeId = 700000000;
     for (const auto& route : ctx.cat.routeFolders)
-        x.str("e", route);
+        x.open("cConsistBlueprint-cValidRoute", ++routeId).str("RouteID", route).close();
     x.close();
     x.str("DrivableConsist", "eTrue").str("ConsistType", "eConsistTypeFreightCoal");
     x.str("HasPantograph", "eFalse").str("Has3rdRailShoe", "eFalse").str("Requires4thRail", "eFalse");

@@ -384,6 +384,7 @@ void frmEditor::connectCommands() {
     wire("mnuCTF", &frmEditor::mnuCTF_Click);
     wire("mnuClearTemp", &frmEditor::mnuClearTemp_Click);
     wire("mnuQDPreload", &frmEditor::mnuQDPreload_Click);
+    wire("mnuBuildQD", &frmEditor::mnuBuildQD_Click);
     connect(action("mnuTxt"), &QAction::triggered, this, [this] { mnuTxt_Click(); });
     action("mnuTxt")->setEnabled(true);
     action("mnu2bin")->setCheckable(true);

@@ -154,6 +154,7 @@ public slots:
     void mnuCTF_Click();          // Clear Temp Files
     void mnuClearTemp_Click();    // Clear Railworks\Temp
     void mnuQDPreload_Click();    // PreLoad Folder
+    void mnuBuildQD_Click();      // Build QD Consists or Fragments
     void Command1_Click(); // Highlight XML
     void Command2_Click(); // Find in the tree
     void Command3_Click(); // Find All in the tree

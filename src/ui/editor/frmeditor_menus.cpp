@@ -7,6 +7,7 @@
 #include "../common/desktopui.h"
 #include "../common/windowplace.h"
 #include "../common/frmreport.h"
+#include "../consists/frmqd.h"
 #include "../routes/frmlistrs.h"
 #include "../scenarios/frmconsistdupe.h"
 #include "velmora/assets/assetgrid.h"
@@ -169,7 +170,7 @@ const Waiting kWaiting[] = {
      "Waits for the .ap archive tools"},
     {{"mnuBackup", "mnuInc", "mnuReadWrite", "mnuSelRW", "mnuVer", "mnuWeb"}, "Waits for the backup and housekeeping tools"},
     {{"mnuFindMult"}, "Waits for the search in multiple files"},
-    {{"mnuCheckQD", "mnuBuildQD"}, "Waits for the Quick Drive consist tools"},
+    {{"mnuCheckQD"}, "Waits for the Quick Drive consist tools"},
     {{"mnuAddProv", "mnuDRS", "mnuRouteInfo", "mnuMap"}, "Waits for the route editing tools"},
     {{"mnuMultiMarker", "mnuMkrDCSV", "mnuCSV2DCSV", "mnuMkRW", "mnuNoMarkers"}, "Waits for the marker tools"},
     {{"mnuDeveloper", "mnuDevFolders"}, "Waits for the developer folder tools"},
@@ -368,6 +369,17 @@ void frmEditor::mnuQDPreload_Click() {
     m_ctx.settings.preloadFolder = folder->string();
     m_ctx.settings.editor = currentGeometry();
     m_ctx.writeSettings();
+}
+
+void frmEditor::mnuBuildQD_Click() {
+    // A new screen each time: it starts by asking for the PreLoad folder.
+    auto* screen = new frmQD(m_ctx, this);
+    screen->setAttribute(Qt::WA_DeleteOnClose);
+    if (!screen->opened()) {
+        screen->deleteLater();
+        return;
+    }
+    screen->show();
 }
 
 void frmEditor::mnuClearTemp_Click() {
