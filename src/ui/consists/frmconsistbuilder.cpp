@@ -257,6 +257,9 @@ void frmConsistBuilder::Command2_Click() {
     if (!problems.empty())
         m_ctx.ui().message(problems, Icon::Warning);
     showRows();
+    // Without a consist being built the stock is only kept, for Insert after Selected.
+    if (!m_builder.building())
+        m_status->setText(tr("Kept for Insert after Selected; Add New Consist starts a consist."));
     if (m_grid->rowCount())
         m_grid->scrollToBottom();
 }
