@@ -126,6 +126,7 @@ frmConsistBuilder::frmConsistBuilder(AppContext& ctx, QWidget* parent)
     m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_grid->setWordWrap(false);
     m_grid->horizontalHeader()->setStretchLastSection(true);
+    m_grid->verticalHeader()->setDefaultSectionSize(m_grid->fontMetrics().height() + 6);
 
     auto* save = new QPushButton(tr("&Save"));
     save->setObjectName("Command8");
