@@ -33,7 +33,8 @@ Global options:
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
     for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(),
-                         scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(), consistCommands(), qdBuildCommands(),
+                         scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(), consistCommands(),
+                         consistBuilderCommands(), qdBuildCommands(),
                          stockCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;

@@ -83,6 +83,7 @@ std::vector<Command> stockCommands();
 std::vector<Command> batchSwapCommands();
 std::vector<Command> consistCommands();
 std::vector<Command> qdBuildCommands();
+std::vector<Command> consistBuilderCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

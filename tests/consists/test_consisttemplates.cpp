@@ -3,6 +3,7 @@
 
 #include "../core/faultyfiles.h"
 #include "../core/tempdir.h"
+#include "consistids.h"
 
 #include "velmora/consists/consisttemplates.h"
 #include "velmora/core/appcontext.h"
@@ -24,14 +25,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Ids and keys that come out the same on every run.
-cs::IdSource countingIds() {
-    auto n = std::make_shared<int>(0);
-    cs::IdSource ids;
-    ids.fraction = [n] { return ((*n)++ % 97) / 97.0; };
-    ids.guid = [n] { return "0000000" + std::to_string((*n)++ % 10) + "-1111-4222-8333-444444444444"; };
-    return ids;
-}
+using test::countingIds;
 
 const std::vector<cs::NewVehicle> kTrain = {
     {"Kuju", "RailSimulator", "RailVehicles\\Diesel\\Class66\\Class66.xml", "0"},

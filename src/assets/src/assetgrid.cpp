@@ -165,31 +165,42 @@ bool saveAssetList(WriteService& files, const fs::path& file, ListForm form, con
     return saveIn(files, file, form, table, "Assets", error);
 }
 
-bool loadAssetList(const fs::path& file, ListForm form, std::vector<AssetRow>& rows, std::string* error) {
+bool loadListLines(const fs::path& file, ListForm form, std::vector<ListLine>& lines, std::string* error) {
     if (!FileExists(file)) {
         if (error)
             *error = file.string() + ": the file does not exist or cannot be read";
         return false;
     }
     const std::string text = ReadTextFile(file);
-    std::vector<std::vector<std::string>> table;
+    lines.clear();
     if (form == ListForm::Spreadsheet) {
-        table = readSpreadsheet(text);
+        auto table = readSpreadsheet(text);
+        for (std::size_t i = 0; i < table.size(); ++i)
+            lines.push_back({i + 1, std::move(table[i])});
     } else if (form == ListForm::Csv || form == ListForm::Tabbed) {
-        for (const std::string& line : SplitLines(text))
+        std::size_t number = 0;
+        for (const std::string& line : SplitLines(text)) {
+            ++number;
             if (!line.empty())
-                table.push_back(csvCells(line, form == ListForm::Csv ? ',' : '\t'));
+                lines.push_back({number, csvCells(line, form == ListForm::Csv ? ',' : '\t')});
+        }
     } else {
         if (error)
             *error = file.string() + ": a list is read from .csv, .txt, .tab or .xls";
         return false;
     }
+    if (!lines.empty() && !lines.front().cells.empty() && lines.front().cells[0] == "Provider")
+        lines.erase(lines.begin()); // the header line
+    return true;
+}
+
+bool loadAssetList(const fs::path& file, ListForm form, std::vector<AssetRow>& rows, std::string* error) {
+    std::vector<ListLine> lines;
+    if (!loadListLines(file, form, lines, error))
+        return false;
     rows.clear();
-    for (std::size_t i = 0; i < table.size(); ++i) {
-        if (i == 0 && !table[i].empty() && table[i][0] == "Provider")
-            continue; // the header line
-        rows.push_back(fromCells(std::move(table[i])));
-    }
+    for (ListLine& line : lines)
+        rows.push_back(fromCells(std::move(line.cells)));
     return true;
 }
 

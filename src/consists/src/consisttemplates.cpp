@@ -202,16 +202,26 @@ std::string fillTemplate(std::string text, const std::vector<std::pair<std::stri
     return out;
 }
 
+std::string consistText(const std::string& nameTemplate, const std::string& entryTemplate, const ConsistTemplate& consist) {
+    std::string out = fillTemplate(nameTemplate, {{"zzzzz", consist.id}, {"xxxxx", consist.name}, {"yyyyy", consist.key}});
+    for (const TemplateEntry& e : consist.entries)
+        out += fillTemplate(entryTemplate, {{"aaaaa", e.id},
+                                            {"bbbbb", e.provider},
+                                            {"ccccc", e.product},
+                                            {"ddddd", e.blueprintId},
+                                            {"eeeee", e.flipped.empty() ? "0" : e.flipped}});
+    return out + "\t\t\t</ConsistEntry>\r\n\t\t</cConsistTemplate>\r\n";
+}
+
 std::string newConsistText(const std::string& nameTemplate, const std::string& entryTemplate,
                            const std::string& name, const std::vector<NewVehicle>& vehicles, const IdSource& ids) {
-    std::string out = fillTemplate(nameTemplate, {{"zzzzz", randomId(ids)}, {"xxxxx", documentText(name)}, {"yyyyy", ids.guid()}});
+    ConsistTemplate c;
+    c.id = randomId(ids);
+    c.name = documentText(name);
+    c.key = ids.guid();
     for (const NewVehicle& v : vehicles)
-        out += fillTemplate(entryTemplate, {{"aaaaa", randomId(ids)},
-                                            {"bbbbb", v.provider},
-                                            {"ccccc", v.product},
-                                            {"ddddd", v.blueprintId},
-                                            {"eeeee", v.flipped.empty() ? "0" : v.flipped}});
-    return out + "\t\t\t</ConsistEntry>\r\n\t\t</cConsistTemplate>\r\n";
+        c.entries.push_back({randomId(ids), v.provider, v.product, v.blueprintId, v.flipped});
+    return consistText(nameTemplate, entryTemplate, c);
 }
 
 bool mergedDocument(const std::string& existing, bool exists, const std::string& headerTemplate,
@@ -259,15 +269,27 @@ SaveResult saveNamedConsist(AppContext& ctx, const std::string& name, const std:
     if (!mergedDocument(existing, exists, headerTemplate, newConsistText(nameTemplate, entryTemplate, name, vehicles, use),
                         use, xml))
         return failed(kInvalidFile, r.file.string() + ": there is no </Record> to add the consist before.");
-    // The whole new document is made before the old one is touched.
+    return writeConsistTemplates(ctx, xml, kSaveCommand);
+}
+
+SaveResult writeConsistTemplates(AppContext& ctx, const std::string& xml, const std::string& command) {
+    SaveResult r;
+    r.file = consistTemplatesFile(ctx);
+    // The whole new document is encoded before the old one is touched.
     std::string bin;
     const ConvertResult encoded = xmlTextToBin(xml, bin, r.file.string());
-    if (!encoded || bin.size() <= 8)
-        return failed(kNotWritten, encoded ? r.file.string() + ": the new document came out empty." : encoded.message);
-    JournalCommand entry(&ctx.journal(), kSaveCommand);
+    if (!encoded || bin.size() <= 8) {
+        r.message = kNotWritten;
+        r.detail = encoded ? r.file.string() + ": the new document came out empty." : encoded.message;
+        return r;
+    }
+    JournalCommand entry(&ctx.journal(), command);
     const WriteResult w = ctx.files().write(r.file, bin);
-    if (!w)
-        return failed(kNotWritten, w.message);
+    if (!w) {
+        r.message = kNotWritten;
+        r.detail = w.message;
+        return r;
+    }
     r.ok = true;
     r.message = kReady;
     r.backup = w.backup;

@@ -148,6 +148,7 @@ public slots:
     void mnuDelRoute_Click();     // the route screen
     void mnuOstrand_Click();      // the scenario list, the way into the scenario editor
     void mnuEC_Click();           // Compare Consists: a consist copied into another scenario
+    void mnuBuildCon_Click();     // Build or Edit Consists: the saved consists
     void mnuCSV_Click();          // a saved grid report in frmListRS
     void mnuExcel_Click();
     frmReport* mnuTxt_Click();    // a saved text report in frmReport
@@ -259,6 +260,7 @@ private:
     QPointer<QWidget> m_routeScreen;
     QPointer<QDialog> m_scenarioScreen;
     QPointer<QDialog> m_consistTransfer;
+    QPointer<QDialog> m_consistBuilder;
 
     EditorDocument m_doc;
     std::string m_caption; // the caption before a dirty mark

@@ -9,6 +9,7 @@
 #include "../common/frmreport.h"
 #include "../consists/frmqd.h"
 #include "../routes/frmlistrs.h"
+#include "../consists/frmconsistbuilder.h"
 #include "../scenarios/frmconsistdupe.h"
 #include "velmora/assets/assetgrid.h"
 #include "velmora/core/services.h"
@@ -175,7 +176,6 @@ const Waiting kWaiting[] = {
     {{"mnuMultiMarker", "mnuMkrDCSV", "mnuCSV2DCSV", "mnuMkRW", "mnuNoMarkers"}, "Waits for the marker tools"},
     {{"mnuDeveloper", "mnuDevFolders"}, "Waits for the developer folder tools"},
     {{"mnuCnt"}, "Waits for the content editor"},
-    {{"mnuBuildCon"}, "Waits for the consist editors"},
     {{"mnuPackAss", "mnuReskin", "mnuPack", "mnuPackSce"}, "Waits for the packaging tools"},
     {{"mnuSP"}, "Not needed here: pictures are shown without SuperPicture2.ocx"},
     {{"mnuEmail"}, "Waits for the mail screen"},
@@ -313,6 +313,21 @@ void frmEditor::mnuEC_Click() {
     }
     m_consistTransfer->show();
     m_consistTransfer->raise();
+}
+
+void frmEditor::mnuBuildCon_Click() {
+    // Made on first use and kept; without saved consists the user may decline to start any.
+    if (!m_consistBuilder) {
+        auto* screen = new frmConsistBuilder(m_ctx, this);
+        screen->setAttribute(Qt::WA_DeleteOnClose);
+        if (!screen->opened()) {
+            delete screen;
+            return;
+        }
+        m_consistBuilder = screen;
+    }
+    m_consistBuilder->show();
+    m_consistBuilder->raise();
 }
 
 void frmEditor::mnuCSV_Click() { openGridReport("Comma Separated (*.csv)|*.csv"); }

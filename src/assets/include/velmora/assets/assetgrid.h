@@ -41,6 +41,14 @@ bool saveList(WriteService& files, const fs::path& file, const std::vector<std::
 // kept as its numbered backup). True when the whole file was written; else `error` says why.
 bool saveAssetList(WriteService& files, const fs::path& file, ListForm form, const std::vector<AssetRow>& rows,
                    std::string* error = nullptr);
+// The cells of each row of a list saved in any of the forms, with the line (the sheet's row for
+// a spreadsheet) it stands on, 1-based; the header line is left out. False with a message
+// naming the file when it cannot be read.
+struct ListLine {
+    std::size_t line = 0;
+    std::vector<std::string> cells;
+};
+bool loadListLines(const fs::path& file, ListForm form, std::vector<ListLine>& lines, std::string* error = nullptr);
 // Reads a list saved in any of the forms; the header line is left out. False with a message
 // naming the file when it cannot be read.
 bool loadAssetList(const fs::path& file, ListForm form, std::vector<AssetRow>& rows, std::string* error = nullptr);

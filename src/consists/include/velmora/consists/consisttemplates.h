@@ -99,6 +99,11 @@ struct NewVehicle {
     std::string flipped; // "0" or "1"; empty counts as "0"
 };
 
+// The text of one consist as the document holds it: the name template filled with its id, name
+// and key, one entry template a vehicle in order, and the closing lines. All texts as the
+// document holds them.
+std::string consistText(const std::string& nameTemplate, const std::string& entryTemplate, const ConsistTemplate& consist);
+
 // The text of one new consist: the name template with a new id, the name and a new key, one
 // entry a vehicle in order, and the closing lines. `name` is UTF-8 as typed.
 std::string newConsistText(const std::string& nameTemplate, const std::string& entryTemplate,
@@ -119,6 +124,10 @@ struct SaveResult {
     bool created = false;
     explicit operator bool() const { return ok; }
 };
+
+// The whole document text encoded in full, then, only when that gave a document, written over
+// ConsistTemplates.bin with its numbered backup as one journal entry named `command`.
+SaveResult writeConsistTemplates(AppContext& ctx, const std::string& xml, const std::string& command);
 
 // "Save as Named Consist": the consist added to ConsistTemplates.bin (a new file when there is
 // none), encoded in full before anything is written, then written with a numbered backup as

@@ -4,6 +4,7 @@
 // blueprint's path; the stock is then read from its blueprint exactly as a row of Available
 // Stock is, so that a swap installs it the same way (reskin values included).
 
+#include "velmora/assets/indexrow.h"
 #include "velmora/scenarios/swap.h"
 
 #include <optional>
@@ -15,15 +16,9 @@ namespace velmora::scenarios {
 extern const char* const kNoIndexFile;     // "You do not appear to have generated an Index.csv file."
 extern const char* const kNoIndexSelection; // "You do not appear to have selected any rolling stock"
 
-// The five values of an index row (Provider, Product, Path, Name, In Scene, Category, ...):
-// columns 0, 1, 3, 5 and 2, trimmed. `path` is below the product as the index holds it.
-struct IndexStock {
-    std::string provider, product, name, category, path;
-};
-
-// Empty with `error` set when the row has too few cells, a cell it needs is empty, or the
-// provider, product or path would lead anywhere but a file below Assets.
-std::optional<IndexStock> readIndexRow(const std::vector<std::string>& cells, std::string& error);
+// Index rows are read as the asset library reads them.
+using assets::IndexStock;
+using assets::readIndexRow;
 
 // The stock of an index row as chooseStock gives it for Provider\Product\path: the blueprint is
 // read for its name, category and reskin values. Empty with `error` set (naming the row's stock
