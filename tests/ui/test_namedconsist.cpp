@@ -86,7 +86,7 @@ private slots:
         QCOMPARE(bytesOf(file().string() + ".bak"), before);
         const cs::ReadResult r = cs::readConsistTemplates(*m_ctx);
         QVERIFY(r.ok());
-        QCOMPARE(r.doc.consists.size(), std::size_t(4));
+        QCOMPARE(r.doc.consists.size(), std::size_t(5)); // the demo's four and the new one
         QCOMPARE(utf8FromDocument(cs::shownName(r.doc.consists.back().name)), name);
         QCOMPARE(r.doc.consists.back().entries.size(), e->document().consists[0].vehicles.size());
         QVERIFY(!e->changed()); // the scenario itself is not changed
