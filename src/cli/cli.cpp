@@ -34,7 +34,7 @@ std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
     for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(),
                          scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(), consistCommands(),
-                         stockCommands(), historyCommands()})
+                         stockCommands(), historyCommands(), qdCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

@@ -82,6 +82,7 @@ std::vector<Command> historyCommands();
 std::vector<Command> stockCommands();
 std::vector<Command> batchSwapCommands();
 std::vector<Command> consistCommands();
+std::vector<Command> qdCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

@@ -538,6 +538,13 @@ bool writeQuickDrive(Context& ctx, const Vehicle& engine, const Vehicle& wagon) 
     const std::string& Q = engine.ref.product;
     Ref locoFragment{P, Q, "PreLoad\\Fragments\\Class66_Loco_Fragment.xml"};
     Ref rakeFragment{P, Q, "PreLoad\\Fragments\\HTA_Rake_Fragment.xml"};
+    // What the manifest records of each document: the Quick Drive check is tested against it.
+    auto record = [&](const Ref& document, const char* kind, const std::string& name, const std::vector<Ref>& names) {
+        ManifestQuickDrive q{assetFile(document), kind, name, {}};
+        for (const Ref& r : names)
+            q.entries.push_back({r.provider, r.product, r.id, false, false});
+        ctx.manifest.quickDrive.push_back(std::move(q));
+    };
     for (const auto& [fragment, vehicle, count] :
          {std::tuple{locoFragment, engine.ref, 1}, std::tuple{rakeFragment, wagon.ref, 6}}) {
         XmlBuilder x("cBlueprintLoader", ctx.rng.id());
@@ -545,9 +552,11 @@ bool writeQuickDrive(Context& ctx, const Vehicle& engine, const Vehicle& wagon) 
         for (int i = 0; i < count; ++i)
             consistEntry(x, vehicle, false);
         x.close();
-        localisedName(x, "DisplayName", fragment.id.substr(fragment.id.rfind('\\') + 1));
+        const std::string name = fragment.id.substr(fragment.id.rfind('\\') + 1);
+        localisedName(x, "DisplayName", name);
         if (!ctx.out.blueprint(assetFile(fragment), x.finish()))
             return false;
+        record(fragment, "fragment", name, std::vector<Ref>(static_cast<std::size_t>(count), vehicle));
     }
     XmlBuilder x("cBlueprintLoader", ctx.rng.id());
     x.open("Blueprint").open("cConsistBlueprint").open("ConsistEntry");
@@ -564,7 +573,9 @@ bool writeQuickDrive(Context& ctx, const Vehicle& engine, const Vehicle& wagon) 
     x.close();
     x.str("DrivableConsist", "eTrue").str("ConsistType", "eConsistTypeFreightCoal");
     x.str("HasPantograph", "eFalse").str("Has3rdRailShoe", "eFalse").str("Requires4thRail", "eFalse");
-    return ctx.out.blueprint(assetFile(P, Q, "PreLoad\\Class66_Coal_QD", ".bin"), x.finish());
+    const Ref consist{P, Q, "PreLoad\\Class66_Coal_QD.xml"};
+    record(consist, "consist", "Class 66 with HTA coal hoppers", {locoFragment, rakeFragment});
+    return ctx.out.blueprint(assetFile(consist), x.finish());
 }
 
 // ---------------------------------------------------------------------------------------------
