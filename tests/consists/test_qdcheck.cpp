@@ -167,6 +167,13 @@ TEST_F(QdCheckTest, AHostileTreeIsWalkedToTheEndAndEveryFaultNamed) {
     EXPECT_NE(report.find("Outside\\HTA_Coal.xml"), std::string::npos);
 }
 
+TEST_F(QdCheckTest, AbortStopsTheWalkWithNothingListed) {
+    m_ui.cancelAfter(0);
+    const cs::QdListing listing = cs::checkQuickDrive(*m_ctx, rw() / "Assets", 2, &m_ui);
+    EXPECT_TRUE(listing.stopped);
+    EXPECT_TRUE(listing.documents.empty());
+}
+
 TEST_F(QdCheckTest, AnUnreadableFolderIsNamedAndTheRestListed) {
     if (::geteuid() == 0)
         GTEST_SKIP() << "every folder is readable to root";

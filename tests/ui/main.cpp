@@ -15,6 +15,7 @@ int runTestThemes(int argc, char** argv);
 int runTestBatchSwap(int argc, char** argv);
 int runTestScenarioDetails(int argc, char** argv);
 int runTestNamedConsist(int argc, char** argv);
+int runTestQdCheck(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -22,7 +23,8 @@ int main(int argc, char** argv) {
     int failed = 0;
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
                      runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
-                     runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist})
+                     runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
+                     runTestQdCheck})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

@@ -9,6 +9,7 @@
 #include "velmora/core/convert.h"
 #include "velmora/core/parallel.h"
 #include "velmora/core/services.h"
+#include "velmora/core/textboundary.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/core/xmltext.h"
 
@@ -18,6 +19,7 @@
 
 namespace velmora::consists {
 
+const char* const kQdMissingWord = "missing";
 const char* const kQdMissingHeading = "The following items were missing/not found (could be in .ap files)) ";
 
 namespace {
@@ -211,6 +213,46 @@ std::string qdMissingReport(const QdListing& listing) {
             if (e.missing)
                 out += d.path + ": " + e.provider + "\\" + e.product + "\\" + e.blueprint + "\n";
     return out.empty() ? out : std::string(kQdMissingHeading) + "\n" + out;
+}
+
+const std::vector<std::string>& qdGridHeader() {
+    static const std::vector<std::string> header{"Document", "Kind",    "Name",      "Engine Type", "Era",   "Drivable",
+                                                 "Provider", "Product", "Blueprint", "Flipped",     "Status"};
+    return header;
+}
+
+std::vector<std::vector<std::string>> qdGridRows(const QdListing& listing, QdView view) {
+    std::vector<std::vector<std::string>> rows;
+    const QdKind kind = view == QdView::Fragments ? QdKind::Fragment : QdKind::Consist;
+    for (const QdDocument& d : listing.documents) {
+        if (d.kind != kind)
+            continue;
+        const bool consist = d.kind == QdKind::Consist;
+        std::vector<std::string> head{d.path,
+                                      qdKindName(d.kind),
+                                      utf8FromDocument(d.name),
+                                      d.engineType,
+                                      consist ? std::to_string(d.eraStart) + "-" + std::to_string(d.eraEnd) : "",
+                                      consist ? (d.drivable ? "Yes" : "No") : ""};
+        if (view == QdView::AllConsists || d.entries.empty()) {
+            auto row = head;
+            const std::size_t missing = d.missingCount();
+            row.insert(row.end(), {"", "", std::to_string(d.entries.size()) + " entries", "",
+                                   missing ? std::to_string(missing) + " " + kQdMissingWord : ""});
+            rows.push_back(std::move(row));
+            continue;
+        }
+        for (const QdEntry& e : d.entries) {
+            if (InStr(1, e.blueprint, "\\Simulation", Match::Text))
+                continue;
+            auto row = head;
+            row.insert(row.end(), {utf8FromDocument(shownName(e.provider)), utf8FromDocument(shownName(e.product)),
+                                   utf8FromDocument(shownName(e.blueprint)),
+                                   e.flipped ? "eTrue" : "eFalse", e.missing ? kQdMissingWord : ""});
+            rows.push_back(std::move(row));
+        }
+    }
+    return rows;
 }
 
 } // namespace velmora::consists

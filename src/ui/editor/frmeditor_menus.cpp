@@ -169,7 +169,7 @@ const Waiting kWaiting[] = {
      "Waits for the .ap archive tools"},
     {{"mnuBackup", "mnuInc", "mnuReadWrite", "mnuSelRW", "mnuVer", "mnuWeb"}, "Waits for the backup and housekeeping tools"},
     {{"mnuFindMult"}, "Waits for the search in multiple files"},
-    {{"mnuCheckQD", "mnuBuildQD"}, "Waits for the Quick Drive consist tools"},
+    {{"mnuBuildQD"}, "Waits for the Quick Drive consist tools"},
     {{"mnuAddProv", "mnuDRS", "mnuRouteInfo", "mnuMap"}, "Waits for the route editing tools"},
     {{"mnuMultiMarker", "mnuMkrDCSV", "mnuCSV2DCSV", "mnuMkRW", "mnuNoMarkers"}, "Waits for the marker tools"},
     {{"mnuDeveloper", "mnuDevFolders"}, "Waits for the developer folder tools"},

@@ -69,4 +69,14 @@ extern const char* const kQdMissingHeading;
 // The report: the heading and one line per missing entry, "<document>: provider\product\path".
 std::string qdMissingReport(const QdListing& listing);
 
+// The grid of the check screen, in UTF-8. The checks give a row for each entry of each document
+// of their kind (entries below a Simulation folder give none; a document without entries one
+// row); List All gives a row for each consist with the number of missing entries.
+enum class QdView { Consists, Fragments, AllConsists };
+const std::vector<std::string>& qdGridHeader();
+constexpr int kQdDocumentColumn = 0;
+constexpr int kQdStatusColumn = 10;
+extern const char* const kQdMissingWord; // "missing", in the status column
+std::vector<std::vector<std::string>> qdGridRows(const QdListing& listing, QdView view);
+
 } // namespace velmora::consists

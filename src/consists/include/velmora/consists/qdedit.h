@@ -36,6 +36,12 @@ std::optional<std::string> drivableValue(const std::string& typed);
 // The stored form of a consist type: blanks removed, a leading "e" when missing.
 std::string consistTypeValue(const std::string& typed);
 
+// The consist types a user chooses from, as the screen lists them ("Consist Type Freight Coal").
+const std::vector<std::string>& qdConsistTypes();
+// A stored type as the list shows it: "eConsistTypeFreightCoal" becomes "Consist Type Freight
+// Coal"; a type the list lacks comes back as it is.
+std::string consistTypeCaption(const std::string& stored);
+
 // The changed text; false with `error` when a value is refused or the document is not a
 // consist.
 bool applyQdChanges(std::string& xml, const QdChanges& changes, std::string& error);
