@@ -99,6 +99,30 @@ TEST_F(QdCheckTest, TheWalkAgreesWithTheDemoManifest) {
             }
         }
     }
+    // Every fault the Quick Drive check must find is a missing entry of the document named.
+    const QJsonArray faults = QJsonDocument::fromJson([&] {
+                                  f.seek(0);
+                                  return f.readAll();
+                              }())
+                                  .object()["faults"]
+                                  .toArray();
+    const cs::QdListing listing = cs::checkQuickDrive(*m_ctx, rw() / "Assets", 0, nullptr);
+    int qdFaults = 0;
+    for (const auto& v : faults) {
+        const QJsonObject fault = v.toObject();
+        if (str(fault["check"]) != "qd")
+            continue;
+        ++qdFaults;
+        bool found = false;
+        for (const auto& d : listing.documents)
+            if (d.path == str(fault["referencedBy"]))
+                for (const auto& e : d.entries)
+                    found = found || (e.missing && e.blueprint == str(fault["reference"]));
+        EXPECT_TRUE(found) << str(fault["path"]);
+    }
+    EXPECT_EQ(static_cast<std::size_t>(qdFaults), listing.missingCount());
+    EXPECT_GT(qdFaults, 0);
+
     // The consist's own values, as the generator wrote them.
     cs::QdDocument d;
     ASSERT_TRUE(cs::parseQuickDrive(decode(demoConsist()), d));

@@ -558,6 +558,24 @@ bool writeQuickDrive(Context& ctx, const Vehicle& engine, const Vehicle& wagon) 
             return false;
         record(fragment, "fragment", name, std::vector<Ref>(static_cast<std::size_t>(count), vehicle));
     }
+    // A fragment left behind when its wagon was withdrawn: the wagon's blueprint is gone.
+    const Ref withdrawnFragment{P, Q, "PreLoad\\Fragments\\HTA_Withdrawn_Fragment.xml"};
+    const Ref withdrawn{P, Q, "RailVehicles\\Freight\\HTA\\HTA_Withdrawn.xml"};
+    {
+        XmlBuilder x("cBlueprintLoader", ctx.rng.id());
+        x.open("Blueprint").open("cConsistFragmentBlueprint").open("ConsistEntry");
+        consistEntry(x, wagon.ref, false);
+        consistEntry(x, withdrawn, true);
+        x.close();
+        localisedName(x, "DisplayName", "HTA_Withdrawn_Fragment.xml");
+        if (!ctx.out.blueprint(assetFile(withdrawnFragment), x.finish()))
+            return false;
+        record(withdrawnFragment, "fragment", "HTA_Withdrawn_Fragment.xml", {wagon.ref, withdrawn});
+        ctx.manifest.quickDrive.back().entries[1].flipped = true;
+        ctx.manifest.quickDrive.back().entries[1].missing = true;
+        ctx.manifest.add(makeFault("missing-qd-entry", "qd", assetFile(withdrawn), assetFile(withdrawnFragment), withdrawn.id,
+                                   "the Quick Drive check lists the fragment's second entry as missing"));
+    }
     XmlBuilder x("cBlueprintLoader", ctx.rng.id());
     x.open("Blueprint").open("cConsistBlueprint").open("ConsistEntry");
     consistEntry(x, locoFragment, false);
