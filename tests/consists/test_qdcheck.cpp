@@ -191,6 +191,19 @@ TEST_F(QdCheckTest, AHostileTreeIsWalkedToTheEndAndEveryFaultNamed) {
     EXPECT_NE(report.find("Outside\\HTA_Coal.xml"), std::string::npos);
 }
 
+TEST_F(QdCheckTest, OnlyPreLoadFoldersBelowTheStartCount) {
+    test::TempDir temp;
+    const fs::path root = temp / "PreLoad copies";
+    fs::create_directories(root / "Assets/P/Q/RailVehicles");
+    fs::create_directories(root / "Assets/P/Q/preload");
+    fs::copy_file(demoConsist(), root / "Assets/P/Q/RailVehicles/NotQD.bin");
+    fs::copy_file(demoConsist(), root / "Assets/P/Q/preload/QD.BIN");
+    auto ctx = contextOn(root);
+    const cs::QdListing listing = cs::checkQuickDrive(*ctx, root / "Assets", 1, nullptr);
+    ASSERT_EQ(listing.documents.size(), 1u);
+    EXPECT_EQ(listing.documents[0].path, "Assets/P/Q/preload/QD.BIN");
+}
+
 TEST_F(QdCheckTest, AbortStopsTheWalkWithNothingListed) {
     m_ui.cancelAfter(0);
     const cs::QdListing listing = cs::checkQuickDrive(*m_ctx, rw() / "Assets", 2, &m_ui);

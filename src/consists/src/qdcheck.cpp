@@ -142,6 +142,7 @@ QdListing checkQuickDrive(AppContext& ctx, const fs::path& folder, int threads, 
     if (ui)
         ui->beginProgress("Looking for Quick Drive documents in " + start.string(), 0);
     long seen = 0;
+    const std::size_t startLength = (ec ? folder : start).string().size();
     scan.FileMatch = [&](const std::string& path, const std::string& name) {
         if (ui && ++seen % 256 == 0) {
             ui->progress(seen, "Looking at " + path);
@@ -149,7 +150,11 @@ QdListing checkQuickDrive(AppContext& ctx, const fs::path& folder, int threads, 
             if (ui->cancelled())
                 scan.StopScan();
         }
-        if (isQuickDrivePath(path + name))
+        // Only the part below the start folder counts: a root that happens to hold "PreLoad" in
+        // its own path does not make every blueprint a Quick Drive document.
+        const std::string full = path + name;
+        const std::string_view below = std::string_view(full).substr(std::min(full.size(), startLength));
+        if (isQuickDrivePath(below))
             candidates.push_back(fs::path(path) / name);
     };
     scan.StartScan(ec ? folder : start, true, false, true, false);
