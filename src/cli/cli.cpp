@@ -34,7 +34,7 @@ std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
     for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(),
                          scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(), consistCommands(),
-                         consistBuilderCommands(), qdBuildCommands(),
+                         consistBuilderCommands(), qdBuildCommands(), qdCommands(),
                          stockCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;

@@ -84,6 +84,7 @@ std::vector<Command> batchSwapCommands();
 std::vector<Command> consistCommands();
 std::vector<Command> qdBuildCommands();
 std::vector<Command> consistBuilderCommands();
+std::vector<Command> qdCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

@@ -17,6 +17,7 @@ int runTestScenarioDetails(int argc, char** argv);
 int runTestNamedConsist(int argc, char** argv);
 int runTestQDBuild(int argc, char** argv);
 int runTestConsistBuilder(int argc, char** argv);
+int runTestQdCheck(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -25,7 +26,7 @@ int main(int argc, char** argv) {
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
                      runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
-                     runTestQDBuild, runTestConsistBuilder})
+                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

@@ -139,7 +139,7 @@ private slots:
         QVERIFY(!editor->action("mnuBackup")->isEnabled()); // its tool is not built yet
         QVERIFY(editor->action("mnuDont")->isEnabled());
         // What works is live; what does not says what it waits for.
-        for (const char* name : {"mnuCSV", "mnuExcel", "mnuTxt", "mnuCTF", "mnuClearTemp", "mnuQDPreload"})
+        for (const char* name : {"mnuCSV", "mnuExcel", "mnuTxt", "mnuCTF", "mnuClearTemp", "mnuQDPreload", "mnuCheckQD"})
             QVERIFY2(editor->action(name)->isEnabled(), name);
         QCOMPARE(editor->action("mnuBackup")->toolTip(), QString("Waits for the backup and housekeeping tools"));
         QCOMPARE(editor->action("mnuSaveRS")->toolTip(), QString("Works while a document is open"));

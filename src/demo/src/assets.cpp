@@ -538,16 +538,43 @@ bool writeQuickDrive(Context& ctx, const Vehicle& engine, const Vehicle& wagon) 
     const std::string& Q = engine.ref.product;
     Ref locoFragment{P, Q, "PreLoad\\Fragments\\Class66_Loco_Fragment.xml"};
     Ref rakeFragment{P, Q, "PreLoad\\Fragments\\HTA_Rake_Fragment.xml"};
+    // What the manifest records of each document: the Quick Drive check is tested against it.
+    auto record = [&](const Ref& document, const char* kind, const std::string& name, const std::vector<Ref>& names) {
+        ManifestQuickDrive q{assetFile(document), kind, name, {}};
+        for (const Ref& r : names)
+            q.entries.push_back({r.provider, r.product, r.id, false, false});
+        ctx.manifest.quickDrive.push_back(std::move(q));
+    };
     for (const auto& [fragment, vehicle, count] :
          {std::tuple{locoFragment, engine.ref, 1}, std::tuple{rakeFragment, wagon.ref, 6}}) {
         XmlBuilder x("cBlueprintLoader", ctx.rng.id());
         x.open("Blueprint").open("cConsistFragmentBlueprint");
-        x.str("Name", fragment.id.substr(fragment.id.rfind('\\') + 1)).open("ConsistEntry");
+        const std::string name = fragment.id.substr(fragment.id.rfind('\\') + 1);
+        x.str("Name", name).open("ConsistEntry");
         for (int i = 0; i < count; ++i)
             consistEntry(x, vehicle, false);
         x.close();
         if (!ctx.out.blueprint(assetFile(fragment), x.finish()))
             return false;
+        record(fragment, "fragment", name, std::vector<Ref>(static_cast<std::size_t>(count), vehicle));
+    }
+    // A fragment left behind when its wagon was withdrawn: the wagon's blueprint is gone.
+    const Ref withdrawnFragment{P, Q, "PreLoad\\Fragments\\HTA_Withdrawn_Fragment.xml"};
+    const Ref withdrawn{P, Q, "RailVehicles\\Freight\\HTA\\HTA_Withdrawn.xml"};
+    {
+        XmlBuilder x("cBlueprintLoader", ctx.rng.id());
+        x.open("Blueprint").open("cConsistFragmentBlueprint");
+        x.str("Name", "HTA_Withdrawn_Fragment.xml").open("ConsistEntry");
+        consistEntry(x, wagon.ref, false);
+        consistEntry(x, withdrawn, true);
+        x.close();
+        if (!ctx.out.blueprint(assetFile(withdrawnFragment), x.finish()))
+            return false;
+        record(withdrawnFragment, "fragment", "HTA_Withdrawn_Fragment.xml", {wagon.ref, withdrawn});
+        ctx.manifest.quickDrive.back().entries[1].flipped = true;
+        ctx.manifest.quickDrive.back().entries[1].missing = true;
+        ctx.manifest.add(makeFault("missing-qd-entry", "qd", assetFile(withdrawn), assetFile(withdrawnFragment), withdrawn.id,
+                                   "the Quick Drive check lists the fragment's second entry as missing"));
     }
     XmlBuilder x("cBlueprintLoader", ctx.rng.id());
     x.open("Blueprint").open("cConsistBlueprint").open("ConsistEntry");
@@ -566,7 +593,9 @@ bool writeQuickDrive(Context& ctx, const Vehicle& engine, const Vehicle& wagon) 
     x.close();
     x.str("DrivableConsist", "eTrue").str("ConsistType", "eConsistTypeFreightCoal");
     x.str("HasPantograph", "eFalse").str("Has3rdRailShoe", "eFalse").str("Requires4thRail", "eFalse");
-    return ctx.out.blueprint(assetFile(P, Q, "PreLoad\\Class66_Coal_QD", ".bin"), x.finish());
+    const Ref consist{P, Q, "PreLoad\\Class66_Coal_QD.xml"};
+    record(consist, "consist", "Class 66 with HTA coal hoppers", {locoFragment, rakeFragment});
+    return ctx.out.blueprint(assetFile(consist), x.finish());
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -122,6 +122,20 @@ std::string Manifest::json() const {
         o += "]}";
     }
     o += savedConsists.empty() ? "],\n" : "\n  ],\n";
+    o += "  \"quickDrive\": [\n";
+    for (std::size_t i = 0; i < quickDrive.size(); ++i) {
+        const auto& q = quickDrive[i];
+        o += "    {\"path\": " + jsonString(q.path) + ", \"kind\": " + jsonString(q.kind) + ", \"name\": " +
+             jsonString(q.name) + ", \"entries\": [";
+        for (std::size_t k = 0; k < q.entries.size(); ++k) {
+            const auto& e = q.entries[k];
+            o += std::string(k ? ", " : "") + "{\"provider\": " + jsonString(e.provider) + ", \"product\": " +
+                 jsonString(e.product) + ", \"blueprint\": " + jsonString(e.blueprint) + ", \"flipped\": " +
+                 boolText(e.flipped) + ", \"missing\": " + boolText(e.missing) + "}";
+        }
+        o += std::string("]}") + (i + 1 < quickDrive.size() ? ",\n" : "\n");
+    }
+    o += "  ],\n";
 
     o += "  \"faults\": [\n";
     for (std::size_t i = 0; i < faults.size(); ++i) {

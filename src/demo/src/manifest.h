@@ -72,6 +72,19 @@ struct ManifestProduct {
     std::string archive; // product-level .ap, root-relative, or ""
 };
 
+// A Quick Drive consist or fragment and what it names, blueprints as the document writes them.
+struct ManifestQdEntry {
+    std::string provider, product, blueprint;
+    bool flipped = false;
+    bool missing = false; // no blueprint of that path below Assets
+};
+struct ManifestQuickDrive {
+    std::string path; // root-relative
+    std::string kind; // "consist" or "fragment"
+    std::string name;
+    std::vector<ManifestQdEntry> entries;
+};
+
 struct Manifest {
     std::uint64_t seed = 0;
     int scale = 1;
@@ -79,6 +92,7 @@ struct Manifest {
     std::vector<ManifestRoute> routes;
     std::vector<ManifestSavedConsist> savedConsists;
     std::vector<Fault> faults;
+    std::vector<ManifestQuickDrive> quickDrive;
     std::vector<std::pair<std::string, std::size_t>> counts;
 
     Fault& add(Fault f) {

@@ -1,4 +1,6 @@
 #include "frmeditor.h"
+
+#include "../consists/frmcheckqd.h"
 #include "../common/numberedview.h"
 
 #include "../common/frmabout.h"
@@ -386,6 +388,15 @@ void frmEditor::connectCommands() {
     wire("mnuClearTemp", &frmEditor::mnuClearTemp_Click);
     wire("mnuQDPreload", &frmEditor::mnuQDPreload_Click);
     wire("mnuBuildQD", &frmEditor::mnuBuildQD_Click);
+    // The Quick Drive check: made on first use, kept while the program runs.
+    connect(action("mnuCheckQD"), &QAction::triggered, this, [this] {
+        auto* screen = findChild<frmCheckQD*>();
+        if (!screen)
+            screen = new frmCheckQD(m_ctx, this);
+        screen->show();
+        screen->raise();
+    });
+    action("mnuCheckQD")->setEnabled(true);
     connect(action("mnuTxt"), &QAction::triggered, this, [this] { mnuTxt_Click(); });
     action("mnuTxt")->setEnabled(true);
     action("mnu2bin")->setCheckable(true);

@@ -171,7 +171,6 @@ const Waiting kWaiting[] = {
      "Waits for the .ap archive tools"},
     {{"mnuBackup", "mnuInc", "mnuReadWrite", "mnuSelRW", "mnuVer", "mnuWeb"}, "Waits for the backup and housekeeping tools"},
     {{"mnuFindMult"}, "Waits for the search in multiple files"},
-    {{"mnuCheckQD"}, "Waits for the Quick Drive consist tools"},
     {{"mnuAddProv", "mnuDRS", "mnuRouteInfo", "mnuMap"}, "Waits for the route editing tools"},
     {{"mnuMultiMarker", "mnuMkrDCSV", "mnuCSV2DCSV", "mnuMkRW", "mnuNoMarkers"}, "Waits for the marker tools"},
     {{"mnuDeveloper", "mnuDevFolders"}, "Waits for the developer folder tools"},
