@@ -7,6 +7,7 @@
 #include "../core/tempdir.h"
 
 #include "velmora/consists/qdcheck.h"
+#include "velmora/consists/qdbuild.h"
 #include "velmora/consists/qdedit.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/journal.h"
@@ -41,7 +42,8 @@ protected:
 
     // A context on a tree of its own, for walks and edits that must not touch the shared install.
     std::unique_ptr<AppContext> contextOn(const fs::path& root) {
-        auto ctx = std::make_unique<AppContext>(root / "home", s_dir / "data", m_ui);
+        // The program's own templates: an edit that adds a route fills Templates/QD6.txt.
+        auto ctx = std::make_unique<AppContext>(root / "home", fs::path(VELMORA_SOURCE_DIR) / "data", m_ui);
         ctx->setRailWorksOverride(root);
         return ctx;
     }

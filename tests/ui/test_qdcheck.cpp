@@ -57,7 +57,7 @@ private slots:
     }
     void cleanupTestCase() { m_demo.remove(); }
     void init() {
-        m_demo.start();
+        m_demo.start(true); // an edit that adds a route fills the program's Templates/QD6.txt
         m_demo.ui->prompts.clear(); // what start-up said of the missing language table
     }
 

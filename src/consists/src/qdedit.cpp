@@ -3,6 +3,7 @@
 #include "velmora/consists/qdedit.h"
 
 #include "velmora/consists/consisttemplates.h"
+#include "velmora/consists/qdbuild.h"
 #include "velmora/consists/qdcheck.h"
 
 #include "velmora/core/appcontext.h"
@@ -110,32 +111,8 @@ std::optional<std::string> drivableValue(const std::string& typed) {
     return std::nullopt;
 }
 
-std::string consistTypeValue(const std::string& typed) {
-    std::string out;
-    for (char c : typed)
-        if (c != ' ')
-            out += c;
-    if (!out.empty() && out[0] != 'e')
-        out.insert(out.begin(), 'e');
-    return out;
-}
-
-const std::vector<std::string>& qdConsistTypes() {
-    static const std::vector<std::string> types{
-        "Consist Type Passenger Regional", "Consist Type Passenger Fast",     "Consist Type Passenger Intercity",
-        "Consist Type Passenger International", "Consist Type Passenger Commuter", "Consist Type Passenger Scrap",
-        "Consist Type Freight Coal",       "Consist Type Freight Gravel",     "Consist Type Freight Oil",
-        "Consist Type Freight Wood",       "Consist Type Freight Paper",      "Consist Type Freight Livestock",
-        "Consist Type Freight Nuclear Flask", "Consist Type Freight Container", "Consist Type Freight Scrap",
-        "Consist Type Preserved",          "Consist Type Custom 1",           "Consist Type Custom 2",
-        "Consist Type Custom 3",           "Consist Type Custom 4",           "Consist Type Custom 5",
-        "Consist Type Custom 6",           "Consist Type Custom 7",           "Consist Type Custom 8",
-        "Consist Type Do Not Spawn"};
-    return types;
-}
-
 std::string consistTypeCaption(const std::string& stored) {
-    for (const auto& caption : qdConsistTypes())
+    for (const auto& caption : consistTypes())
         if (consistTypeValue(caption) == stored)
             return caption;
     return stored;

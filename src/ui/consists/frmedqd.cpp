@@ -4,6 +4,7 @@
 #include "../common/windowplace.h"
 
 #include "velmora/consists/qdcheck.h"
+#include "velmora/consists/qdbuild.h"
 #include "velmora/consists/qdedit.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/textboundary.h"
@@ -51,7 +52,7 @@ frmEdQD::frmEdQD(AppContext& ctx, const std::filesystem::path& file, QWidget* pa
     m_type = new QComboBox;
     m_type->setObjectName("Combo1");
     m_type->setEditable(true);
-    for (const auto& t : consists::qdConsistTypes())
+    for (const auto& t : consists::consistTypes())
         m_type->addItem(toQt(t));
     form->addRow(tr("Consist Type"), m_type);
 

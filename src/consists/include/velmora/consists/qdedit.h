@@ -34,12 +34,7 @@ struct QdChanges {
 
 // "eTrue"/"eFalse" for the four spellings the screen accepts, else nothing.
 std::optional<std::string> drivableValue(const std::string& typed);
-// The stored form of a consist type: blanks removed, a leading "e" when missing.
-std::string consistTypeValue(const std::string& typed);
-
-// The consist types a user chooses from, as the screen lists them ("Consist Type Freight Coal").
-const std::vector<std::string>& qdConsistTypes();
-// A stored type as the list shows it: "eConsistTypeFreightCoal" becomes "Consist Type Freight
+// A stored type (the types and their stored form: consistTypes, consistTypeValue in qdbuild.h) as the list shows it: "eConsistTypeFreightCoal" becomes "Consist Type Freight
 // Coal"; a type the list lacks comes back as it is.
 std::string consistTypeCaption(const std::string& stored);
 
