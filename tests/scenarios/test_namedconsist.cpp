@@ -29,7 +29,7 @@ TEST_F(NamedConsist, AScenarioConsistJoinsTheSavedOnesInOrderAndUndoTakesItBack)
     const std::string before = test::slurp(file);
     const cs::ReadResult old = cs::readConsistTemplates(shipped);
     ASSERT_TRUE(old.ok()) << old.error;
-    ASSERT_EQ(old.doc.consists.size(), 3u);
+    ASSERT_EQ(old.doc.consists.size(), 4u); // the demo's saved consists
 
     const ScenarioDocument d = openScenario(shipped, copyOf());
     ASSERT_TRUE(d.ok()) << d.error;
@@ -43,11 +43,11 @@ TEST_F(NamedConsist, AScenarioConsistJoinsTheSavedOnesInOrderAndUndoTakesItBack)
 
     const cs::ReadResult now = cs::readConsistTemplates(shipped);
     ASSERT_TRUE(now.ok()) << now.error;
-    ASSERT_EQ(now.doc.consists.size(), 4u);
+    ASSERT_EQ(now.doc.consists.size(), 5u);
     for (std::size_t i = 0; i < 3; ++i)
         EXPECT_EQ(now.doc.consists[i].name, old.doc.consists[i].name);
     EXPECT_EQ(now.doc.header, old.doc.header);
-    const cs::ConsistTemplate& added = now.doc.consists[3];
+    const cs::ConsistTemplate& added = now.doc.consists[4];
     EXPECT_EQ(cs::shownName(added.name), name);
     ASSERT_EQ(added.entries.size(), consist.vehicles.size());
     for (std::size_t i = 0; i < added.entries.size(); ++i) {
