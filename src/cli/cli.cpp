@@ -32,10 +32,10 @@ Global options:
 
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
-    for (auto&& group : {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(),
-                         scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(), consistCommands(),
-                         consistBuilderCommands(), qdBuildCommands(), qdCommands(),
-                         stockCommands(), historyCommands()})
+    for (auto&& group :
+         {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(), scenarioTransferCommands(),
+          scenarioDetailsCommands(), batchSwapCommands(), scenarioHousekeepingCommands(), consistCommands(),
+          consistBuilderCommands(), qdBuildCommands(), qdCommands(), stockCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

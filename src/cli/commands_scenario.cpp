@@ -584,15 +584,6 @@ int cmdScenarioSaves(Session& s) {
     return Success;
 }
 
-// The commands that change one scenario's files and say what they did.
-int finish(Session& s, const sc::CommandResult& r) {
-    if (!r)
-        return s.fail(shown(r.message));
-    if (!s.g.quiet)
-        s.out << shown(r.message) << '\n';
-    return Success;
-}
-
 int cmdScenarioSaveAs(Session& s) {
     const Arguments a = parseArguments(s.g.rest, {}, {});
     const auto ref = scenarioArgument(s, a, 1);
@@ -626,6 +617,14 @@ int cmdScenarioRemoveEmpty(Session& s) {
 } // namespace
 
 sc::ScenarioDocument openedScenario(Session& s, const sc::ScenarioRef& ref, int& code) { return opened(s, ref, code); }
+
+int finish(Session& s, const sc::CommandResult& r) {
+    if (!r)
+        return s.fail(shown(r.message));
+    if (!s.g.quiet)
+        s.out << shown(r.message) << '\n';
+    return Success;
+}
 
 std::vector<Command> scenarioCommands() {
     return {

@@ -24,6 +24,9 @@ std::optional<int> indexOption(Session& s, const Arguments& a, const char* optio
 // The scenario opened, its warnings shown; `code` is Error after saying why it could not be.
 scenarios::ScenarioDocument openedScenario(Session& s, const scenarios::ScenarioRef& ref, int& code);
 
+// The end of a command that changed scenario files: its message, or the failure's.
+int finish(Session& s, const scenarios::CommandResult& r);
+
 // Swap in ALL Scenarios for this route: every vehicle of the name in every scenario, saved as one
 // journal entry, with what changed per scenario.
 int swapInAllScenarios(Session& s, const routes::RouteEntry& route, const std::string& name,

@@ -81,6 +81,7 @@ std::vector<Command> scenarioDetailsCommands();
 std::vector<Command> historyCommands();
 std::vector<Command> stockCommands();
 std::vector<Command> batchSwapCommands();
+std::vector<Command> scenarioHousekeepingCommands();
 std::vector<Command> consistCommands();
 std::vector<Command> qdBuildCommands();
 std::vector<Command> consistBuilderCommands();

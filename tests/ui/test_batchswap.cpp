@@ -1,6 +1,7 @@
 // Swaps over a whole route from the screens, offscreen on a demo install: the editor's Swap in
 // ALL Scenarios for this route, and the route screen's swap by a rule file with its dry run
-// first. Each ends with one undo that must put every scenario back.
+// first; and the list's Revert to Default and Make Standard. Each ends with one undo that must
+// put every scenario back.
 
 #include "demoscreens.h"
 #include "scenarios/frmostrand.h"
@@ -143,6 +144,40 @@ private slots:
                     QVERIFY2(!v.missing, s.name.c_str());
         }
         undoAndCompare(scenarios, before, "Swap stock by rules");
+    }
+
+    void theListRevertsAndMakesStandardTheSelectedScenarios() {
+        const fs::path scenarios = routeFolder() / "Scenarios";
+        const auto before = filesBelow(scenarios);
+        auto screen = listed();
+        QTableWidget* list = screen->scenarioList();
+        auto selectNamed = [&](const QString& name) {
+            list->clearSelection();
+            for (int r = 0; r < list->rowCount(); ++r)
+                if (list->item(r, 1) && list->item(r, 1)->text() == name)
+                    list->selectRow(r);
+        };
+        // The batches above left each scenario's default (Scenario.bak) as it was generated, and
+        // undid their changes: reverting the route gives every Scenario.bin the same bytes again.
+        screen->findChild<QPushButton*>("Command2")->click();
+        QVERIFY(prompted("first saved state"));
+        const auto reverted = filesBelow(scenarios);
+        for (const auto& [name, bytes] : before)
+            QVERIFY2(reverted.count(name) && reverted.at(name) == bytes, name.c_str());
+        // The career scenario made Standard; the list shows its new kind.
+        selectNamed("Career: first turn");
+        screen->findChild<QPushButton*>("Command14")->click();
+        QVERIFY(prompted("1 scenario was made Standard."));
+        bool standard = false;
+        for (int r = 0; r < list->rowCount(); ++r)
+            if (list->item(r, 1) && list->item(r, 1)->text() == "Career: first turn")
+                standard = list->item(r, 2)->text().contains("Standard");
+        QVERIFY(standard);
+        // The timetable command stops at it now.
+        selectNamed("Career: first turn");
+        screen->findChild<QPushButton*>("Command16")->click();
+        QVERIFY(prompted("stopped there"));
+        undoAndCompare(scenarios, before, "Make Selected Career Scenarios 'Standard'");
     }
 };
 

@@ -14,12 +14,16 @@
 #include "../routes/frmlistrs.h"
 #include "velmora/core/services.h"
 #include "velmora/scenarios/scenario.h"
+#include "velmora/scenarios/housekeeping.h"
 #include "velmora/scenarios/scenariolist.h"
+
+#include <algorithm>
 
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
@@ -47,10 +51,10 @@ const Button kButtons[] = {
     {"cmdSwapRules", "Swap Stock by Rule File", &frmShowRoutes::cmdSwapRules_Click},
     {"Command7", "Display Details of Selected Scenario", &frmShowRoutes::Command7_Click},
     {"Command12", "Display Work Order", &frmShowRoutes::Command12_Click},
-    {"Command2", "Revert to Default for selected Route", nullptr},
-    {"Command3", "Revert to Default for selected Scenario", nullptr},
-    {"Command14", "Make Selected Career Scenarios 'Standard'", nullptr},
-    {"Command16", "Make Selected Timetable Scenarios 'Standard'", nullptr},
+    {"Command2", "Revert to Default for selected Route", &frmShowRoutes::Command2_Click},
+    {"Command3", "Revert to Default for selected Scenario", &frmShowRoutes::Command3_Click},
+    {"Command14", "Make Selected Career Scenarios 'Standard'", &frmShowRoutes::Command14_Click},
+    {"Command16", "Make Selected Timetable Scenarios 'Standard'", &frmShowRoutes::Command16_Click},
     {"Command8", "Delete Selected Scenario(s)", nullptr},
     {"Command6", "Run RailWorks using selected Save file", nullptr},
 };
@@ -320,6 +324,58 @@ void frmShowRoutes::Command12_Click() {
     order->setAttribute(Qt::WA_DeleteOnClose);
     order->show();
     m_workOrder = order;
+}
+
+std::vector<std::filesystem::path> frmShowRoutes::selectedScenarioFolders() {
+    std::vector<std::filesystem::path> folders;
+    const routes::RouteEntry* route = selectedRoute();
+    if (!route)
+        return folders;
+    std::vector<int> rows;
+    for (const QModelIndex& index : m_scenarios->selectionModel()->selectedRows())
+        rows.push_back(index.row());
+    std::sort(rows.begin(), rows.end());
+    for (const int row : rows)
+        if (row >= 0 && row < static_cast<int>(m_scenarioEntries.size()))
+            if (const auto found = scenarios::findScenario(m_ctx, *route, m_scenarioEntries[static_cast<std::size_t>(row)].folder))
+                folders.push_back(found->folder);
+    return folders;
+}
+
+// The scenario housekeeping: the selected rows, the command, what it did; the list shown again.
+void frmShowRoutes::housekeeping(const std::function<scenarios::CommandResult(const std::vector<std::filesystem::path>&)>& command) {
+    const auto folders = selectedScenarioFolders();
+    if (folders.empty()) {
+        m_ctx.ui().message("No Scenarios were found.");
+        return;
+    }
+    const scenarios::CommandResult r = command(folders);
+    m_ctx.ui().message(r.message, r ? Icon::Information : Icon::Warning);
+    const int row = m_scenarios->currentRow();
+    Command1_Click();
+    if (row >= 0 && row < m_scenarios->rowCount())
+        m_scenarios->selectRow(row);
+}
+
+void frmShowRoutes::Command2_Click() {
+    m_scenarios->selectAll();
+    Command3_Click();
+}
+
+void frmShowRoutes::Command3_Click() {
+    housekeeping([this](const auto& folders) { return scenarios::revertToDefault(m_ctx, folders); });
+}
+
+void frmShowRoutes::Command14_Click() {
+    housekeeping([this](const auto& folders) {
+        return scenarios::makeStandard(m_ctx, folders, scenarios::MakeStandardFrom::Career);
+    });
+}
+
+void frmShowRoutes::Command16_Click() {
+    housekeeping([this](const auto& folders) {
+        return scenarios::makeStandard(m_ctx, folders, scenarios::MakeStandardFrom::Timetable);
+    });
 }
 
 } // namespace velmora::ui

@@ -8,10 +8,12 @@
 #include "frmworkorder.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/routes/routes.h"
+#include "velmora/scenarios/scenariolist.h"
 
 #include <QDialog>
 #include <QPointer>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -51,6 +53,10 @@ public slots:
     // Swap Stock by Rule File: a rule file over every scenario of the route, first as a dry run
     // shown per scenario, then written as one undo when the user agrees.
     void cmdSwapRules_Click();
+    void Command2_Click();  // Revert to Default for selected Route: every scenario row
+    void Command3_Click();  // Revert to Default for selected Scenario(s)
+    void Command14_Click(); // Make Selected Career Scenarios 'Standard'
+    void Command16_Click(); // Make Selected Timetable Scenarios 'Standard'
     void Command7_Click();  // Display Details of Selected Scenario
     void Command12_Click(); // Display Work Order
 
@@ -58,6 +64,9 @@ private:
     const routes::RouteEntry* selectedRoute();
     // The folder of the selected scenario row, or nothing after saying "No Scenarios were found.".
     std::optional<std::filesystem::path> selectedScenarioFolder();
+    // The folders of every selected scenario row, in the list's order.
+    std::vector<std::filesystem::path> selectedScenarioFolders();
+    void housekeeping(const std::function<scenarios::CommandResult(const std::vector<std::filesystem::path>&)>& command);
     void fillSavedCopies(const std::filesystem::path& folder);
     // The selected scenario opened off the GUI thread into `doc`, or nothing after saying why.
     std::optional<scenarios::ScenarioRef> openSelected(scenarios::ScenarioDocument& doc);
