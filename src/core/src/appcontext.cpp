@@ -196,8 +196,7 @@ bool runShutdown(AppContext& ctx, bool editedNotSaved, const WindowGeometry& cur
         if (ui.ask("Do you really wish to exit Velmora?", Buttons::YesNo, Icon::Question) != Answer::Yes)
             return false;
     }
-    DeleteTree(ctx.tempFiles());
-    MakePath(ctx.tempFiles());
+    ctx.clearTempFiles();
     return true;
 }
 
@@ -283,6 +282,11 @@ bool mnuViewer_Click(AppContext& ctx) {
     return chooseProgram(ctx, "Select your Graphics Viewer", ctx.settings.graphicsViewer);
 }
 bool mnuAcro_Click(AppContext& ctx) { return chooseProgram(ctx, "Select your PDF Reader", ctx.settings.pdfReader); }
+
+void AppContext::clearTempFiles() const {
+    DeleteTree(tempFiles());
+    MakePath(tempFiles());
+}
 
 fs::path userGuide(const AppContext& ctx) { return ctx.dataPath() / "Help" / "guide.html"; }
 

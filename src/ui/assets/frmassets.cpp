@@ -71,8 +71,7 @@ frmAssets::frmAssets(AppContext& ctx, QWidget* parent) : QMainWindow(parent), m_
     // Big enough at first to show the grid's columns and a screenful of rows.
     rememberPlace(m_ctx, this, objectName(), {1280, 820});
     // A fresh scratch folder for this screen's conversions.
-    DeleteTree(m_ctx.tempFiles());
-    MakePath(m_ctx.tempFiles());
+    m_ctx.clearTempFiles();
     m_start->setText(toQt(m_ctx.resolver.resolveForWrite(m_ctx.railWorks(), "Assets").string()));
     hideChildControls();
     const bool missingList = FileExists(m_ctx.reports() / "MissingAssets.csv");
@@ -550,8 +549,7 @@ void frmAssets::copySelectionToClipboard() {
 void frmAssets::showRowPicture(int row) {
     if (row < 0 || row >= m_grid->rowCount())
         return;
-    DeleteTree(m_ctx.tempFiles());
-    MakePath(m_ctx.tempFiles());
+    m_ctx.clearTempFiles();
     hideChildControls();
     const assets::AssetRow r = rows()[static_cast<std::size_t>(row)];
     QImage image = pictureOf(assets::rowPicture(m_ctx, r));

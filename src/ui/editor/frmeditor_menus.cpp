@@ -371,8 +371,7 @@ frmReport* frmEditor::mnuTxt_Click() {
 }
 
 void frmEditor::mnuCTF_Click() {
-    DeleteTree(m_ctx.tempFiles());
-    MakePath(m_ctx.tempFiles());
+    m_ctx.clearTempFiles();
 }
 
 void frmEditor::mnuQDPreload_Click() {

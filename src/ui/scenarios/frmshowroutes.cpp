@@ -214,16 +214,9 @@ void frmShowRoutes::Command13_Click() {
 }
 
 void frmShowRoutes::Command10_Click() {
-    const auto folder = selectedScenarioFolder();
-    if (!folder)
-        return;
-    // A scenario of thousands of vehicles takes a moment: the window stays alive meanwhile.
     scenarios::ScenarioDocument doc;
-    runInBackground(m_ctx, "Opening the scenario", [&](UserInterface&) { doc = scenarios::openScenario(m_ctx, *folder); });
-    if (!doc.ok()) {
-        m_ctx.ui().message(doc.error, Icon::Warning);
+    if (!openSelected(doc))
         return;
-    }
     for (const auto& w : doc.warnings)
         m_ctx.ui().message(w, w == scenarios::kQuickDriveRefusal ? Icon::Critical : Icon::Warning);
     if (doc.refused)

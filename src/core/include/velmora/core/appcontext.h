@@ -39,6 +39,8 @@ public:
     void setRailWorksOverride(std::optional<fs::path> root) { m_railWorksOverride = std::move(root); }
 
     fs::path tempFiles() const { return m_appPath / "TempFiles"; }
+    // The program's own scratch folder emptied and made again (nothing of the user's is there).
+    void clearTempFiles() const;
     fs::path reports() const { return m_appPath / "Reports"; }
     fs::path settingsFile() const { return m_appPath / Settings::kFileName; }
     // Language folders searched in order: the user's own, then the shipped ones.
