@@ -2,7 +2,8 @@
 
 #include "../common/demofixture.h"
 #include "velmora/core/appcontext.h"
-#include "velmora/core/archive.h"
+#include "velmora/archives/productarchives.h"
+#include "velmora/archives/zipreader.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/paths.h"
 #include "velmora/core/services.h"
@@ -327,7 +328,7 @@ TEST_F(DemoRoutes, MarksNoteArchivedAndOtherCaseItemsAndLeaveTheReportsAlone) {
 
 TEST_F(DemoRoutes, ProductArchivesAnswerWhateverTheCaseAndSeparator) {
     const fs::path assets = s_dir / "rw/Assets";
-    const ProductArchives archives(assets, m_ctx->resolver);
+    const archives::ProductArchives archives(assets, m_ctx->resolver);
     const auto ap = archives.find("Heritage\\SteamDays\\Scenery\\Station\\Platform_Canopy.bin");
     ASSERT_TRUE(ap);
     EXPECT_EQ(ap->filename(), "SteamDaysAssets.ap");
@@ -337,15 +338,14 @@ TEST_F(DemoRoutes, ProductArchivesAnswerWhateverTheCaseAndSeparator) {
     EXPECT_FALSE(archives.find("NoSuch\\Product\\x.bin"));
     EXPECT_FALSE(archives.find("Heritage\\SteamDays")) << "a product folder is no entry";
 
-    std::vector<std::string> names;
-    std::string error;
-    EXPECT_TRUE(listArchive(*ap, names, &error));
-    EXPECT_FALSE(names.empty());
+    archives::ZipReader zip;
+    EXPECT_TRUE(zip.open(*ap)) << zip.error();
+    EXPECT_GT(zip.count(), 0u);
     const fs::path notZip = s_dir / "broken.ap";
     std::ofstream(notZip) << "not a zip";
-    EXPECT_FALSE(listArchive(notZip, names, &error));
-    EXPECT_TRUE(names.empty());
-    EXPECT_NE(error.find("broken.ap"), std::string::npos) << error;
+    EXPECT_FALSE(zip.open(notZip));
+    EXPECT_EQ(zip.count(), 0u);
+    EXPECT_NE(zip.error().find("broken.ap"), std::string::npos) << zip.error();
 }
 
 TEST(RouteBadInput, UnreadableTilesDamagedPropertiesAndRoutesWithoutScenarios) {

@@ -53,14 +53,7 @@ bool copyOver(const fs::path& from, const fs::path& to, std::string& message) {
     return copied.ok;
 }
 
-std::string nowText() {
-    const std::time_t t = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm local{};
-    localtime_r(&t, &local);
-    char buf[64];
-    std::strftime(buf, sizeof buf, "%d/%m/%Y %H:%M:%S", &local);
-    return buf;
-}
+std::string nowText() { return localTimeText("%d/%m/%Y %H:%M:%S"); }
 
 // Steps 1 to 4 of a save: the text to base + "xml", converted to base + "bin", renamed to
 // base + extension when the document has another extension. False with a message when the

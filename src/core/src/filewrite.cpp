@@ -5,6 +5,7 @@
 
 #include <QCryptographicHash>
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
 #include <random>
@@ -215,9 +216,9 @@ WriteService::WriteService(UserInterface* ui, Journal* journal) : m_ui(ui), m_jo
 
 void WriteService::setFileOps(FileOps* ops) { m_ops = ops ? ops : &systemOps(); }
 
-std::error_code WriteService::writeTemporary(const fs::path& folder, const std::string& name, std::string_view bytes,
-                                             fs::path& temp, WriteStep& step, std::optional<fs::perms> perms,
-                                             bool sync) {
+std::error_code WriteService::writeTemporary(const fs::path& folder, const std::string& name, const Producer& produce,
+                                             fs::path& temp, WriteStep& step, std::optional<fs::perms> perms, bool sync,
+                                             std::uint64_t& size, QCryptographicHash* hash) {
     step = WriteStep::Create;
     int handle = -1;
     std::error_code ec;
@@ -233,7 +234,13 @@ std::error_code WriteService::writeTemporary(const fs::path& folder, const std::
         return ec;
     }
     step = WriteStep::Write;
-    ec = m_ops->write(handle, bytes.data(), bytes.size());
+    size = 0;
+    ec = produce([&](const char* data, std::size_t n) -> std::error_code {
+        if (hash)
+            hash->addData(QByteArrayView(data, static_cast<qsizetype>(n)));
+        size += n;
+        return m_ops->write(handle, data, n);
+    });
     if (!ec && sync) {
         step = WriteStep::Sync;
         ec = m_ops->sync(handle);
@@ -251,12 +258,16 @@ std::error_code WriteService::writeTemporary(const fs::path& folder, const std::
     return ec;
 }
 
-std::error_code WriteService::makeBackup(const fs::path& target, const std::string& stem, fs::path& backup) {
+std::error_code WriteService::makeBackup(const fs::path& target, const std::string& stem, fs::path& backup,
+                                         const fs::path& named) {
     std::string copied; // read once, only where the file system cannot link
     bool haveCopy = false;
-    for (int n = 0; n <= 50; ++n) {
-        fs::path candidate = backupBase(target, stem);
-        candidate += n == 0 ? std::string(".bak") : ".bak" + std::to_string(n);
+    for (int n = 0; n <= (named.empty() ? 50 : 0); ++n) {
+        fs::path candidate = named;
+        if (named.empty()) {
+            candidate = backupBase(target, stem);
+            candidate += n == 0 ? std::string(".bak") : ".bak" + std::to_string(n);
+        }
         std::error_code ec = m_ops->link(target, candidate);
         if (!ec) {
             backup = candidate;
@@ -306,7 +317,20 @@ bool WriteService::mayOverwriteWithoutBackup(const fs::path& target, const std::
 }
 
 WriteResult WriteService::write(const fs::path& requested, std::string_view bytes, const WriteOptions& options) {
+    return write(requested, [bytes](const ByteSink& sink) { return sink(bytes.data(), bytes.size()); }, options);
+}
+
+WriteResult WriteService::write(const fs::path& requested, const Producer& produce, const WriteOptions& options) {
+    PreparedFile file;
+    WriteResult r = prepare(requested, produce, options, file);
+    return r ? commit(file, options) : r;
+}
+
+WriteResult WriteService::prepare(const fs::path& requested, const Producer& produce, const WriteOptions& options,
+                                  PreparedFile& file) {
     WriteResult r;
+    file = PreparedFile{};
+    file.requested = requested;
     r.target = requested;
     std::error_code ec;
     const fs::file_status link = fs::symlink_status(requested, ec);
@@ -342,27 +366,109 @@ WriteResult WriteService::write(const fs::path& requested, std::string_view byte
         }
     }
 
-    fs::path temp;
     WriteStep step = WriteStep::Create;
     const std::optional<fs::perms> perms = existed ? std::optional(status.permissions()) : std::nullopt;
-    ec = writeTemporary(folder, target.filename().string(), bytes, temp, step, perms, options.sync);
-    auto fail = [&](WriteStep at, const std::error_code& why) {
-        if (!temp.empty())
-            m_ops->remove(temp);
-        r.failedStep = at;
-        r.message = failureText(target, at, why, existed);
+    std::optional<QCryptographicHash> hash;
+    if (m_journal && options.journal)
+        hash.emplace(QCryptographicHash::Sha256);
+    ec = writeTemporary(folder, target.filename().string(), produce, file.temp, step, perms, options.sync, file.size,
+                        hash ? &*hash : nullptr);
+    if (ec) {
+        if (!file.temp.empty())
+            m_ops->remove(file.temp);
+        file.temp.clear();
+        r.failedStep = step;
+        r.message = failureText(target, step, ec, existed);
+        return r;
+    }
+    if (hash)
+        file.sha256 = hash->result().toHex().toStdString();
+    file.target = target;
+    file.existed = existed;
+    r.ok = true;
+    r.size = file.size;
+    return r;
+}
+
+WriteResult WriteService::adopt(const fs::path& finished, const fs::path& target, const WriteOptions& options,
+                                PreparedFile& file) {
+    WriteResult r;
+    r.target = target;
+    file = PreparedFile{};
+    file.requested = target;
+    std::error_code ec;
+    auto fail = [&](const std::string& why) {
+        m_ops->remove(finished);
+        r.message = target.string() + ": " + why + ". Nothing was written.";
         return r;
     };
+    if (finished.parent_path() != target.parent_path())
+        return fail("the finished file " + finished.string() + " is not in its folder");
+    const fs::file_status status = fs::symlink_status(target, ec);
+    if (fs::is_symlink(status) || (fs::exists(status) && !fs::is_regular_file(status)))
+        return fail("is not a plain file");
+    file.existed = fs::exists(status);
+    file.size = fs::file_size(finished, ec);
     if (ec)
-        return fail(step, ec);
+        return fail("the finished file cannot be read (" + ec.message() + ")");
+    std::ifstream in(finished, std::ios::binary);
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    const bool hashing = m_journal && options.journal;
+    if (hashing || options.sync) {
+        std::vector<char> buffer(1 << 20);
+        while (hashing && in) {
+            in.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+            hash.addData(QByteArrayView(buffer.data(), static_cast<qsizetype>(in.gcount())));
+        }
+        if (hashing && in.bad())
+            return fail("the finished file cannot be read");
+        if (options.sync) {
+#ifndef _WIN32
+            const int fd = ::open(finished.c_str(), O_RDONLY | O_CLOEXEC);
+            if (fd < 0 || ::fsync(fd) != 0) {
+                if (fd >= 0)
+                    ::close(fd);
+                return fail("the finished file cannot be saved to disk");
+            }
+            ::close(fd);
+#endif
+        }
+    }
+    if (hashing)
+        file.sha256 = hash.result().toHex().toStdString();
+    file.target = target;
+    file.temp = finished;
+    r.ok = true;
+    r.size = file.size;
+    return r;
+}
 
-    if (existed && options.backup == Backup::Numbered) {
-        ec = makeBackup(target, options.backupStem, r.backup);
+void WriteService::discard(PreparedFile& file) {
+    if (!file.temp.empty())
+        m_ops->remove(file.temp);
+    file.temp.clear();
+}
+
+WriteResult WriteService::commit(PreparedFile& file, const WriteOptions& options) {
+    WriteResult r;
+    r.target = file.target;
+    const fs::path& target = file.target;
+    auto fail = [&](WriteStep at, const std::error_code& why) {
+        discard(file);
+        r.failedStep = at;
+        r.message = failureText(target, at, why, file.existed);
+        return r;
+    };
+    std::error_code ec;
+    if (file.existed && options.backup == Backup::Numbered) {
+        ec = makeBackup(target, options.backupStem, r.backup, options.backupName);
         if (ec)
             return fail(WriteStep::Backup, ec);
         if (r.backup.empty()) {
+            if (!options.backupName.empty())
+                return fail(WriteStep::Backup, std::make_error_code(std::errc::file_exists));
             if (!mayOverwriteWithoutBackup(target, options.backupStem)) {
-                m_ops->remove(temp);
+                discard(file);
                 r.failedStep = WriteStep::Backup;
                 r.message = target.string() +
                             ": all 51 backup names (.bak, .bak1 to .bak50) are taken, so it was not replaced. "
@@ -373,7 +479,7 @@ WriteResult WriteService::write(const fs::path& requested, std::string_view byte
         }
     }
 
-    ec = m_ops->rename(temp, target);
+    ec = m_ops->rename(file.temp, target);
     if (ec) {
         // The old file never left its name: dropping the backup's second name undoes the backup.
         if (!r.backup.empty())
@@ -381,15 +487,16 @@ WriteResult WriteService::write(const fs::path& requested, std::string_view byte
         r.backup.clear();
         return fail(WriteStep::Replace, ec);
     }
+    file.temp.clear();
     // The folder is not synced: after a power cut the name holds the whole old file or the whole
     // new one either way, and a sync of the folder per file would triple the cost of a batch.
     r.ok = true;
-    r.created = !existed;
-    r.size = bytes.size();
+    r.created = !file.existed;
+    r.size = file.size;
+    r.sha256 = file.sha256;
     if (m_journal && options.journal) {
-        r.sha256 = sha256Hex(bytes);
         JournalFile record;
-        record.path = requested;
+        record.path = file.requested;
         record.backup = r.backup;
         record.created = r.created;
         record.size = r.size;
@@ -401,6 +508,82 @@ WriteResult WriteService::write(const fs::path& requested, std::string_view byte
             r.message = error;
     }
     return r;
+}
+
+std::vector<std::string> WriteService::removeFolder(const fs::path& folder, const fs::path& keepIn) {
+    std::vector<std::string> problems;
+    std::error_code ec;
+    if (!fs::is_directory(fs::symlink_status(folder, ec))) {
+        problems.push_back(folder.string() + ": is not a folder; nothing was removed.");
+        return problems;
+    }
+    std::vector<fs::path> files, folders;
+    fs::recursive_directory_iterator it(folder, ec), end;
+    if (ec)
+        problems.push_back(folder.string() + ": cannot be read (" + ec.message() + ").");
+    for (; !ec && it != end; it.increment(ec)) {
+        const fs::file_status s = it->symlink_status(ec);
+        if (fs::is_directory(s))
+            folders.push_back(it->path());
+        else if (fs::is_regular_file(s))
+            files.push_back(it->path());
+        else
+            problems.push_back(it->path().string() + ": is not a plain file and was left where it is.");
+    }
+    if (ec)
+        problems.push_back(folder.string() + ": could not be read to the end (" + ec.message() + ").");
+    const fs::path base = folder.has_filename() ? folder : folder.parent_path();
+    for (const auto& file : files) {
+        const fs::path kept = keepIn / base.filename() / fs::relative(file, base, ec);
+        fs::create_directories(kept.parent_path(), ec);
+        const std::uint64_t size = fs::file_size(file, ec);
+        ec = m_ops->rename(file, kept);
+        if (ec == std::errc::cross_device_link) {
+            // Another disk: copied whole, then the original name freed.
+            std::error_code copyEc;
+            fs::copy_file(file, kept, copyEc);
+            ec = copyEc ? copyEc : m_ops->remove(file);
+        }
+        if (ec) {
+            problems.push_back(file.string() + ": could not be moved to " + kept.string() + " (" + ec.message() + ").");
+            continue;
+        }
+        if (m_journal) {
+            JournalFile record;
+            record.action = JournalFile::Action::Remove;
+            record.path = file;
+            record.backup = kept;
+            record.size = size;
+            record.backupSize = size;
+            std::string error;
+            if (!m_journal->record(record, &error))
+                problems.push_back(error);
+        }
+    }
+    // The emptied folders, deepest first; one still holding something left behind stays.
+    std::sort(folders.begin(), folders.end(), [](const fs::path& a, const fs::path& b) { return a.native().size() > b.native().size(); });
+    folders.push_back(folder);
+    for (const auto& f : folders)
+        fs::remove(f, ec);
+    return problems;
+}
+
+std::string WriteService::putBack(const std::vector<WriteResult>& written) {
+    std::string lost;
+    WriteOptions plain;
+    plain.backup = Backup::None;
+    plain.refuseReadOnly = false;
+    for (auto it = written.rbegin(); it != written.rend(); ++it) {
+        if (!it->ok)
+            continue;
+        const WriteResult w = it->created ? remove(it->target)
+                              : it->backup.empty() ? WriteResult{}
+                                                   : copy(it->backup, it->target, plain);
+        if (!w)
+            lost += (lost.empty() ? "" : " ") + it->target.string() + " could not be put back" +
+                    (it->backup.empty() ? std::string(".") : "; its old content is kept as " + it->backup.string() + ".");
+    }
+    return lost;
 }
 
 WriteResult WriteService::copy(const fs::path& source, const fs::path& target, const WriteOptions& options) {
@@ -426,7 +609,7 @@ WriteResult WriteService::remove(const fs::path& target) {
         return r;
     }
     // The file keeps a numbered backup name before it loses its own: nothing is ever deleted.
-    ec = makeBackup(target, {}, r.backup);
+    ec = makeBackup(target, {}, r.backup, {});
     if (ec || r.backup.empty()) {
         r.failedStep = WriteStep::Backup;
         r.message = target.string() + ": no backup could be made (" +

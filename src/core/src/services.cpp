@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
 #include <fstream>
 #include <random>
 #include <system_error>
@@ -457,6 +458,24 @@ bool openUrl(const std::string& url, UserInterface* ui) {
     if (!ok && ui)
         ui->message("Unable to open URL. Install browser first!", Icon::Warning);
     return ok;
+}
+
+} // namespace velmora
+
+namespace velmora {
+
+std::string localTimeText(const char* format, long long when) {
+    const std::time_t t = when ? static_cast<std::time_t>(when) : std::time(nullptr);
+    std::tm local{};
+#ifdef _WIN32
+    localtime_s(&local, &t);
+#else
+    localtime_r(&t, &local);
+#endif
+    char buf[64];
+    if (std::strftime(buf, sizeof buf, format, &local) == 0)
+        return {};
+    return buf;
 }
 
 } // namespace velmora

@@ -3,7 +3,7 @@
 #include "tiles.h"
 
 #include "velmora/core/appcontext.h"
-#include "velmora/core/archive.h"
+#include "velmora/archives/productarchives.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/errorlog.h"
 #include "velmora/core/parallel.h"
@@ -362,7 +362,7 @@ namespace {
 void addMarks(const Checker& c, AppContext& ctx, const RouteCheckOptions& options, RouteCheckResult& result) {
     if (options.markArchives) {
         result.inArchive.clear();
-        const ProductArchives archives(c.files.root(), ctx.resolver);
+        const archives::ProductArchives archives(c.files.root(), ctx.resolver);
         auto mark = [&](const std::string& shown) {
             if (auto ap = archives.find(c.files.relative(shown)))
                 result.inArchive.push_back({shown, ap->string()});

@@ -17,6 +17,9 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
+
+class QCryptographicHash;
 
 namespace velmora {
 
@@ -66,6 +69,9 @@ struct WriteOptions {
     // target's own name. A scenario's save keeps "Scenario.bak" for "Scenario.bin", not
     // "Scenario.bin.bak", so that the simulator's users find the backups they know.
     std::string backupStem = {};
+    // The one name the old file is kept under, in place of the numbered ones; the write fails
+    // when that name is taken. An unpack that renames the existing file uses it.
+    fs::path backupName = {};
 };
 
 struct WriteResult {
@@ -89,6 +95,21 @@ std::string sha256Hex(std::string_view bytes);
 // all 51 are taken. With a stem, the names are built from it in the same folder.
 std::optional<fs::path> freeBackupName(const fs::path& path, const std::string& stem = {});
 
+// Receives the new content of a file piece by piece; an error ends the write.
+using ByteSink = std::function<std::error_code(const char* data, std::size_t size)>;
+// Writes the whole new content through the sink it is given.
+using Producer = std::function<std::error_code(const ByteSink& sink)>;
+
+// A file whose new content lies ready beside it under a temporary name (see prepare()).
+struct PreparedFile {
+    fs::path requested; // the name asked for
+    fs::path target;    // the file that will be written (a link is written through)
+    fs::path temp;      // the new content; empty once committed or discarded
+    bool existed = false;
+    std::uint64_t size = 0;
+    std::string sha256; // when the write is journalled
+};
+
 class WriteService {
 public:
     explicit WriteService(UserInterface* ui = nullptr, Journal* journal = nullptr);
@@ -102,6 +123,34 @@ public:
     // When every backup name is taken, asks whether to overwrite with no backup; without a yes
     // the target is left as it is and the result says why.
     WriteResult write(const fs::path& target, std::string_view bytes, const WriteOptions& options = {});
+    // The same, with content that comes in pieces (an archive's entry), never all in memory.
+    WriteResult write(const fs::path& target, const Producer& produce, const WriteOptions& options = {});
+
+    // A write in two halves, so that many files can be made ready and then all put in place,
+    // or none: prepare() writes the new content beside the target under a temporary name and
+    // changes nothing else; commit() gives the old file its backup and the new one the name, and
+    // records it in the journal; discard() drops what prepare() made. A failed commit discards.
+    WriteResult prepare(const fs::path& target, const Producer& produce, const WriteOptions& options,
+                        PreparedFile& file);
+    WriteResult commit(PreparedFile& file, const WriteOptions& options = {});
+    // Takes a file that another program has finished (an archive libzip or 7-Zip wrote) as the
+    // prepared content of `target`. It must lie in the target's folder; it is synced, measured
+    // and, for the journal, hashed. On failure it is removed.
+    WriteResult adopt(const fs::path& finished, const fs::path& target, const WriteOptions& options,
+                      PreparedFile& file);
+    void discard(PreparedFile& file);
+
+    // Takes a whole folder away by moving every file in it below `keepIn` (the program's own
+    // folder of removed things), each recorded in the journal as removed with its new place as
+    // its backup, so that an undo brings the folder back. Links and other non-files are left
+    // where they are and named. Returns the problems, one sentence each; empty when all went.
+    std::vector<std::string> removeFolder(const fs::path& folder, const fs::path& keepIn);
+
+    // Puts back what a command wrote before a later step of it failed, newest first: a replaced
+    // file gets its old content again from its backup, a created one is taken away (keeping a
+    // backup name). Returns what could not be put back, one sentence a file; empty when all was.
+    std::string putBack(const std::vector<WriteResult>& written);
+
     // The whole of `source` written to `target` the same way.
     WriteResult copy(const fs::path& source, const fs::path& target, const WriteOptions& options = {});
     // Adds `bytes` at the end of a log of the program's own (Errors.txt, the journal), synced
@@ -112,9 +161,11 @@ public:
     WriteResult remove(const fs::path& target);
 
 private:
-    std::error_code writeTemporary(const fs::path& folder, const std::string& name, std::string_view bytes,
-                                   fs::path& temp, WriteStep& step, std::optional<fs::perms> perms, bool sync);
-    std::error_code makeBackup(const fs::path& target, const std::string& stem, fs::path& backup);
+    std::error_code writeTemporary(const fs::path& folder, const std::string& name, const Producer& produce,
+                                   fs::path& temp, WriteStep& step, std::optional<fs::perms> perms, bool sync,
+                                   std::uint64_t& size, QCryptographicHash* hash);
+    std::error_code makeBackup(const fs::path& target, const std::string& stem, fs::path& backup,
+                               const fs::path& named);
     bool mayOverwriteWithoutBackup(const fs::path& target, const std::string& stem);
 
     UserInterface* m_ui;

@@ -77,6 +77,9 @@ std::string formatGuidForms(const GuidForms& forms);
 // when none can be started.
 bool openUrl(const std::string& url, UserInterface* ui);
 
+// A moment in local time by a strftime format ("%Y%m%d"); now when `when` is 0.
+std::string localTimeText(const char* format, long long when = 0);
+
 // Case-insensitive (ASCII) comparisons used for names and tags.
 bool iequals(std::string_view a, std::string_view b);
 bool iendsWith(std::string_view text, std::string_view suffix);

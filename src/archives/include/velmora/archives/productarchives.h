@@ -12,13 +12,12 @@
 #include <vector>
 
 namespace velmora {
+class PathResolver;
+}
+
+namespace velmora::archives {
 
 namespace fs = std::filesystem;
-class PathResolver;
-
-// The entry names of the archive, as stored ('/' between folders). False, with `error` naming
-// the file and the reason, when it cannot be read as a zip.
-bool listArchive(const fs::path& archive, std::vector<std::string>& names, std::string* error = nullptr);
 
 // Answers "is this file packed in an .ap of its product?" for paths below Assets. Each product
 // folder is listed and each archive read once; letter case and '\' or '/' do not matter.
@@ -41,4 +40,4 @@ private:
     mutable std::map<std::string, std::unique_ptr<Product>> m_products; // by folded "provider\product"
 };
 
-} // namespace velmora
+} // namespace velmora::archives

@@ -1,35 +1,14 @@
-#include "velmora/core/archive.h"
+#include "velmora/archives/productarchives.h"
+
+#include "velmora/archives/zipreader.h"
 
 #include "velmora/core/paths.h"
 
-#include <zip.h>
 
 #include <algorithm>
 #include <set>
 
-namespace velmora {
-
-bool listArchive(const fs::path& archive, std::vector<std::string>& names, std::string* error) {
-    names.clear();
-    int code = 0;
-    zip_t* zip = zip_open(archive.string().c_str(), ZIP_RDONLY, &code);
-    if (!zip) {
-        if (error) {
-            zip_error_t e;
-            zip_error_init_with_code(&e, code);
-            *error = archive.string() + ": cannot be read as an archive (" + zip_error_strerror(&e) + ")";
-            zip_error_fini(&e);
-        }
-        return false;
-    }
-    const zip_int64_t count = zip_get_num_entries(zip, 0);
-    names.reserve(static_cast<std::size_t>(std::max<zip_int64_t>(count, 0)));
-    for (zip_int64_t i = 0; i < count; ++i)
-        if (const char* name = zip_get_name(zip, static_cast<zip_uint64_t>(i), ZIP_FL_ENC_GUESS))
-            names.emplace_back(name);
-    zip_discard(zip); // read only: nothing to write back
-    return true;
-}
+namespace velmora::archives {
 
 namespace {
 
@@ -74,12 +53,12 @@ const ProductArchives::Product& ProductArchives::product(const std::string& prov
     }
     std::sort(files.begin(), files.end());
     for (const auto& file : files) {
-        std::vector<std::string> names;
-        if (!listArchive(file, names))
+        ZipReader zip;
+        if (!zip.open(file))
             continue;
         std::set<std::string> keys;
-        for (const auto& n : names)
-            keys.insert(entryKey(n));
+        for (const auto& e : zip.entries())
+            keys.insert(entryKey(e.name));
         slot->archives.emplace_back(file, std::move(keys));
     }
     return *slot;
@@ -99,4 +78,4 @@ std::optional<fs::path> ProductArchives::find(std::string_view relative) const {
     return std::nullopt;
 }
 
-} // namespace velmora
+} // namespace velmora::archives
