@@ -285,6 +285,8 @@ UnpackResult unpackArchive(WriteService& files, const fs::path& archive, const U
     }
     for (const auto& key : placeOrder) {
         auto& group = byPlace[key];
+        for (auto& g : group)
+            g.target = group.front().target; // one file, spelled as the first entry spells it
         if (group.size() > 1) {
             std::string names;
             for (const auto& g : group)
