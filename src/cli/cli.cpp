@@ -35,7 +35,7 @@ std::vector<Command> allCommands() {
     for (auto&& group :
          {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(), scenarioTransferCommands(),
           scenarioDetailsCommands(), batchSwapCommands(), scenarioHousekeepingCommands(), consistCommands(),
-          consistBuilderCommands(), qdBuildCommands(), qdCommands(), stockCommands(), historyCommands()})
+          consistBuilderCommands(), qdBuildCommands(), qdCommands(), stockCommands(), archiveCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

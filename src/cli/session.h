@@ -86,6 +86,7 @@ std::vector<Command> consistCommands();
 std::vector<Command> qdBuildCommands();
 std::vector<Command> consistBuilderCommands();
 std::vector<Command> qdCommands();
+std::vector<Command> archiveCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

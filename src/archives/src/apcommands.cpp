@@ -67,7 +67,7 @@ std::string unpackQuestion(UnpackCommand command) {
 }
 
 ApCommandResult unpackSelected(AppContext& ctx, UserInterface& ui, const std::vector<fs::path>& aps,
-                               UnpackCommand command, UnpackMode mode) {
+                               UnpackCommand command, UnpackMode mode, const fs::path& destination) {
     ApCommandResult out;
     if (ui.ask(unpackQuestion(command), Buttons::OkCancel) != Answer::Ok)
         return out;
@@ -81,7 +81,8 @@ ApCommandResult unpackSelected(AppContext& ctx, UserInterface& ui, const std::ve
         UnpackOptions options;
         options.mode = mode;
         options.kind = setOf(command);
-        if (mode == UnpackMode::NewFolder) {
+        options.destination = destination;
+        if (mode == UnpackMode::NewFolder && destination.empty()) {
             const auto folder = ui.chooseFolder("Save Unpacked Files in:-", ap.parent_path());
             if (!folder)
                 continue;

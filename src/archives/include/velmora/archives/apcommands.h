@@ -38,10 +38,11 @@ struct ApCommandResult {
 // The question each unpack command asks first.
 std::string unpackQuestion(UnpackCommand command);
 
-// Unpacks the chosen .ap files, each into its own folder (or, in the new-folder mode, one the
-// user chooses for each through `ui`).
+// Unpacks the chosen .ap files, each into its own folder, or into `destination` when one is
+// given, or, in the new-folder mode, into one the user chooses for each through `ui`.
 ApCommandResult unpackSelected(AppContext& ctx, UserInterface& ui, const std::vector<fs::path>& aps,
-                               UnpackCommand command, UnpackMode mode = UnpackMode::Overwrite);
+                               UnpackCommand command, UnpackMode mode = UnpackMode::Overwrite,
+                               const fs::path& destination = {});
 
 // Command15 and Command16: rolling stock from every .ap below Assets, or scenarios from every
 // .ap below Content, overwriting.
