@@ -4,6 +4,7 @@
 #include "velmora/core/filewrite.h"
 #include "velmora/core/journal.h"
 #include "velmora/core/paths.h"
+#include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 
 #include <algorithm>
@@ -199,9 +200,6 @@ constexpr bool kSyncEachFile =
     true;
 #endif
 
-std::string sizeText(std::uint64_t bytes) {
-    return std::to_string((bytes + (1 << 20) - 1) >> 20) + " MB";
-}
 
 } // namespace
 

@@ -1,6 +1,7 @@
 #include "velmora/archives/zipreader.h"
 
 #include "velmora/core/paths.h"
+#include "velmora/core/services.h"
 
 #include <zip.h>
 
@@ -26,18 +27,6 @@ std::string zipErrorText(int code) {
     return text;
 }
 
-std::string sizeText(std::uint64_t bytes) {
-    const char* units[] = {"bytes", "KB", "MB", "GB", "TB"};
-    double v = static_cast<double>(bytes);
-    int u = 0;
-    while (v >= 1024 && u < 4) {
-        v /= 1024;
-        ++u;
-    }
-    char buf[48];
-    std::snprintf(buf, sizeof buf, u == 0 ? "%.0f %s" : "%.1f %s", v, units[u]);
-    return buf;
-}
 
 } // namespace
 
