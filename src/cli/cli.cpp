@@ -33,9 +33,10 @@ Global options:
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
     for (auto&& group :
-         {editorCommands(), assetCommands(), routeCommands(), scenarioCommands(), scenarioTransferCommands(),
-          scenarioDetailsCommands(), batchSwapCommands(), scenarioHousekeepingCommands(), consistCommands(),
-          consistBuilderCommands(), qdBuildCommands(), qdCommands(), stockCommands(), archiveCommands(), historyCommands()})
+         {editorCommands(), assetCommands(), contentCommands(), routeCommands(), scenarioCommands(),
+          scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
+          scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
+          qdCommands(), stockCommands(), archiveCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }
@@ -106,6 +107,33 @@ std::string csvField(const std::string& text) {
 }
 
 std::string jsonString(const std::string& cp1252) { return jsonQuoted(shown(cp1252)); }
+
+std::string tableJson(const std::vector<std::string>& columns,
+                      const std::vector<std::vector<std::string>>& rows) {
+    std::string out = "[\n";
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+        out += "  {";
+        for (std::size_t c = 0; c < rows[r].size() && c < columns.size(); ++c)
+            out += (c ? ", " : "") + jsonString(columns[c]) + ": " + jsonString(rows[r][c]);
+        out += r + 1 < rows.size() ? "},\n" : "}\n";
+    }
+    return out + "]\n";
+}
+
+std::string tableText(const std::vector<std::string>& columns,
+                      const std::vector<std::vector<std::string>>& rows, char separator, bool quoted) {
+    std::string out;
+    auto line = [&](const std::vector<std::string>& cells) {
+        for (std::size_t i = 0; i < cells.size(); ++i)
+            out += (i ? std::string(1, separator) : std::string()) +
+                   (quoted ? csvField(cells[i]) : shown(cells[i]));
+        out += '\n';
+    };
+    line(columns);
+    for (const auto& cells : rows)
+        line(cells);
+    return out;
+}
 
 std::optional<std::string> Arguments::value(const std::string& option) const {
     for (auto it = options.rbegin(); it != options.rend(); ++it)

@@ -18,29 +18,11 @@ namespace velmora::cli {
 namespace {
 
 std::string rowsAsJson(const std::vector<assets::AssetRow>& rows) {
-    const auto& columns = assets::assetColumns();
-    std::string out = "[\n";
-    for (std::size_t r = 0; r < rows.size(); ++r) {
-        const auto cells = rows[r].cells();
-        out += "  {";
-        for (std::size_t c = 0; c < cells.size(); ++c)
-            out += (c ? ", " : "") + jsonString(columns[c]) + ": " + jsonString(cells[c]);
-        out += r + 1 < rows.size() ? "},\n" : "}\n";
-    }
-    return out + "]\n";
+    return tableJson(assets::assetColumns(), assets::cellsOf(rows));
 }
 
 std::string rowsAsText(const std::vector<assets::AssetRow>& rows, char separator) {
-    std::string out;
-    auto line = [&](const std::vector<std::string>& cells) {
-        for (std::size_t i = 0; i < cells.size(); ++i)
-            out += (i ? std::string(1, separator) : std::string()) + shown(cells[i]);
-        out += '\n';
-    };
-    line(assets::assetColumns());
-    for (const auto& r : rows)
-        line(r.cells());
-    return out;
+    return tableText(assets::assetColumns(), assets::cellsOf(rows), separator, false);
 }
 
 // The options every list command shares.

@@ -74,6 +74,7 @@ struct Command {
 std::vector<Command> basicCommands();
 std::vector<Command> editorCommands();
 std::vector<Command> assetCommands();
+std::vector<Command> contentCommands();
 std::vector<Command> routeCommands();
 std::vector<Command> scenarioCommands();
 std::vector<Command> scenarioTransferCommands();
@@ -96,6 +97,12 @@ std::string shown(const std::string& cp1252);
 std::string jsonString(const std::string& cp1252);
 // A CSV field in quotes, quotes inside doubled.
 std::string csvField(const std::string& text);
+// Rows of cells under their column names: a JSON array of objects, one a row; or lines of
+// text, the column names first, the cells joined by `separator` (each in quotes if `quoted`).
+std::string tableJson(const std::vector<std::string>& columns,
+                      const std::vector<std::vector<std::string>>& rows);
+std::string tableText(const std::vector<std::string>& columns,
+                      const std::vector<std::vector<std::string>>& rows, char separator, bool quoted);
 
 // Splits a command's words into options with values, flags and plain arguments.
 // `withValue` lists the options that take the next word as their value.

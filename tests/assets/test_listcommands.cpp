@@ -1,5 +1,6 @@
 #include "velmora/core/services.h"
 #include "velmora/assets/listcommands.h"
+#include "velmora/core/journal.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/userinterface.h"
 
@@ -109,6 +110,13 @@ TEST_F(AssetFiles, DeleteFindsFilesWhateverTheirCase) {
     EXPECT_TRUE(r.errors.empty());
     EXPECT_FALSE(fs::exists(m_dir / "rw/Assets/DTG/Class66/RailVehicles/A.BIN"));
     EXPECT_TRUE(fs::exists(m_dir / "rw/Assets/DTG/Class66/RailVehicles/keep.bin"));
+    // Nothing is gone for good: the file keeps its backup name, and one undo puts it back.
+    EXPECT_TRUE(fs::exists(m_dir / "rw/Assets/DTG/Class66/RailVehicles/A.BIN.bak"));
+    const auto entries = m_ctx->journal().entries();
+    ASSERT_FALSE(entries.empty());
+    EXPECT_EQ(entries.back().command, "Delete Selected");
+    ASSERT_TRUE(undoEntry(m_ctx->files(), entries.back().id, false).ok);
+    EXPECT_TRUE(fs::exists(m_dir / "rw/Assets/DTG/Class66/RailVehicles/A.BIN"));
 }
 
 TEST_F(AssetFiles, PictureComesFromTheThumbnailThenLocoInformationThenNothing) {

@@ -10,7 +10,8 @@
 //
 // A case may hold several steps: every "args:" line starts one, and the lines after it check
 // that step. Before the next step runs, "copy: FROM TO" copies a file, "write: PATH TEXT"
-// writes the text (maybe none) into a file, "mode: OCTAL PATH" sets a file's permissions.
+// writes the text (maybe none) into a file, "mode: OCTAL PATH" sets a file's permissions,
+// "fifo: PATH" makes a named pipe (which a reader that opened it would wait on for ever).
 // "same: A B" and "differ: A B" compare two files after the step before, "absent: P" wants P
 // not to exist and "exists: P" wants it to.
 //
@@ -29,6 +30,7 @@
 #include <fstream>
 #include <iomanip>
 
+#include <sys/stat.h>
 #include <unistd.h>
 #include <sstream>
 
@@ -102,6 +104,8 @@ Case readCase(const fs::path& file, const std::map<std::string, std::string>& va
         } else if (key == "copy" || key == "mode") {
             const auto [a, b] = pair(value);
             pending.push_back({key, a, b});
+        } else if (key == "fifo") {
+            pending.push_back({key, value, ""});
         } else if (key == "write") {
             const auto blank = value.find(' ');
             pending.push_back({key, value.substr(0, blank), blank == std::string::npos ? "" : value.substr(blank + 1)});
@@ -188,6 +192,9 @@ TEST_P(CliCases, Run) {
         for (const Preparation& p : step.before) {
             if (p.kind == "copy") {
                 ASSERT_TRUE(fs::copy_file(p.first, p.rest, fs::copy_options::overwrite_existing)) << p.first;
+            } else if (p.kind == "fifo") {
+                fs::create_directories(fs::path(p.first).parent_path());
+                ASSERT_EQ(::mkfifo(p.first.c_str(), 0600), 0) << p.first;
             } else if (p.kind == "write") {
                 fs::create_directories(fs::path(p.first).parent_path());
                 std::ofstream(p.first, std::ios::binary | std::ios::trunc) << p.rest;

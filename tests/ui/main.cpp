@@ -6,6 +6,7 @@ int runTestFrmEditor(int argc, char** argv);
 int runTestEditorDocument(int argc, char** argv);
 int runTestEditorSearch(int argc, char** argv);
 int runTestFrmAssets(int argc, char** argv);
+int runTestFrmContent(int argc, char** argv);
 int runTestFrmDelRoute(int argc, char** argv);
 int runTestTextViews(int argc, char** argv);
 int runTestDesktopUi(int argc, char** argv);
@@ -23,8 +24,8 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
     QApplication app(argc, argv);
     int failed = 0;
-    for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
-                     runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
+    for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets,
+                     runTestFrmContent, runTestFrmDelRoute, runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
                      runTestQDBuild, runTestConsistBuilder, runTestQdCheck})
         failed += run(argc, argv);

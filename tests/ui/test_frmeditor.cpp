@@ -1,6 +1,7 @@
 // The main screen driven through its commands, offscreen.
 
 #include "assets/frmassets.h"
+#include "assets/frmcontent.h"
 #include "common/frmabout.h"
 #include "common/frmreport.h"
 #include "common/mnemonics.h"
@@ -139,8 +140,14 @@ private slots:
         QVERIFY(!editor->action("mnuBackup")->isEnabled()); // its tool is not built yet
         QVERIFY(editor->action("mnuDont")->isEnabled());
         // What works is live; what does not says what it waits for.
-        for (const char* name : {"mnuCSV", "mnuExcel", "mnuTxt", "mnuCTF", "mnuClearTemp", "mnuQDPreload", "mnuCheckQD"})
+        for (const char* name : {"mnuCSV", "mnuExcel", "mnuTxt", "mnuCTF", "mnuClearTemp", "mnuQDPreload",
+                                 "mnuCheckQD", "mnuCnt"})
             QVERIFY2(editor->action(name)->isEnabled(), name);
+        // The Content Editor entry opens the content list, one screen however often it is chosen.
+        editor->action("mnuCnt")->trigger();
+        editor->action("mnuCnt")->trigger();
+        QCOMPARE(editor->findChildren<ui::frmContent*>().size(), 1);
+        QVERIFY(editor->findChild<ui::frmContent*>()->isVisible());
         QCOMPARE(editor->action("mnuBackup")->toolTip(), QString("Waits for the backup and housekeeping tools"));
         QCOMPARE(editor->action("mnuSaveRS")->toolTip(), QString("Works while a document is open"));
         everyDisabledEntrySaysWhy(*editor);

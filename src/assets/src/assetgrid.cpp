@@ -103,6 +103,14 @@ std::vector<std::string> AssetRow::cells() const {
     return {provider, product, path, name, inScene, category, blueprint, index};
 }
 
+CellRows cellsOf(const std::vector<AssetRow>& rows) {
+    CellRows cells;
+    cells.reserve(rows.size());
+    for (const AssetRow& row : rows)
+        cells.push_back(row.cells());
+    return cells;
+}
+
 const std::vector<std::string>& assetColumns() {
     static const std::vector<std::string> columns = {"Provider", "Product",  "Path",      "Name",
                                                      "In Scene", "Category", "Blueprint", "Index"};

@@ -247,15 +247,7 @@ AssetListResult buildAssetList(const fs::path& startFolder, const AssetListOptio
     // The walk: cheap, on this thread, deciding every file that can be decided by its path.
     std::vector<Candidate> candidates;
     cScanPath scan;
-    scan.Archive = true;
-    scan.Compressed = true;
-    scan.Hidden = false;
-    scan.ReadOnly = false;
-    scan.System = false;
-    scan.Normal = true;
-    scan.setFilter(options.mask.empty() ? "*.*" : options.mask);
-    if (options.zeroLength)
-        scan.MaximumSize = 1;
+    scan.useListSettings(options.mask, options.zeroLength);
     if (ui)
         ui->beginProgress("Looking for files in " + startFolder.string(), 0);
     long seen = 0;

@@ -5,6 +5,8 @@
 #include "velmora/assets/scanpath.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
+#include "velmora/core/filewrite.h"
+#include "velmora/core/journal.h"
 #include "velmora/core/services.h"
 #include "velmora/core/textboundary.h"
 #include "velmora/core/xmltext.h"
@@ -19,11 +21,6 @@ namespace velmora::assets {
 namespace {
 
 const ScanSettings kText{Match::Text};
-
-std::string cell(const AssetRow& row, int column) {
-    const auto cells = row.cells();
-    return column >= 0 && column < static_cast<int>(cells.size()) ? cells[static_cast<std::size_t>(column)] : std::string();
-}
 
 std::optional<QRegularExpression> findPattern(const std::string& text, std::string* error) {
     QString typed = QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
@@ -61,24 +58,37 @@ fs::path rowFile(AppContext& ctx, const AssetRow& row) {
     return ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets\\" + row.relativePath());
 }
 
-std::optional<std::size_t> findRow(const std::vector<AssetRow>& rows, int column, const std::string& text,
-                                   std::size_t from, std::string* error) {
+std::optional<std::size_t> findCellRow(const CellRows& rows, int column, const std::string& text,
+                                       std::size_t from, std::string* error) {
     const auto re = findPattern(text, error);
     if (!re)
         return std::nullopt;
     for (std::size_t i = from; i < rows.size(); ++i) {
-        const std::string value = cell(rows[i], column);
+        const auto& cells = rows[i];
+        const std::string value = column >= 0 && static_cast<std::size_t>(column) < cells.size()
+                                      ? cells[static_cast<std::size_t>(column)]
+                                      : std::string();
         if (re->match(QString::fromLatin1(value.data(), static_cast<qsizetype>(value.size()))).hasMatch())
             return i;
     }
     return std::nullopt;
 }
 
-std::vector<std::size_t> matchingRows(const std::vector<AssetRow>& rows, int column, const std::string& text) {
+std::vector<std::size_t> matchingCellRows(const CellRows& rows, int column, const std::string& text) {
     std::vector<std::size_t> hits;
-    for (auto at = findRow(rows, column, text, 0); at; at = findRow(rows, column, text, *at + 1))
+    for (auto at = findCellRow(rows, column, text, 0); at; at = findCellRow(rows, column, text, *at + 1))
         hits.push_back(*at);
     return hits;
+}
+
+std::optional<std::size_t> findRow(const std::vector<AssetRow>& rows, int column, const std::string& text,
+                                   std::size_t from, std::string* error) {
+    return findCellRow(cellsOf(rows), column, text, from, error);
+}
+
+std::vector<std::size_t> matchingRows(const std::vector<AssetRow>& rows, int column,
+                                      const std::string& text) {
+    return matchingCellRows(cellsOf(rows), column, text);
 }
 
 std::string deleteWarning() {
@@ -87,25 +97,33 @@ std::string deleteWarning() {
            "you make one before carrying out this procedure!";
 }
 
-DeleteResult deleteRowFiles(AppContext& ctx, const std::vector<AssetRow>& rows) {
+DeleteResult deleteFiles(AppContext& ctx, const std::vector<fs::path>& files) {
     DeleteResult result;
+    JournalCommand command(&ctx.journal(), "Delete Selected");
+    for (const fs::path& file : files) {
+        std::error_code ec;
+        if (!fs::is_regular_file(file, ec))
+            continue;
+        if (const WriteResult removed = ctx.files().remove(file); removed)
+            ++result.deleted;
+        else
+            result.errors.push_back(removed.message);
+    }
+    ctx.resolver.invalidate();
+    return result;
+}
+
+DeleteResult deleteRowFiles(AppContext& ctx, const std::vector<AssetRow>& rows) {
+    std::vector<fs::path> files;
     for (const AssetRow& row : rows) {
         std::string relative = row.relativePath();
         while (!relative.empty() && relative.back() == '\\')
             relative.pop_back();
         if (relative.empty() || relative == "\\\\")
             continue;
-        const fs::path file = rowFile(ctx, row);
-        std::error_code ec;
-        if (!fs::is_regular_file(file, ec))
-            continue;
-        if (fs::remove(file, ec))
-            ++result.deleted;
-        else
-            result.errors.push_back(file.string() + ": " + ec.message());
+        files.push_back(rowFile(ctx, row));
     }
-    ctx.resolver.invalidate();
-    return result;
+    return deleteFiles(ctx, files);
 }
 
 RowPicture rowPicture(AppContext& ctx, const AssetRow& row) {

@@ -67,6 +67,17 @@ std::string cScanPath::Filter() const {
     return f;
 }
 
+void cScanPath::useListSettings(const std::string& mask, bool zeroLength) {
+    Archive = true;
+    Compressed = true;
+    Hidden = false;
+    ReadOnly = false;
+    System = false;
+    Normal = true;
+    setFilter(mask.empty() ? "*.*" : mask);
+    MaximumSize = zeroLength ? 1 : 0;
+}
+
 bool cScanPath::like(std::string_view name, std::string_view pattern) {
     // Iterative wildcard match with one backtrack point: linear in practice, never recursive.
     std::size_t n = 0, p = 0, starP = std::string_view::npos, starN = 0;

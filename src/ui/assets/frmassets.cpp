@@ -5,6 +5,7 @@
 #include "../common/frmreport.h"
 #include "../routes/frmdelroute.h"
 #include "assetgridview.h"
+#include "textureimage.h"
 #include "velmora/assets/assetlist.h"
 #include "velmora/assets/listcommands.h"
 #include "velmora/core/convert.h"
@@ -15,7 +16,6 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
-#include <QFileDialog>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -28,22 +28,16 @@
 #include <QListWidget>
 #include <QMenuBar>
 #include <QMouseEvent>
-#include <QPrintDialog>
-#include <QPrinter>
 #include <QPushButton>
 #include <QSplitter>
 #include <QTableWidget>
-#include <QTextCursor>
-#include <QTextDocument>
-#include <QTextTable>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace velmora::ui {
 
 namespace {
-
-constexpr const char* kListFilter =
-    "Comma Separated (*.csv)|*.csv|Excel file (*.xls)|*.xls|Tabbed text file (*.txt)|*.txt";
 
 QPushButton* commandButton(const char* name, const QString& caption) {
     auto* b = new QPushButton(caption);
@@ -52,26 +46,21 @@ QPushButton* commandButton(const char* name, const QString& caption) {
 }
 
 QImage pictureOf(const assets::RowPicture& p) {
-    if (p.source == assets::RowPicture::Source::Texture) {
-        const textures::Image img = textures::readTexture(p.file);
-        if (!img.valid())
-            return {};
-        return QImage(img.rgba.data(), img.width, img.height, img.width * 4, QImage::Format_RGBA8888).copy();
-    }
+    if (p.source == assets::RowPicture::Source::Texture)
+        return textureImage(textures::readTexture(p.file));
     return QImage(QString::fromStdString(p.file.string()));
 }
 
 } // namespace
 
-frmAssets::frmAssets(AppContext& ctx, QWidget* parent) : QMainWindow(parent), m_ctx(ctx), m_checks(ctx) {
+frmAssets::frmAssets(AppContext& ctx, QWidget* parent)
+    : ListScreen(ctx, assets::assetColumns(), "Assets", parent), m_checks(ctx) {
     setObjectName("frmAssets");
     setWindowTitle(caption(m_ctx, 67, "Build List of Assets"));
     setAttribute(Qt::WA_DeleteOnClose, false);
     buildWidgets();
     // Big enough at first to show the grid's columns and a screenful of rows.
     rememberPlace(m_ctx, this, objectName(), {1280, 820});
-    // A fresh scratch folder for this screen's conversions.
-    m_ctx.clearTempFiles();
     m_start->setText(toQt(m_ctx.resolver.resolveForWrite(m_ctx.railWorks(), "Assets").string()));
     hideChildControls();
     const bool missingList = FileExists(m_ctx.reports() / "MissingAssets.csv");
@@ -84,17 +73,9 @@ void frmAssets::buildWidgets() {
     auto* central = new QWidget;
     setCentralWidget(central);
 
-    m_start = new QLineEdit;
-    m_start->setObjectName("Text2");
-    auto* browse = commandButton("cmdBrowse", tr("..."));
-    connect(browse, &QPushButton::clicked, this, [this] {
-        const QString dir = QFileDialog::getExistingDirectory(this, tr("Start folder"), m_start->text());
-        if (!dir.isEmpty())
-            m_start->setText(dir);
-    });
-    m_mask = new QComboBox;
-    m_mask->setObjectName("Text1");
-    m_mask->setEditable(true);
+    m_start = startFolder();
+    QPushButton* browse = browseButton();
+    m_mask = maskBox();
     m_mask->addItems({"*.bin", "*_WI*.TgPcDx", "*.xml", "*.cost*;*.tgt", "*.bak*"});
     m_category = new QLineEdit;
     m_category->setObjectName("Text5");
@@ -117,13 +98,6 @@ void frmAssets::buildWidgets() {
         if (m_maxLod->text().toInt() > 10000)
             m_maxLod->setText("10000");
     });
-    m_find = new QLineEdit;
-    m_find->setObjectName("Text6");
-    m_findColumn = new QComboBox;
-    m_findColumn->setObjectName("Combo1");
-    for (const auto& c : assets::assetColumns())
-        m_findColumn->addItem(toQt(c));
-    m_findColumn->setCurrentIndex(3);
 
     auto* inputs = new QGridLayout;
     inputs->addWidget(new QLabel(tr("Start folder")), 0, 0);
@@ -141,8 +115,8 @@ void frmAssets::buildWidgets() {
     inputs->addWidget(m_excludePreload, 3, 2);
     inputs->addWidget(m_defaultFolders, 3, 3);
     inputs->addWidget(new QLabel(caption(m_ctx, 80, "Search for:")), 4, 0);
-    inputs->addWidget(m_find, 4, 1);
-    inputs->addWidget(m_findColumn, 4, 2);
+    inputs->addWidget(findBox(), 4, 1);
+    inputs->addWidget(findColumn(), 4, 2);
 
     struct Button {
         const char* name;
@@ -150,31 +124,26 @@ void frmAssets::buildWidgets() {
         const char* caption;
         void (frmAssets::*slot)();
     };
-    const Button buttons[] = {
-        {"Command1", 87, "Add to List", &frmAssets::Command1_Click},
-        {"Command5", 292, "Clear List", &frmAssets::Command5_Click},
-        {"Command3", 91, "Save List", &frmAssets::Command3_Click},
-        {"Command11", 92, "Load List", &frmAssets::Command11_Click},
-        {"Command18", 301, "Restore", &frmAssets::Command18_Click},
-        {"Command2", 89, "Print List", &frmAssets::Command2_Click},
+    // In this order; the list commands all file lists share come from ListScreen.
+    const char* const order[] = {"Command1",  "Command5",  "Command3",  "Command11", "Command18", "Command2",
+                                 "Command13", "Command22", "Command14", "Command8",  "Command15", "Command16",
+                                 "Command10", "Command6",  "Command9",  "Command20"};
+    const Button own[] = {
         {"Command13", 69, "Save Stock Index", &frmAssets::Command13_Click},
         {"Command22", 70, "List QD consists", &frmAssets::Command22_Click},
-        {"Command14", 373, "Find", &frmAssets::Command14_Click},
-        {"Command8", 380, "Show All", &frmAssets::Command8_Click},
-        {"Command15", 375, "Select All", &frmAssets::Command15_Click},
-        {"Command16", 376, "Unselect All", &frmAssets::Command16_Click},
-        {"Command10", 381, "Find Zero Length Files", &frmAssets::Command10_Click},
-        {"Command6", 293, "Delete Selected", &frmAssets::Command6_Click},
         {"Command9", 78, "Display Child Entries.", &frmAssets::Command9_Click},
         {"Command20", 82, "Add LocoInformation", &frmAssets::Command20_Click},
     };
     auto* commands = new QGridLayout;
     int i = 0;
-    for (const Button& b : buttons) {
-        QPushButton* button = commandButton(b.name, caption(m_ctx, b.entry, b.caption));
-        connect(button, &QPushButton::clicked, this, b.slot);
-        if (QString(b.name) == "Command14")
-            button->setShortcut(Qt::Key_F3); // F3 repeats the find
+    for (const char* name : order) {
+        const auto mine = std::find_if(std::begin(own), std::end(own),
+                                       [&](const Button& b) { return QString(b.name) == name; });
+        QPushButton* button = mine == std::end(own)
+                                  ? listCommand(name)
+                                  : commandButton(mine->name, caption(m_ctx, mine->entry, mine->caption));
+        if (mine != std::end(own))
+            connect(button, &QPushButton::clicked, this, mine->slot);
         commands->addWidget(button, i / 4, i % 4);
         ++i;
     }
@@ -192,25 +161,11 @@ void frmAssets::buildWidgets() {
         }
     }
 
-    auto* hide = new QGroupBox(caption(m_ctx, 382, "Hide Columns"));
-    auto* hideLayout = new QHBoxLayout(hide);
-    for (int c = 0; c < 8; ++c) {
-        auto* box = new QCheckBox(toQt(assets::assetColumns()[static_cast<std::size_t>(c)]));
-        box->setObjectName(QString("Check2_%1").arg(c));
-        connect(box, &QCheckBox::toggled, this, [this, c](bool on) { m_grid->setColumnHidden(c, on); });
-        hideLayout->addWidget(box);
-    }
+    QGroupBox* hide = hideColumnsBox();
 
-    m_grid = makeAssetGrid();
-    m_grid->setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(m_grid, &QWidget::customContextMenuRequested, this, [this] { copySelectionToClipboard(); });
-    connect(m_grid, &QTableWidget::cellClicked, this, [this](int row, int) { showRowPicture(row); });
-    connect(m_grid, &QTableWidget::itemSelectionChanged, this, &frmAssets::updateCounts);
-
-    m_total = new QLabel;
-    m_total->setObjectName("Label5");
-    m_selected = new QLabel;
-    m_selected->setObjectName("Label11");
+    grid()->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(grid(), &QWidget::customContextMenuRequested, this, [this] { copySelectionToClipboard(); });
+    connect(grid(), &QTableWidget::cellClicked, this, [this](int row, int) { showRowPicture(row); });
     m_picture = new QLabel;
     m_picture->setObjectName("Picture1");
     m_picture->setMinimumSize(256, 256);
@@ -239,21 +194,16 @@ void frmAssets::buildWidgets() {
     sideLayout->addWidget(m_smokeStack);
 
     auto* split = new QSplitter;
-    split->addWidget(m_grid);
+    split->addWidget(grid());
     split->addWidget(side);
     split->setStretchFactor(0, 3);
-
-    auto* counts = new QHBoxLayout;
-    counts->addWidget(m_total);
-    counts->addWidget(m_selected);
-    counts->addStretch(1);
 
     auto* layout = new QVBoxLayout(central);
     layout->addLayout(inputs);
     layout->addLayout(commands);
     layout->addWidget(hide);
     layout->addWidget(split, 1);
-    layout->addLayout(counts);
+    layout->addLayout(countsRow());
 
     m_checkMenu = menuBar()->addMenu(caption(m_ctx, 294, "Check Assets"));
     m_checkMenu->setObjectName("mnuCheckStock");
@@ -287,31 +237,32 @@ QAction* frmAssets::action(const QString& name) const {
     return nullptr;
 }
 
-std::vector<assets::AssetRow> frmAssets::rows() const {
+namespace {
+std::vector<assets::AssetRow> assetRows(const assets::CellRows& cells) {
     std::vector<assets::AssetRow> out;
-    out.reserve(static_cast<std::size_t>(m_grid->rowCount()));
-    for (int r = 0; r < m_grid->rowCount(); ++r) {
-        std::vector<std::string> cells(8);
-        for (int c = 0; c < 8; ++c)
-            if (auto* item = m_grid->item(r, c))
-                cells[static_cast<std::size_t>(c)] = fromQt(item->text());
-        out.push_back({cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], cells[6], cells[7]});
+    out.reserve(cells.size());
+    for (auto c : cells) {
+        c.resize(8);
+        out.push_back({c[0], c[1], c[2], c[3], c[4], c[5], c[6], c[7]});
     }
     return out;
 }
+} // namespace
 
-std::vector<assets::AssetRow> frmAssets::selectedRows() const {
-    const auto all = rows();
-    std::vector<assets::AssetRow> out;
-    for (const QModelIndex& index : m_grid->selectionModel()->selectedRows())
-        out.push_back(all[static_cast<std::size_t>(index.row())]);
-    return out;
-}
+std::vector<assets::AssetRow> frmAssets::rows() const { return assetRows(gridCells()); }
 
-void frmAssets::updateCounts() {
-    m_total->setText(caption(m_ctx, 88, "Total rows:") + QString(" %1").arg(m_grid->rowCount()));
-    m_selected->setText(caption(m_ctx, 86, "Selected rows:") +
-                        QString(" %1").arg(m_grid->selectionModel()->selectedRows().size()));
+std::vector<assets::AssetRow> frmAssets::selectedRows() const { return assetRows(selectedCells()); }
+
+std::vector<std::filesystem::path> frmAssets::filesOf(const assets::CellRows& cells) const {
+    std::vector<std::filesystem::path> files;
+    for (const auto& row : assetRows(cells)) {
+        std::string relative = row.relativePath();
+        while (!relative.empty() && relative.back() == '\\')
+            relative.pop_back();
+        if (!relative.empty())
+            files.push_back(assets::rowFile(m_ctx, row));
+    }
+    return files;
 }
 
 void frmAssets::hideChildControls() {
@@ -323,13 +274,7 @@ void frmAssets::hideChildControls() {
 }
 
 void frmAssets::appendRows(const std::vector<assets::AssetRow>& rows) {
-    appendAssetRows(m_grid, rows);
-    updateCounts();
-}
-
-void frmAssets::setRows(const std::vector<assets::AssetRow>& rows) {
-    m_grid->setRowCount(0);
-    appendRows(rows);
+    appendGridRows(assets::cellsOf(rows));
 }
 
 assets::AssetListOptions frmAssets::readOptions() const {
@@ -353,14 +298,8 @@ void frmAssets::runList(assets::AssetListOptions options, bool announce) {
         m_ctx.ui().message(m, Icon::Warning, "Velmora");
     appendRows(result.rows);
     m_category->setText(toQt(result.categoryFilter));
-    if (announce && !result.stopped) {
-        if (m_deleting) {
-            m_ctx.ui().message(fromQt(caption(m_ctx, 429, "Selected items have been removed from the grid.")));
-            m_deleting = false;
-        } else {
-            m_ctx.ui().message(fromQt(caption(m_ctx, 90, "Selected items have been added to the grid.")));
-        }
-    }
+    if (announce && !result.stopped)
+        announceBuild();
     emit listBuilt();
 }
 
@@ -384,80 +323,6 @@ void frmAssets::Command10_Click() {
     runList(o, true);
 }
 
-void frmAssets::Command5_Click() {
-    m_grid->setRowCount(0);
-    m_findStart = 0;
-    updateCounts();
-}
-
-void frmAssets::Command3_Click() {
-    MakePath(m_ctx.reports());
-    FileRequest request{"Save Grid as File", m_ctx.reports(), kListFilter, true};
-    auto chosen = m_ctx.ui().chooseFile(request);
-    if (!chosen || chosen->empty())
-        return;
-    const auto form = assets::listFormOf(*chosen);
-    if (form == assets::ListForm::Unknown)
-        return;
-    std::string error;
-    JournalCommand command(&m_ctx.journal(), "Save Grid as File " + chosen->string());
-    if (!assets::saveAssetList(m_ctx.files(), *chosen, form, rows(), &error))
-        m_ctx.ui().message(error, Icon::Warning);
-}
-
-bool frmAssets::loadList(const std::filesystem::path& file) {
-    const auto form = assets::listFormOf(file);
-    if (form == assets::ListForm::Unknown)
-        return false;
-    std::vector<assets::AssetRow> loaded;
-    std::string error;
-    if (!assets::loadAssetList(file, form, loaded, &error)) {
-        m_ctx.ui().message(error, Icon::Warning);
-        return false;
-    }
-    setRows(loaded);
-    m_lastList = file;
-    return true;
-}
-
-void frmAssets::Command11_Click() {
-    MakePath(m_ctx.reports());
-    FileRequest request{"Load Grid from File", m_ctx.reports(), kListFilter, false};
-    auto chosen = m_ctx.ui().chooseFile(request);
-    if (chosen && !chosen->empty())
-        loadList(*chosen);
-}
-
-void frmAssets::Command18_Click() {
-    if (!m_lastList.empty())
-        loadList(m_lastList);
-}
-
-void frmAssets::printGrid(QPrinter& printer) {
-    QTextDocument page;
-    QTextCursor c(&page);
-    QTextTable* table = c.insertTable(m_grid->rowCount() + 1, 8);
-    for (int col = 0; col < 8; ++col)
-        table->cellAt(0, col).firstCursorPosition().insertText(m_grid->horizontalHeaderItem(col)->text());
-    for (int r = 0; r < m_grid->rowCount(); ++r)
-        for (int col = 0; col < 8; ++col)
-            if (auto* item = m_grid->item(r, col))
-                table->cellAt(r + 1, col).firstCursorPosition().insertText(item->text());
-    page.print(&printer);
-}
-
-void frmAssets::Command2_Click() {
-    if (m_grid->rowCount() < 1) {
-        m_ctx.ui().message("You do not appear to have added any items to the list below?\n"
-                           "Click the 'Add to List' button to enable your stock selection.");
-        return;
-    }
-    QPrinter printer;
-    QPrintDialog dialog(&printer, this);
-    if (dialog.exec() == QDialog::Accepted)
-        printGrid(printer);
-}
-
 void frmAssets::Command13_Click() {
     if (m_ctx.ui().ask("To make an Index file, you must first have set this screen\n"
                        "to start on 'Assets' and ticked the 'Rolling Stock only' box.\n"
@@ -468,69 +333,6 @@ void frmAssets::Command13_Click() {
     JournalCommand command(&m_ctx.journal(), "Save Index File");
     if (!assets::saveStockIndex(m_ctx.files(), m_ctx.reports(), rows(), &error))
         m_ctx.ui().message(error, Icon::Warning);
-}
-
-void frmAssets::Command14_Click() {
-    std::string error;
-    const auto hit = assets::findRow(rows(), m_findColumn->currentIndex(), fromQt(m_find->text()),
-                                     static_cast<std::size_t>(m_findStart), &error);
-    if (!error.empty()) {
-        m_ctx.ui().message(error, Icon::Warning);
-        return;
-    }
-    if (!hit) {
-        m_findStart = 0;
-        return;
-    }
-    m_grid->selectRow(static_cast<int>(*hit));
-    m_grid->scrollToItem(m_grid->item(static_cast<int>(*hit), 0));
-    m_findStart = static_cast<int>(*hit) + 1;
-}
-
-void frmAssets::Command8_Click() {
-    if (m_grid->rowCount() == 0)
-        return;
-    // "Show All" keeps only the rows that Find would stop at.
-    const auto all = rows();
-    const auto hits = assets::matchingRows(all, m_findColumn->currentIndex(), fromQt(m_find->text()));
-    std::vector<assets::AssetRow> kept;
-    for (std::size_t i : hits)
-        kept.push_back(all[i]);
-    setRows(kept);
-    m_grid->selectAll();
-    m_findStart = 0;
-    updateCounts();
-}
-
-void frmAssets::Command15_Click() {
-    m_grid->selectAll();
-    updateCounts();
-}
-
-void frmAssets::Command16_Click() {
-    m_grid->clearSelection();
-    updateCounts();
-}
-
-void frmAssets::Command6_Click() {
-    const auto selected = selectedRows();
-    if (selected.empty()) {
-        m_ctx.ui().message("No rows are selected, so nothing was deleted.");
-        return;
-    }
-    if (m_ctx.ui().ask(assets::deleteWarning(), Buttons::OkCancel, Icon::Warning) != Answer::Ok)
-        return;
-    m_deleting = true;
-    const auto result = assets::deleteRowFiles(m_ctx, selected);
-    for (const auto& e : result.errors)
-        m_ctx.ui().message(e, Icon::Warning);
-    Command5_Click();
-    if (m_zeroLength) {
-        m_zeroLength = false;
-        m_deleting = false;
-        return;
-    }
-    Command1_Click();
 }
 
 void frmAssets::copySelectionToClipboard() {
@@ -547,7 +349,7 @@ void frmAssets::copySelectionToClipboard() {
 }
 
 void frmAssets::showRowPicture(int row) {
-    if (row < 0 || row >= m_grid->rowCount())
+    if (row < 0 || row >= grid()->rowCount())
         return;
     m_ctx.clearTempFiles();
     hideChildControls();
@@ -568,7 +370,7 @@ void frmAssets::showRowPicture(int row) {
 }
 
 std::optional<assets::AssetRow> frmAssets::singleSelection(const char* tooFewMessage) {
-    if (m_grid->rowCount() < 2) {
+    if (grid()->rowCount() < 2) {
         m_ctx.ui().message(tooFewMessage);
         return std::nullopt;
     }
@@ -718,7 +520,7 @@ void frmAssets::mnuWag_Click() {
 }
 
 void frmAssets::mnuSFA_Click() {
-    if (m_grid->rowCount() < 2) {
+    if (grid()->rowCount() < 2) {
         m_ctx.ui().message("You do not appear to have added any items to the list below?\n"
                            "Click the 'Add to List' button to enable your selection.");
         return;
@@ -728,7 +530,7 @@ void frmAssets::mnuSFA_Click() {
 }
 
 void frmAssets::mnuLoft_Click() {
-    if (m_grid->rowCount() < 1) {
+    if (grid()->rowCount() < 1) {
         m_ctx.ui().message("You do not appear to have added any items to the list below?\n"
                            "Click the 'Add to List' button to enable your selection.");
         return;
@@ -745,10 +547,13 @@ void frmAssets::mnuInScene_Click() {
     for (const auto& problem : m_checks.useInScenarios(rows))
         m_ctx.ui().message(problem, Icon::Warning);
     // The rows that were stored now say so.
-    const auto selected = m_grid->selectionModel()->selectedRows();
+    const auto selected = grid()->selectionModel()->selectedRows();
     for (int i = 0; i < selected.size() && static_cast<std::size_t>(i) < rows.size(); ++i)
-        if (auto* cell = m_grid->item(selected[i].row(), 4))
-            cell->setText(toQt(rows[static_cast<std::size_t>(i)].inScene));
+        if (auto* cell = grid()->item(selected[i].row(), 4)) {
+            const std::string& inScene = rows[static_cast<std::size_t>(i)].inScene;
+            cell->setText(toQt(inScene));
+            cell->setData(Qt::UserRole, QByteArray::fromStdString(inScene));
+        }
 }
 
 void frmAssets::Command19_Click() {
@@ -761,7 +566,7 @@ void frmAssets::Command19_Click() {
     }
     m_convertBins = true;
     appendRows(rows);
-    m_grid->selectAll();
+    grid()->selectAll();
     updateCounts();
     showReport(m_checks.getAssetBits(selectedRows()), tr("Missing assets"));
 }

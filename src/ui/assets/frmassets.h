@@ -1,11 +1,10 @@
 #pragma once
 // frmAssets, "Build List of Assets": the asset grid and every command that works on its rows.
 
+#include "listscreen.h"
 #include "velmora/assets/assetlist.h"
 #include "velmora/assets/checks.h"
 #include "velmora/core/appcontext.h"
-
-#include <QMainWindow>
 
 #include <optional>
 
@@ -16,12 +15,10 @@ class QLineEdit;
 class QListWidget;
 class QMenu;
 class QPushButton;
-class QTableWidget;
-class QPrinter;
 
 namespace velmora::ui {
 
-class frmAssets : public QMainWindow {
+class frmAssets : public ListScreen {
     Q_OBJECT
 public:
     explicit frmAssets(AppContext& ctx, QWidget* parent = nullptr);
@@ -29,24 +26,14 @@ public:
     // The grid as rows, in the order shown; and the selected rows in selection order.
     std::vector<assets::AssetRow> rows() const;
     std::vector<assets::AssetRow> selectedRows() const;
-    QTableWidget* grid() const { return m_grid; }
     QAction* action(const QString& name) const;
 
+    void Command1_Click() override;  // Add to List
+    void Command10_Click() override; // Find Zero Length Files
+
 public slots:
-    void Command1_Click();  // Add to List
-    void Command5_Click();  // Clear List
-    void Command3_Click();  // Save List
-    void Command11_Click(); // Load List
-    void Command18_Click(); // Restore
-    void Command2_Click();  // Print List
     void Command13_Click(); // Save Stock Index
     void Command22_Click(); // List QD consists
-    void Command14_Click(); // Find
-    void Command8_Click();  // Show All
-    void Command15_Click(); // Select All
-    void Command16_Click(); // Unselect All
-    void Command10_Click(); // Find Zero Length Files
-    void Command6_Click();  // Delete Selected
     void Command9_Click();  // Display Child Entries
     void Command12_Click(); // Remove Selected Child Entries
     void Command7_Click();  // Correct Selected Smoke Stack
@@ -73,15 +60,11 @@ private:
     assets::AssetListOptions readOptions() const;
     void runList(assets::AssetListOptions options, bool announce);
     void appendRows(const std::vector<assets::AssetRow>& rows);
-    void setRows(const std::vector<assets::AssetRow>& rows);
-    void updateCounts();
     void hideChildControls();
     std::optional<assets::AssetRow> singleSelection(const char* tooFewMessage);
     void storeChildChange(const std::string& xml, const std::string& fileName);
-    bool loadList(const std::filesystem::path& file);
-    void printGrid(QPrinter& printer);
+    std::vector<std::filesystem::path> filesOf(const assets::CellRows& rows) const override;
 
-    AppContext& m_ctx;
     QLineEdit* m_start = nullptr;   // Text2
     QComboBox* m_mask = nullptr;    // Text1
     QLineEdit* m_category = nullptr; // Text5
@@ -90,11 +73,6 @@ private:
     QCheckBox* m_defaultFolders = nullptr; // Check4
     QLineEdit* m_minLod = nullptr; // Text3
     QLineEdit* m_maxLod = nullptr; // Text4
-    QLineEdit* m_find = nullptr;   // Text6
-    QComboBox* m_findColumn = nullptr; // Combo1
-    QTableWidget* m_grid = nullptr;    // VSFG1
-    QLabel* m_total = nullptr;    // Label5
-    QLabel* m_selected = nullptr; // Label11
     QLabel* m_picture = nullptr;  // Picture1
     QListWidget* m_children = nullptr; // List1
     QLabel* m_childCaption = nullptr;  // Label3
@@ -104,10 +82,6 @@ private:
     QMenu* m_checkMenu = nullptr; // mnuCheckStock
 
     bool m_convertBins = false;
-    bool m_deleting = false;
-    bool m_zeroLength = false;
-    int m_findStart = 0;
-    std::filesystem::path m_lastList;
     std::filesystem::path m_childFile; // the blueprint whose child entries are shown
     std::string m_childXml;
     assets::AssetChecks m_checks;

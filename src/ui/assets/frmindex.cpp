@@ -53,14 +53,7 @@ void frmIndex::setChooser(Chooser choose) {
     m_use->setVisible(static_cast<bool>(m_choose));
 }
 
-std::vector<std::string> frmIndex::rowCells(int row) const {
-    std::vector<std::string> cells;
-    for (int c = 0; c < m_grid->columnCount(); ++c) {
-        const QTableWidgetItem* item = m_grid->item(row, c);
-        cells.push_back(item ? fromQt(item->text()) : std::string());
-    }
-    return cells;
-}
+std::vector<std::string> frmIndex::rowCells(int row) const { return listRowCells(m_grid, row); }
 
 void frmIndex::Command1_Click() {
     const auto selected = m_grid->selectionModel()->selectedRows();

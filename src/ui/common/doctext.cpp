@@ -1,5 +1,8 @@
 #include "doctext.h"
 
+#include <QTextBlock>
+#include <QTextDocument>
+
 #include <algorithm>
 
 namespace velmora::ui {
@@ -45,6 +48,17 @@ std::string encodeDocument(const QString& text, const TextForm& form) {
     }
     const QByteArray b = form.utf8 ? t.toUtf8() : t.toLatin1();
     return std::string(b.constData(), static_cast<std::size_t>(b.size()));
+}
+
+std::string documentBytes(const QTextDocument* doc, const TextForm& form) {
+    std::string bytes;
+    bytes.reserve(static_cast<std::size_t>(doc->characterCount()) * (form.crlf ? 21 : 20) / 20);
+    for (QTextBlock block = doc->begin(); block.isValid(); block = block.next()) {
+        if (block != doc->begin())
+            bytes += form.crlf ? "\r\n" : "\n";
+        bytes += encodeDocument(block.text(), form);
+    }
+    return bytes;
 }
 
 } // namespace velmora::ui

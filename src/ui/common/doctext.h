@@ -5,6 +5,8 @@
 
 #include <QString>
 
+class QTextDocument;
+
 #include <string>
 #include <string_view>
 
@@ -22,5 +24,9 @@ TextForm formOf(std::string_view bytes);
 // Bytes that end at a line end (or the end of the document), shown in the given form.
 QString decodePart(std::string_view bytes, const TextForm& form);
 std::string encodeDocument(const QString& text, const TextForm& form);
+// The whole text of a view's document in the given form, line by line from the view's own
+// text: a large document is not copied whole two or three times over, and a no-break space
+// stays one (the view's plain text would make it a space).
+std::string documentBytes(const QTextDocument* doc, const TextForm& form);
 
 } // namespace velmora::ui

@@ -7,6 +7,7 @@
 #include "../common/desktopui.h"
 #include "../common/mnemonics.h"
 #include "../assets/frmassets.h"
+#include "../assets/frmcontent.h"
 #include "../assets/frmindex.h"
 #include "../routes/frmdelroute.h"
 #include "../scenarios/frmshowroutes.h"
@@ -397,6 +398,18 @@ void frmEditor::connectCommands() {
         screen->raise();
     });
     action("mnuCheckQD")->setEnabled(true);
+    // The content list: made on first use, kept while the program runs, as the asset list is.
+    connect(action("mnuCnt"), &QAction::triggered, this, [this] {
+        auto* screen = findChild<frmContent*>();
+        if (!screen) {
+            screen = new frmContent(m_ctx, this);
+            screen->setWindowFlag(Qt::Window);
+            screen->setAttribute(Qt::WA_DeleteOnClose);
+        }
+        screen->show();
+        screen->raise();
+    });
+    action("mnuCnt")->setEnabled(true);
     connect(action("mnuTxt"), &QAction::triggered, this, [this] { mnuTxt_Click(); });
     action("mnuTxt")->setEnabled(true);
     action("mnu2bin")->setCheckable(true);

@@ -104,18 +104,7 @@ void frmEditor::showText(QPlainTextEdit* view, const QString& text) {
 }
 
 std::string frmEditor::viewBytes(QPlainTextEdit* view) const {
-    // Line by line from the view's own text: a large document is not copied whole two or three
-    // times over, and a no-break space stays one (the view's plain text would make it a space).
-    const TextForm& form = view == m_text ? m_form : m_form2;
-    const QTextDocument* doc = view->document();
-    std::string bytes;
-    bytes.reserve(static_cast<std::size_t>(doc->characterCount()) * (form.crlf ? 21 : 20) / 20);
-    for (QTextBlock block = doc->begin(); block.isValid(); block = block.next()) {
-        if (block != doc->begin())
-            bytes += form.crlf ? "\r\n" : "\n";
-        bytes += encodeDocument(block.text(), form);
-    }
-    return bytes;
+    return documentBytes(view->document(), view == m_text ? m_form : m_form2);
 }
 
 void frmEditor::markLoaded(const std::string& path) {

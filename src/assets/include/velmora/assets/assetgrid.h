@@ -14,6 +14,9 @@ namespace velmora::assets {
 
 namespace fs = std::filesystem;
 
+// The cells of a list's rows, row by row.
+using CellRows = std::vector<std::vector<std::string>>;
+
 struct AssetRow {
     std::string provider, product, path, name, inScene, category, blueprint, index;
 
@@ -24,6 +27,8 @@ struct AssetRow {
 
 // "Provider", "Product", "Path", "Name", "In Scene", "Category", "Blueprint", "Index"
 const std::vector<std::string>& assetColumns();
+// The cells of each row, in column order.
+CellRows cellsOf(const std::vector<AssetRow>& rows);
 
 enum class ListForm { Csv, Tabbed, Spreadsheet, Unknown };
 // By the last three letters of the name, ignoring case: csv, txt or tab, xls.

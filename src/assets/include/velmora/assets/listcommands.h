@@ -22,6 +22,10 @@ std::optional<std::size_t> findRow(const std::vector<AssetRow>& rows, int column
                                    std::size_t from, std::string* error = nullptr);
 // Show All: every row that Find would stop at, in order.
 std::vector<std::size_t> matchingRows(const std::vector<AssetRow>& rows, int column, const std::string& text);
+// The same over the cells of any list (the content list's among them).
+std::optional<std::size_t> findCellRow(const CellRows& rows, int column, const std::string& text,
+                                       std::size_t from, std::string* error = nullptr);
+std::vector<std::size_t> matchingCellRows(const CellRows& rows, int column, const std::string& text);
 
 // "This will DELETE all selected files - You have been warned!!!" and its two further lines.
 std::string deleteWarning();
@@ -30,7 +34,11 @@ struct DeleteResult {
     int deleted = 0;
     std::vector<std::string> errors; // file and reason
 };
-// Deletes the files of the given rows below the simulator's Assets folder.
+// Takes the files away through the write service, as one journal entry "Delete Selected": each
+// keeps its numbered backup name, so one undo puts them all back. Files that are not there are
+// passed over.
+DeleteResult deleteFiles(AppContext& ctx, const std::vector<std::filesystem::path>& files);
+// The files of the given rows below the simulator's Assets folder, deleted as above.
 DeleteResult deleteRowFiles(AppContext& ctx, const std::vector<AssetRow>& rows);
 
 struct RowPicture {

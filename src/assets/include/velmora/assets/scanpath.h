@@ -46,6 +46,10 @@ public:
     // trimmed; read back without a trailing ";".
     void setFilter(const std::string& filter);
     std::string Filter() const;
+    // The settings of the file lists' Add to List: archive, compressed and normal files, but no
+    // hidden, read-only or system ones (so a read-only file is never listed); the mask, empty
+    // meaning "*.*"; with `zeroLength` only files of at most one byte.
+    void useListSettings(const std::string& mask, bool zeroLength);
 
     Match DirMatch;
     Match FileMatch;
