@@ -8,6 +8,7 @@
 #include "../common/mnemonics.h"
 #include "../assets/frmassets.h"
 #include "../assets/frmindex.h"
+#include "../archives/apmenus.h"
 #include "../routes/frmdelroute.h"
 #include "../scenarios/frmshowroutes.h"
 #include "dialogs.h"
@@ -399,6 +400,17 @@ void frmEditor::connectCommands() {
     action("mnuCheckQD")->setEnabled(true);
     connect(action("mnuTxt"), &QAction::triggered, this, [this] { mnuTxt_Click(); });
     action("mnuTxt")->setEnabled(true);
+    // The .ap archive tools.
+    connect(action("mnuAP"), &QAction::triggered, this, [this] {
+        openArchiveManager(
+            m_ctx, [this](const fs::path& file, const std::string& from) { openArchivedDocument(file.string(), from); },
+            this);
+    });
+    connect(action("mnuListAP"), &QAction::triggered, this, [this] { listApEntries(m_ctx, this); });
+    for (const char* name : kApSearchMenus)
+        connect(action(name), &QAction::triggered, this, [this, name] { runApSearchMenu(m_ctx, name, this); });
+    for (const char* name : {"mnuAP", "mnuListAP", "mnuFindAllAP", "mnuNoDet", "mnuMC", "mnuSce", "mnuFA"})
+        action(name)->setEnabled(true);
     action("mnu2bin")->setCheckable(true);
     action("mnuFile2")->setEnabled(false);
 
