@@ -204,6 +204,24 @@ private slots:
         fs::remove_all(folder);
     }
 
+    void abortWhileUnpackingPutsNothingInPlace() {
+        const fs::path folder = rw() / "Assets/AbortProv/AbortProd";
+        fs::create_directories(folder);
+        std::vector<test::TestEntry> entries;
+        for (int i = 0; i < 40; ++i)
+            entries.push_back({"Scenery/file" + std::to_string(i) + ".bin", std::string(200000, char('a' + i % 26))});
+        QVERIFY(test::makeZip(folder / "Big.ap", entries));
+        ui::ApGridCommands* commands = nullptr;
+        auto screen = assetGrid(commands);
+        selectRow(screen->grid(), rowOf(*screen, folder / "Big.ap"));
+        m_ui->pushAnswer(Answer::Ok);
+        m_ui->cancelAfter(0);
+        commands->Command14_Click();
+        QVERIFY(!fs::exists(folder / "Scenery/file0.bin"));
+        QVERIFY(!fs::exists(folder / "Scenery/file39.bin"));
+        fs::remove_all(folder);
+    }
+
     void unpackModeDialogGivesTheModeOrNothing() {
         ui::dlgMode dialog(archives::UnpackMode::Overwrite);
         QCOMPARE(dialog.windowTitle(), QString("Select 7zip Mode"));
