@@ -468,6 +468,28 @@ private slots:
         QVERIFY2(names.join("|").contains(QString::fromUtf8("Café, \"one\".txt")), qPrintable(names.join("|")));
         QVERIFY2(names.join("|").contains("two.bin"), qPrintable(names.join("|")));
         QVERIFY(!names.join("|").contains("skip.log"));
+
+        // In parts of about the size asked for, through 7-Zip.
+        if (!fs::exists("/usr/bin/7zz") && !fs::exists("/usr/local/bin/7zz"))
+            QSKIP("7-Zip (7zz) is not installed");
+        std::string noise(300000, '\0');
+        std::uint32_t state = 2463534242u;
+        for (char& c : noise) {
+            state ^= state << 13;
+            state ^= state >> 17;
+            state ^= state << 5;
+            c = static_cast<char>(state & 0xff);
+        }
+        writeAll(in / "noise.bin", noise);
+        maker.level()->setValue(0);
+        maker.multiple()->setChecked(true);
+        maker.partSize()->setText("0.1");
+        m_ui->pushPath(m_demo.dir / "parts.zip");
+        m_ui->pushAnswer(Answer::Ok);
+        QVERIFY2(maker.Command2_Click(), maker.lastResult().message.c_str());
+        QVERIFY(maker.lastResult().parts.size() >= 3);
+        for (const auto& part : maker.lastResult().parts)
+            QVERIFY(fs::file_size(part) <= 110 * 1024);
     }
 };
 
