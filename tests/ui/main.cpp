@@ -19,6 +19,7 @@ int runTestNamedConsist(int argc, char** argv);
 int runTestQDBuild(int argc, char** argv);
 int runTestConsistBuilder(int argc, char** argv);
 int runTestQdCheck(int argc, char** argv);
+int runTestApArchives(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -27,7 +28,7 @@ int main(int argc, char** argv) {
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets,
                      runTestFrmContent, runTestFrmDelRoute, runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
-                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck})
+                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

@@ -9,6 +9,7 @@
 #include "../assets/frmassets.h"
 #include "../assets/frmcontent.h"
 #include "../assets/frmindex.h"
+#include "../archives/apmenus.h"
 #include "../routes/frmdelroute.h"
 #include "../scenarios/frmshowroutes.h"
 #include "dialogs.h"
@@ -412,6 +413,17 @@ void frmEditor::connectCommands() {
     action("mnuCnt")->setEnabled(true);
     connect(action("mnuTxt"), &QAction::triggered, this, [this] { mnuTxt_Click(); });
     action("mnuTxt")->setEnabled(true);
+    // The .ap archive tools.
+    connect(action("mnuAP"), &QAction::triggered, this, [this] {
+        openArchiveManager(
+            m_ctx, [this](const fs::path& file, const std::string& from) { openArchivedDocument(file.string(), from); },
+            this);
+    });
+    connect(action("mnuListAP"), &QAction::triggered, this, [this] { listApEntries(m_ctx, this); });
+    for (const char* name : kApSearchMenus)
+        connect(action(name), &QAction::triggered, this, [this, name] { runApSearchMenu(m_ctx, name, this); });
+    for (const char* name : {"mnuAP", "mnuListAP", "mnuFindAllAP", "mnuNoDet", "mnuMC", "mnuSce", "mnuFA"})
+        action(name)->setEnabled(true);
     action("mnu2bin")->setCheckable(true);
     action("mnuFile2")->setEnabled(false);
 

@@ -106,6 +106,11 @@ public:
     // Prints the text view (tabs taken out first), whole or the selection.
     void printText(QPrinter& printer, bool selectionOnly);
 
+    // A document taken out of an archive into TempFiles, opened for reading: `from` names the
+    // archive and the entry. Save asks for another place rather than writing into TempFiles.
+    void openArchivedDocument(const std::string& path, const std::string& from);
+    bool documentReadOnly() const { return m_readOnlyDoc; }
+
     // Documents above this size load in the background with progress.
     static constexpr qsizetype kBackgroundLoadBytes = 4 * 1024 * 1024;
 
@@ -273,6 +278,7 @@ private:
     bool m_treeTried = false; // a parse of the current tree file has been attempted
     bool m_highlighted = false;
     bool m_openedFromRouteList = false; // the path was chosen elsewhere: no file dialog
+    bool m_readOnlyDoc = false;         // a copy from an archive: saved only under another name
     QMenu* m_recent = nullptr;
     bool m_loading = false;
     bool m_closing = false;

@@ -117,9 +117,18 @@ void frmEditor::markLoaded(const std::string& path) {
     emit documentLoaded();
 }
 
+void frmEditor::openArchivedDocument(const std::string& path, const std::string& from) {
+    openChosenPath(path);
+    if (m_path->text().isEmpty())
+        return;
+    m_readOnlyDoc = true;
+    m_pathLabel->setText(toQt(from) + tr("  (from the archive: Save asks for another place)"));
+}
+
 void frmEditor::mnuOpenRS_Click() {
     if (m_loading)
         return;
+    m_readOnlyDoc = false;
     enableForDocument(true);
     // The previous document, its tree and its undo history go before the next one comes in.
     showText(m_text, {});
@@ -248,6 +257,7 @@ void frmEditor::loadBinary(const std::string& path) {
 void frmEditor::mnuXML_Click() {
     if (m_loading)
         return;
+    m_readOnlyDoc = false;
     enableForDocument(false);
     const auto path = choosePath("Open .xml file", kXmlFilter);
     m_openedFromRouteList = false;
@@ -281,6 +291,11 @@ void frmEditor::mnuSaveRS_Click() {
     // Only ever to the document whose path is shown.
     if (m_loading || !documentShown() || m_doc.isXml)
         return;
+    // A copy taken out of an archive is not written back into TempFiles.
+    if (m_readOnlyDoc) {
+        mnuItSaveAs_Click();
+        return;
+    }
     JournalCommand command(&m_ctx.journal(), "Save " + m_doc.path.string());
     const SaveResult r = saveBinaryDocument(m_ctx.files(), m_doc, viewBytes(m_text),
                                             [this](const std::string& step) { m_panels[2]->setText(toQt(step)); });

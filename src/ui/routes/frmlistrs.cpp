@@ -7,7 +7,10 @@
 #include "../common/palettecolours.h"
 #include "velmora/core/services.h"
 
+#include <algorithm>
+
 #include <QHBoxLayout>
+#include <QItemSelectionModel>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -44,6 +47,8 @@ QStringList headersFor(ReportKind kind, int columns) {
     case ReportKind::AllStock: names = {"Blueprint", "Name"}; break;
     case ReportKind::StockWithNumbers: names = {"Number"}; break;
     case ReportKind::ProviderItems: names = {"Blueprint"}; break;
+    case ReportKind::ApFiles: names = {"File", "Date", "Size", "Folder size"}; break;
+    case ReportKind::ApFilesNoDetail: names = {"File"}; break;
     }
     while (names.size() < columns)
         names << QString("Column %1").arg(names.size() + 1);
@@ -112,13 +117,16 @@ frmListRS::frmListRS(AppContext& ctx, ReportKind kind, const QString& title, con
     layout->addLayout(filterRow);
     layout->addWidget(m_grid, 1);
     layout->addWidget(note);
+    m_panels = new QVBoxLayout;
+    layout->addLayout(m_panels);
     layout->addLayout(buttons);
     setRows(rows);
     // Where the last grid report was, as the settings keep it (fields 28 to 31).
     rememberPlace(m_ctx, this, objectName(), {900, 600}, &m_ctx.settings.reportGrid);
 }
 
-void frmListRS::setRows(const std::vector<std::string>& rows, const std::vector<bool>& missing) {
+void frmListRS::setRows(const std::vector<std::string>& rows, const std::vector<bool>& missing,
+                        const std::vector<std::string>& statusTexts) {
     std::size_t columns = 1;
     std::vector<std::vector<std::string>> table;
     for (const auto& r : rows) {
@@ -144,10 +152,21 @@ void frmListRS::setRows(const std::vector<std::string>& rows, const std::vector<
         if (!m_marked)
             continue;
         const bool isMissing = static_cast<std::size_t>(r) < missing.size() && missing[static_cast<std::size_t>(r)];
-        auto* status = new QTableWidgetItem(isMissing ? tr("missing") : QString());
+        const auto index = static_cast<std::size_t>(r);
+        auto* status = new QTableWidgetItem(index < statusTexts.size() ? toQt(statusTexts[index])
+                                            : isMissing                ? tr("missing")
+                                                                       : QString());
         status->setData(Qt::UserRole, isMissing);
         m_grid->setItem(r, 0, status);
-        if (isMissing) {
+        if (isMissing && apMode()) {
+            // An .ap that is not unpacked is drawn red, as the legend says.
+            QFont bold = status->font();
+            bold.setBold(true);
+            status->setFont(bold);
+            for (int c = 0; c < m_grid->columnCount(); ++c)
+                if (auto* item = m_grid->item(r, c))
+                    item->setForeground(readableOn(Qt::red, m_grid->palette()));
+        } else if (isMissing) {
             QFont bold = status->font();
             bold.setBold(true);
             status->setFont(bold);
@@ -193,7 +212,10 @@ void frmListRS::applyFilter(const QString& text) {
         int missing = 0;
         for (int r = 0; r < m_grid->rowCount(); ++r)
             missing += rowMissing(r);
-        counts += missing ? tr(", %n missing", nullptr, missing) : tr(", none missing");
+        if (apMode())
+            counts += tr(", %n in red", nullptr, missing);
+        else
+            counts += missing ? tr(", %n missing", nullptr, missing) : tr(", none missing");
     }
     m_counts->setText(counts);
 }
@@ -214,6 +236,33 @@ std::vector<bool> frmListRS::missingFlags() const {
 }
 
 void frmListRS::markMissing(const std::vector<bool>& missing) { setRows(rows(), missing); }
+
+void frmListRS::setStatusRows(const std::vector<std::string>& rows, const std::vector<std::string>& status,
+                              const std::vector<bool>& flagged) {
+    std::vector<bool> flags = flagged;
+    flags.resize(std::max({flags.size(), status.size(), std::size_t{1}}), false);
+    setRows(rows, flags, status);
+}
+
+QString frmListRS::statusText(int row) const {
+    const QTableWidgetItem* status = m_marked ? m_grid->item(row, 0) : nullptr;
+    return status ? status->text() : QString();
+}
+
+std::vector<std::string> frmListRS::selectedFirstCells() const {
+    std::vector<int> selected;
+    for (const QModelIndex& index : m_grid->selectionModel()->selectedRows())
+        selected.push_back(index.row());
+    std::sort(selected.begin(), selected.end());
+    std::vector<std::string> cells;
+    for (int r : selected) {
+        const QTableWidgetItem* item = m_grid->item(r, dataColumn());
+        cells.push_back(item ? fromQt(item->text().trimmed()) : std::string());
+    }
+    return cells;
+}
+
+void frmListRS::addPanel(QWidget* panel) { m_panels->addWidget(panel); }
 
 std::vector<std::string> frmListRS::rows() const {
     std::vector<std::string> out;

@@ -11,6 +11,8 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTableWidget;
+class QVBoxLayout;
+class QWidget;
 
 namespace velmora::ui {
 
@@ -25,6 +27,8 @@ enum class ReportKind {
     ScenarioScenery = 9,
     AllStock = 10,
     ProviderItems = 12,
+    ApFiles = 11,         // .ap files: path, date, size, folder size
+    ApFilesNoDetail = 14, // .ap files: the path alone
 };
 
 class frmListRS : public QDialog {
@@ -43,6 +47,15 @@ public:
     // column "Status" says "missing" and the row is tinted, so the mark never rests on colour.
     void markMissing(const std::vector<bool>& missing);
     bool rowMissing(int row) const;
+    // Puts rows in with a status text each; the `flagged` rows are drawn red with their status in
+    // bold, so their mark is the word as well as the colour.
+    void setStatusRows(const std::vector<std::string>& rows, const std::vector<std::string>& status,
+                       const std::vector<bool>& flagged);
+    QString statusText(int row) const;
+    // The first cell of each selected row, trimmed, in the grid's order.
+    std::vector<std::string> selectedFirstCells() const;
+    // A panel of a mode's own (its legend, its buttons), above the screen's buttons.
+    void addPanel(QWidget* panel);
 
 public slots:
     void Command1_Click(); // Remove dupes
@@ -61,7 +74,9 @@ public:
     void offerUnused(const routes::ProductItemsResult& used);
 
 private:
-    void setRows(const std::vector<std::string>& rows, const std::vector<bool>& missing = {});
+    void setRows(const std::vector<std::string>& rows, const std::vector<bool>& missing = {},
+                 const std::vector<std::string>& status = {});
+    bool apMode() const { return m_kind == ReportKind::ApFiles || m_kind == ReportKind::ApFilesNoDetail; }
     std::vector<bool> missingFlags() const;
     int dataColumn() const { return m_marked ? 1 : 0; }
     void applyFilter(const QString& text);
@@ -72,6 +87,7 @@ private:
     QLineEdit* m_filter;
     QLabel* m_counts;
     QPushButton* m_unused;
+    QVBoxLayout* m_panels;
     bool m_marked = false; // column 0 is the status column
     routes::ProductItemsResult m_used;
 };
