@@ -18,6 +18,7 @@ int runTestNamedConsist(int argc, char** argv);
 int runTestQDBuild(int argc, char** argv);
 int runTestConsistBuilder(int argc, char** argv);
 int runTestQdCheck(int argc, char** argv);
+int runTestFrmAssetsAP(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -26,7 +27,7 @@ int main(int argc, char** argv) {
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets, runTestFrmDelRoute,
                      runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
-                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck})
+                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestFrmAssetsAP})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

@@ -86,12 +86,7 @@ void frmAssets::buildWidgets() {
 
     m_start = new QLineEdit;
     m_start->setObjectName("Text2");
-    auto* browse = commandButton("cmdBrowse", tr("..."));
-    connect(browse, &QPushButton::clicked, this, [this] {
-        const QString dir = QFileDialog::getExistingDirectory(this, tr("Start folder"), m_start->text());
-        if (!dir.isEmpty())
-            m_start->setText(dir);
-    });
+    QPushButton* browse = folderBrowseButton(this, m_start);
     m_mask = new QComboBox;
     m_mask->setObjectName("Text1");
     m_mask->setEditable(true);
@@ -287,18 +282,7 @@ QAction* frmAssets::action(const QString& name) const {
     return nullptr;
 }
 
-std::vector<assets::AssetRow> frmAssets::rows() const {
-    std::vector<assets::AssetRow> out;
-    out.reserve(static_cast<std::size_t>(m_grid->rowCount()));
-    for (int r = 0; r < m_grid->rowCount(); ++r) {
-        std::vector<std::string> cells(8);
-        for (int c = 0; c < 8; ++c)
-            if (auto* item = m_grid->item(r, c))
-                cells[static_cast<std::size_t>(c)] = fromQt(item->text());
-        out.push_back({cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], cells[6], cells[7]});
-    }
-    return out;
-}
+std::vector<assets::AssetRow> frmAssets::rows() const { return assetGridRows(m_grid); }
 
 std::vector<assets::AssetRow> frmAssets::selectedRows() const {
     const auto all = rows();
@@ -390,20 +374,7 @@ void frmAssets::Command5_Click() {
     updateCounts();
 }
 
-void frmAssets::Command3_Click() {
-    MakePath(m_ctx.reports());
-    FileRequest request{"Save Grid as File", m_ctx.reports(), kListFilter, true};
-    auto chosen = m_ctx.ui().chooseFile(request);
-    if (!chosen || chosen->empty())
-        return;
-    const auto form = assets::listFormOf(*chosen);
-    if (form == assets::ListForm::Unknown)
-        return;
-    std::string error;
-    JournalCommand command(&m_ctx.journal(), "Save Grid as File " + chosen->string());
-    if (!assets::saveAssetList(m_ctx.files(), *chosen, form, rows(), &error))
-        m_ctx.ui().message(error, Icon::Warning);
-}
+void frmAssets::Command3_Click() { saveAssetGridAs(m_ctx, rows()); }
 
 bool frmAssets::loadList(const std::filesystem::path& file) {
     const auto form = assets::listFormOf(file);

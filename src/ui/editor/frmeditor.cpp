@@ -8,6 +8,8 @@
 #include "../common/mnemonics.h"
 #include "../assets/frmassets.h"
 #include "../assets/frmindex.h"
+#include "../archives/frmapconsists.h"
+#include "../archives/frmassetsap.h"
 #include "../routes/frmdelroute.h"
 #include "../scenarios/frmshowroutes.h"
 #include "dialogs.h"
@@ -397,6 +399,31 @@ void frmEditor::connectCommands() {
         screen->raise();
     });
     action("mnuCheckQD")->setEnabled(true);
+    // The screens of assets and scenarios packed in .ap files: made on first use, kept open.
+    connect(action("mnuAPEdit"), &QAction::triggered, this, [this] {
+        auto* screen = findChild<frmAssetsAP*>();
+        if (!screen) {
+            screen = new frmAssetsAP(m_ctx, this);
+            screen->setWindowFlag(Qt::Window);
+            connect(screen, &frmAssetsAP::openInEditor, this, [this](const QString& file) {
+                openChosenPath(fromQt(file));
+                raise();
+            });
+        }
+        screen->show();
+        screen->raise();
+    });
+    action("mnuAPEdit")->setEnabled(true);
+    connect(action("mnuAPCont"), &QAction::triggered, this, [this] {
+        auto* screen = findChild<frmAPConsists*>();
+        if (!screen) {
+            screen = new frmAPConsists(m_ctx, this);
+            screen->setWindowFlag(Qt::Window);
+        }
+        screen->show();
+        screen->raise();
+    });
+    action("mnuAPCont")->setEnabled(true);
     connect(action("mnuTxt"), &QAction::triggered, this, [this] { mnuTxt_Click(); });
     action("mnuTxt")->setEnabled(true);
     action("mnu2bin")->setCheckable(true);

@@ -167,7 +167,7 @@ const Waiting kWaiting[] = {
     {{"mnuUndoLast"}, "Works once a command has changed a file"},
     {{"mnuDDS", "mnuView", "mnuEditDDS"}, "Works while a texture is open"},
     {{"mnuOpenTex", "mnuDDStoKrs", "mnuEmpt", "mnuRSBT", "mnuTgpcdx"}, "Waits for the texture tools"},
-    {{"mnuAP", "mnuListAP", "mnuFindAllAP", "mnuNoDet", "mnuMC", "mnuSce", "mnuFA", "mnuAPEdit", "mnuAPCont"},
+    {{"mnuAP", "mnuListAP", "mnuFindAllAP", "mnuNoDet", "mnuMC", "mnuSce", "mnuFA"},
      "Waits for the .ap archive tools"},
     {{"mnuBackup", "mnuInc", "mnuReadWrite", "mnuSelRW", "mnuVer", "mnuWeb"}, "Waits for the backup and housekeeping tools"},
     {{"mnuFindMult"}, "Waits for the search in multiple files"},
