@@ -2,9 +2,11 @@
 
 #include "archives/frmapconsists.h"
 #include "archives/frmassetsap.h"
+#include "editor/frmeditor.h"
 #include "demoscreens.h"
 #include "velmora/core/services.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
@@ -139,6 +141,38 @@ private slots:
         const std::string index = ReadTextFile(m_demo.ctx->appPath() / "Data" / "AP-Index.csv");
         QVERIFY(index.find(",SteamDaysAssets.ap\r\n") != std::string::npos);
         QCOMPARE(std::count(index.begin(), index.end(), '\n'), static_cast<long>(screen->apGrid()->rowCount()));
+    }
+
+    void mainScreenOpensBothScreens() {
+        AppContext ctx(m_demo.dir / "home-editor", m_demo.dir / "data", *m_demo.ui);
+        StartupOptions o;
+        o.railWorks = m_demo.dir / "rw";
+        ui::frmEditor editor(ctx, o);
+        for (const char* name : {"mnuAPEdit", "mnuAPCont"}) {
+            QVERIFY2(editor.action(name)->isEnabled(), name);
+            editor.action(name)->trigger();
+        }
+        QVERIFY(editor.findChild<ui::frmAssetsAP*>());
+        QVERIFY(editor.findChild<ui::frmAPConsists*>());
+        editor.action("mnuAPEdit")->trigger();
+        QCOMPARE(editor.findChildren<ui::frmAssetsAP*>().size(), 1); // the open screen is raised again
+    }
+
+    void routeIndexIsBuiltOnlyAfterOk() {
+        const fs::path index = m_demo.ctx->reports() / "RouteIndex.csv";
+        fs::create_directories(index.parent_path());
+        std::ofstream(index, std::ios::binary) << "old,index\r\n";
+        ui::frmAPConsists screen(*m_demo.ctx);
+        screen.action("mnuRInd")->trigger(); // Cancel at the question
+        QVERIFY(m_demo.prompted("This option will extract RouteProperties.xml files from all .ap"));
+        QCOMPARE(ReadTextFile(index), std::string("old,index\r\n"));
+        m_demo.ui->pushAnswer(Answer::Ok);
+        screen.action("mnuRInd")->trigger();
+        QVERIFY(m_demo.prompted("RouteIndex.csv written to 'Reports' folder"));
+        const std::string written = ReadTextFile(index);
+        QVERIFY(written != "old,index\r\n");
+        QVERIFY(written.find("MainContent") == std::string::npos);
+        QVERIFY(written.find(',') != std::string::npos);
     }
 
     void apConsistsReadsScenariosOutOfRouteArchives() {
