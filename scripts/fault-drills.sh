@@ -2,8 +2,11 @@
 # Fault drills of the write path, run by hand on a built tree (as root, for the tmpfs mount):
 #   1. `velmora-cli save` of a 7 MB document killed with SIGKILL at random moments, N times:
 #      the document must be the whole old file or the whole new one every time.
-#   2. On a 2 MB tmpfs filled to the last byte: `save`, `assets use-in-scenarios` and
-#      `assets remove-children` must fail with exit code 2 and leave every original byte for byte.
+#   2. On a 2 MB tmpfs filled to the last byte: `save`, `assets use-in-scenarios`,
+#      `assets remove-children` and `ap unpack` must fail with exit code 2 and leave every
+#      original byte for byte.
+#   3. `velmora-cli ap unpack` of a route's archive killed at random moments, N times: every file
+#      it unpacked is whole (as 7zz unpacks it), and no file that was there before is touched.
 # Prints one line per drill and exits non-zero when any round went wrong.
 set -euo pipefail
 
@@ -57,13 +60,44 @@ done
 echo "kill drill: $ROUNDS kills within the ${span_ms} ms of a $(stat -c %s "$WORK/old.bin")-byte save: $old whole-old, $new whole-new, $neither broken"
 ((neither == 0)) || failed=1
 
+# 3. Kills during an unpack (before the full disk, which may be skipped).
+"$BIN/velmora-cli" --quiet --home "$WORK/home" demo-install "$WORK/demo" >/dev/null
+ap="$(find "$WORK/demo/Content/Routes" -name MainContent.ap | head -1)"
+7zz x -y -bso0 -bsp0 -o"$WORK/reference" "$ap" >/dev/null 2>&1 || true
+mkdir -p "$WORK/unpack"
+start=$(date +%s%N)
+"$BIN/velmora-cli" --quiet --home "$WORK/home" ap extract "$ap" --to "$WORK/unpack/t" >/dev/null
+span_ms=$((($(date +%s%N) - start) / 1000000 + 1))
+broken=0 whole=0
+for ((i = 1; i <= ROUNDS; i++)); do
+  rm -rf "$WORK/unpack/t"
+  mkdir -p "$WORK/unpack/t"
+  echo keep >"$WORK/unpack/t/RouteProperties.xml"
+  "$BIN/velmora-cli" --quiet --home "$WORK/home" ap extract "$ap" --to "$WORK/unpack/t" --mode skip >/dev/null 2>&1 &
+  pid=$!
+  delay=$(((RANDOM * 32768 + RANDOM) % span_ms))
+  sleep "$((delay / 1000)).$(printf '%03d' $((delay % 1000)))"
+  kill -KILL "$pid" 2>/dev/null || true
+  wait "$pid" 2>/dev/null || true
+  [ "$(cat "$WORK/unpack/t/RouteProperties.xml")" = keep ] || { broken=$((broken + 1)); echo "round $i: a file there was touched" >&2; }
+  while IFS= read -r f; do
+    rel="${f#"$WORK/unpack/t/"}"
+    [ "$rel" = RouteProperties.xml ] && continue
+    if cmp -s "$f" "$WORK/reference/$rel"; then whole=$((whole + 1)); else
+      broken=$((broken + 1))
+      echo "round $i: $rel is not whole" >&2
+    fi
+  done < <(find "$WORK/unpack/t" -type f ! -name '*.velmora-tmp')
+done
+echo "unpack kill drill: $ROUNDS kills within the ${span_ms} ms of an unpack: $whole files whole, $broken broken"
+((broken == 0)) || failed=1
+
 # 2. A full disk.
 mkdir -p "$FULL"
 if ! mount -t tmpfs -o size=2m tmpfs "$FULL" 2>/dev/null; then
   echo "full-disk drill: skipped (cannot mount a tmpfs here; run as root)"
   exit "$failed"
 fi
-"$BIN/velmora-cli" --quiet --home "$WORK/home" demo-install "$WORK/demo" >/dev/null
 RW="$FULL/rw"
 mkdir -p "$RW/Assets/DemoRail/Class66Pack" "$RW/Content/Routes"
 touch "$RW/RailWorks.exe"
@@ -78,6 +112,8 @@ mkdir -p "$RW/Assets/DemoRail/Class66Pack/Scenery"
 head -c 1096718 "$WORK/old.bin" >"$FULL/Big.bin"
 "$BIN/velmora-cli" --quiet --home "$WORK/home" open "$FULL/Big.bin" --xml "$WORK/big.xml" >/dev/null 2>&1 ||
   cp "$WORK/old.xml" "$WORK/big.xml"
+mkdir -p "$RW/Assets/Heritage/SteamDays"
+cp "$WORK/demo/Assets/Heritage/SteamDays/SteamDaysAssets.ap" "$RW/Assets/Heritage/SteamDays/"
 dd if=/dev/zero of="$FULL/filler" bs=4k 2>/dev/null || true
 (cd "$FULL" && find . -type f -exec sha256sum {} + | sort) >"$WORK/before.sums"
 child="$("$BIN/velmora-cli" --home "$WORK/home" --railworks "$RW" assets children "$engine" 2>/dev/null | head -1 || true)"
@@ -110,4 +146,7 @@ if [ -n "$child" ]; then
 else
   echo "full-disk drill: remove-children: skipped (the engine lists no child entries)"
 fi
+run_full "ap unpack" "$BIN/velmora-cli" --home "$WORK/home" --railworks "$RW" ap unpack \
+  "$RW/Assets/Heritage/SteamDays/SteamDaysAssets.ap"
+
 exit "$failed"

@@ -41,10 +41,14 @@ int finishCommand(Session& s, const ar::ApCommandResult& r) {
         s.out << shown(r.summary);
     for (const auto& p : r.problems)
         s.err << "velmora-cli: " << s.g.command << ": " << shown(p) << '\n';
-    for (const auto& u : r.unpacked)
+    bool failed = false;
+    for (const auto& u : r.unpacked) {
         if (u.cancelled)
             return s.fail("stopped; the archive in work was not unpacked");
-    return r.problems.empty() ? Success : ProblemsFound;
+        failed = failed || !u.ok;
+    }
+    // An archive that could not be unpacked at all is an error; entries refused are findings.
+    return failed ? Error : r.problems.empty() ? Success : ProblemsFound;
 }
 
 std::vector<fs::path> archiveArguments(Session& s, const Arguments& a) {

@@ -90,7 +90,7 @@ int cmdRouteSwapStock(Session& s) {
     const auto routes = routes::listRoutes(s.ctx);
     const routes::RouteEntry* route = routes::findRoute(routes, a.plain[0]);
     if (!route)
-        return s.fail("no route with the folder or name '" + a.plain[0] + "'");
+        return s.fail(routes::routeNotFound(s.ctx, a.plain[0]));
     std::vector<std::string> errors;
     const auto rules = sc::readSwapRules(s.ctx, *rulesFile, errors);
     if (!rules) {

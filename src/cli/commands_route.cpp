@@ -43,7 +43,7 @@ const routes::RouteEntry* routeArgument(Session& s, const Arguments& a, std::siz
     found = routes::listRoutes(s.ctx);
     const routes::RouteEntry* route = routes::findRoute(found, a.plain.front());
     if (!route)
-        s.fail("no route with the folder or name '" + a.plain.front() + "'");
+        s.fail(routes::routeNotFound(s.ctx, a.plain.front()));
     return route;
 }
 

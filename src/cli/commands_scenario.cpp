@@ -37,7 +37,7 @@ std::optional<sc::ScenarioRef> scenarioArgument(Session& s, const Arguments& a, 
     const auto routes = routes::listRoutes(s.ctx);
     const routes::RouteEntry* route = routes::findRoute(routes, a.plain[0]);
     if (!route) {
-        s.fail("no route with the folder or name '" + a.plain[0] + "'");
+        s.fail(routes::routeNotFound(s.ctx, a.plain[0]));
         return std::nullopt;
     }
     if (!needScenario)

@@ -33,7 +33,7 @@ std::optional<std::vector<fs::path>> scenarioFolders(Session& s, const Arguments
     const auto routes = routes::listRoutes(s.ctx);
     const routes::RouteEntry* route = routes::findRoute(routes, a.plain[0]);
     if (!route) {
-        s.fail("no route with the folder or name '" + a.plain[0] + "'");
+        s.fail(routes::routeNotFound(s.ctx, a.plain[0]));
         return std::nullopt;
     }
     std::vector<fs::path> folders;

@@ -46,6 +46,12 @@ struct Install {
     QJsonArray faults() const { return manifest["faults"].toArray(); }
 };
 
+// The install the tests of one program share (scale 1, seed 7), made at first use.
+inline Install& sharedInstall() {
+    static Install install;
+    return install;
+}
+
 inline std::string str(const QJsonValue& v) { return v.toString().toStdString(); }
 
 } // namespace velmora::test

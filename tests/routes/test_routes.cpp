@@ -93,12 +93,40 @@ bool endsWithPath(const std::string& full, const QString& relative) {
 
 TEST_F(DemoRoutes, RoutesAreGuidFoldersWithANameAndScenariosHaveClasses) {
     const auto routes = listRoutes(*m_ctx);
-    ASSERT_EQ(routes.size(), 2u) << "the 35-character folder and the route without a name are not routes";
+    ASSERT_EQ(routes.size(), 3u) << "the 35-character folder and the route without a name are not routes";
     for (const auto& f : faults("route-folder-35-chars"))
         for (const auto& r : routes)
             EXPECT_FALSE(endsWithPath(r.path.string(), f["path"].toString()));
+    // A route folder holding only its MainContent.ap is no route until unpacked; one unpacked in
+    // part is.
+    for (const auto& f : faults("ap-not-unpacked"))
+        for (const auto& r : routes)
+            EXPECT_FALSE(endsWithPath((r.path / "MainContent.ap").generic_string(), f["path"].toString()));
+    EXPECT_TRUE(findRoute(routes, "Dockside Tramway"));
+    EXPECT_FALSE(findRoute(routes, "Harbour Branch, Line: East"));
     const RouteEntry* valley = findRoute(routes, "Demo Valley Line");
     ASSERT_TRUE(valley);
+    // What the commands say of the names they do not find: a folder whose route is only packed
+    // is told to be unpacked first; other names get the plain words.
+    for (const auto& f : faults("ap-not-unpacked")) {
+        const std::string path = f["path"].toString().toStdString();
+        if (path.rfind("Content/Routes/", 0) != 0)
+            continue;
+        const std::string folder = path.substr(15, 36);
+        EXPECT_EQ(routeNotFound(*m_ctx, folder), "no route with the folder or name '" + folder +
+                                                     "': the folder holds no RouteProperties.xml, the route is "
+                                                     "packed in its MainContent.ap; unpack it first");
+        std::string upper = folder;
+        for (char& c : upper)
+            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        EXPECT_NE(routeNotFound(*m_ctx, upper).find("unpack it first"), std::string::npos) << "any letter case";
+    }
+    EXPECT_EQ(routeNotFound(*m_ctx, "Harbour Branch, Line: East"),
+              "no route with the folder or name 'Harbour Branch, Line: East'");
+    const std::string unknown = valley->folder.substr(0, 35) + "x";
+    EXPECT_EQ(routeNotFound(*m_ctx, unknown), "no route with the folder or name '" + unknown + "'");
+    EXPECT_EQ(routeNotFound(*m_ctx, "../Routes/" + valley->folder.substr(10)),
+              "no route with the folder or name '../Routes/" + valley->folder.substr(10) + "'");
     EXPECT_EQ(findRoute(routes, valley->folder), valley);
     EXPECT_EQ(findRoute(routes, "Gotthard S\xFC" "drampe")->folder, "593ed595-72ee-d41b-1d43-d88e5bac221a")
         << "names are repaired";

@@ -45,8 +45,11 @@ private slots:
 
     void routesAndColouredScenarios() {
         ui::frmDelRoute screen(*m_ctx);
-        QCOMPARE(screen.routeList()->count(), 2);
+        // Not the routes that lie only in their MainContent.ap; the one unpacked in part.
+        QCOMPARE(screen.routeList()->count(), 3);
         QVERIFY(screen.routeList()->item(0)->text().contains("Demo Valley Line"));
+        for (int r = 0; r < screen.routeList()->count(); ++r)
+            QVERIFY(!screen.routeList()->item(r)->text().contains("Harbour Branch"));
         screen.routeList()->setCurrentRow(0);
         screen.Command1_Click();
         QTableWidget* scenarios = screen.scenarioList();

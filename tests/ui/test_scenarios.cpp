@@ -62,7 +62,7 @@ private slots:
 
     void theListShowsRoutesScenariosAndTheInvalidOnes() {
         auto screen = listed();
-        QCOMPARE(screen->routeList()->count(), 2);
+        QCOMPARE(screen->routeList()->count(), 3); // the route unpacked in part beside its MainContent.ap too
         QVERIFY(screen->scenarioList()->rowCount() >= 6);
         QVERIFY(select(*screen, "Free roam"));
         QCOMPARE(screen->scenarioList()->item(screen->scenarioList()->currentRow(), 2)->text(), QString("Free Roam Scenario"));

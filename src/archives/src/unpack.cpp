@@ -4,6 +4,7 @@
 #include "velmora/core/filewrite.h"
 #include "velmora/core/journal.h"
 #include "velmora/core/paths.h"
+#include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 
 #include <algorithm>
@@ -199,9 +200,6 @@ constexpr bool kSyncEachFile =
     true;
 #endif
 
-std::string sizeText(std::uint64_t bytes) {
-    return std::to_string((bytes + (1 << 20) - 1) >> 20) + " MB";
-}
 
 } // namespace
 
@@ -214,12 +212,23 @@ UnpackResult unpackArchive(WriteService& files, const fs::path& archive, const U
         result.error = zip.error();
         return result;
     }
-    const fs::path destination = options.destination.empty() ? archive.parent_path() : options.destination;
+    const fs::path destination = fs::absolute(options.destination.empty() ? archive.parent_path() : options.destination);
     const std::string archiveName = archive.filename().string();
 
     // Which entries, and where each goes.
     std::set<std::uint64_t> only(options.only.begin(), options.only.end());
     const PathResolver resolver;
+    // Each folder is looked up once; most entries share their folder with others.
+    std::unordered_map<std::string, fs::path> folderOf; // folded relative folder -> real folder
+    auto placeFor = [&](const EntryPlace& place) {
+        std::string folder;
+        for (std::size_t i = 0; i + 1 < place.parts.size(); ++i)
+            folder += (i ? "/" : "") + place.parts[i];
+        auto [it, added] = folderOf.try_emplace(foldName(folder));
+        if (added)
+            it->second = folder.empty() ? destination : resolver.resolveForWrite(destination, folder);
+        return resolver.resolveForWrite(it->second, place.parts.back());
+    };
     std::map<std::string, std::vector<Planned>> byPlace; // folded target -> entries, archive order
     std::vector<std::string> placeOrder;
     const std::uint64_t count = zip.count();
@@ -243,7 +252,7 @@ UnpackResult unpackArchive(WriteService& files, const fs::path& archive, const U
         p.index = i;
         p.entryName = entry.name;
         p.size = entry.size;
-        p.target = resolver.resolveForWrite(destination, place.relative());
+        p.target = placeFor(place);
         const std::string key = foldName(p.target.string());
         auto& group = byPlace[key];
         if (group.empty())
@@ -261,9 +270,10 @@ UnpackResult unpackArchive(WriteService& files, const fs::path& archive, const U
     UnpackMode mode = options.mode;
     std::error_code ec;
     std::size_t existing = 0;
+    std::map<std::string, fs::file_status> status; // what stands at each place now
     for (const auto& key : placeOrder) {
-        auto& group = byPlace[key];
-        if (fs::exists(fs::symlink_status(group.front().target, ec)))
+        const fs::file_status& s = status[key] = fs::symlink_status(byPlace[key].front().target, ec);
+        if (fs::exists(s))
             ++existing;
     }
     if (askFirst) {
@@ -297,7 +307,7 @@ UnpackResult unpackArchive(WriteService& files, const fs::path& archive, const U
                                                                : "the last was kept";
             result.collisions.push_back(names + ": differ only in letter case and so are one file here; " + rule);
         }
-        const fs::file_status there = fs::symlink_status(group.front().target, ec);
+        const fs::file_status there = status[key];
         if (fs::is_symlink(there) || (fs::exists(there) && !fs::is_regular_file(there))) {
             for (const auto& g : group)
                 result.refused.push_back(windowsName(g.entryName) + ": " + g.target.string() +
@@ -423,7 +433,10 @@ UnpackResult unpackArchive(WriteService& files, const fs::path& archive, const U
     }
     if (ui)
         ui->endProgress();
-    syncStaged(destination);
+    // Only a file that replaces another needs its data on the disk before it takes the name: a
+    // new one lost in a power cut leaves nothing of the user's worse than before.
+    if (std::any_of(staged.begin(), staged.end(), [](const Planned* p) { return p->prepared.existed; }))
+        syncStaged(destination);
 
     // ... then each takes its name.
     JournalCommand entry(files.journal(), "ap unpack " + archive.string());

@@ -1,6 +1,7 @@
 #include "velmora/archives/zipreader.h"
 
 #include "velmora/core/paths.h"
+#include "velmora/core/services.h"
 
 #include <zip.h>
 
@@ -8,12 +9,15 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <cstdio>
 #include <utility>
 
 namespace velmora::archives {
 
 namespace {
+
+constexpr std::size_t kChunk = 1 << 20;
 
 std::string zipErrorText(int code) {
     zip_error_t e;
@@ -23,18 +27,6 @@ std::string zipErrorText(int code) {
     return text;
 }
 
-std::string sizeText(std::uint64_t bytes) {
-    const char* units[] = {"bytes", "KB", "MB", "GB", "TB"};
-    double v = static_cast<double>(bytes);
-    int u = 0;
-    while (v >= 1024 && u < 4) {
-        v /= 1024;
-        ++u;
-    }
-    char buf[48];
-    std::snprintf(buf, sizeof buf, u == 0 ? "%.0f %s" : "%.1f %s", v, units[u]);
-    return buf;
-}
 
 } // namespace
 
@@ -149,13 +141,16 @@ ReadResult ZipReader::read(std::uint64_t index, const Sink& sink, std::uint64_t 
     zip_file_t* file = zip_fopen_index(m_zip, index, 0);
     if (!file)
         return stop(ReadStop::Damaged, std::string("cannot be read (") + zip_strerror(m_zip) + ")");
-    std::vector<char> buffer(1 << 20);
+    // One buffer a thread, never cleared: most entries are small, and a fresh megabyte for each
+    // would cost more than reading it.
+    static thread_local std::unique_ptr<char[]> buffer(new char[kChunk]);
+    const std::size_t chunk = static_cast<std::size_t>(std::min<std::uint64_t>(kChunk, e.size + 1));
     for (;;) {
         if (cancelled && cancelled()) {
             zip_fclose(file);
             return stop(ReadStop::Cancelled, "stopped");
         }
-        const zip_int64_t got = zip_fread(file, buffer.data(), buffer.size());
+        const zip_int64_t got = zip_fread(file, buffer.get(), chunk);
         if (got < 0) {
             std::string why = zip_file_strerror(file);
             zip_fclose(file);
@@ -168,7 +163,7 @@ ReadResult ZipReader::read(std::uint64_t index, const Sink& sink, std::uint64_t 
             zip_fclose(file);
             return stop(ReadStop::TooLarge, "holds more than the " + sizeText(limit) + " any one file may have");
         }
-        if (const std::error_code ec = sink(buffer.data(), static_cast<std::size_t>(got))) {
+        if (const std::error_code ec = sink(buffer.get(), static_cast<std::size_t>(got))) {
             zip_fclose(file);
             r.sinkError = ec;
             return stop(ReadStop::Sink, ec.message());

@@ -121,6 +121,7 @@ void Journal::begin(const std::string& command, long undoes) {
         m_command = command;
         m_undoes = undoes;
         m_id = 0;
+        m_endsClean = false;
     }
 }
 
@@ -175,10 +176,12 @@ bool Journal::record(const JournalFile& file, std::string* error) {
     }
     // A record cut off by a kill has no line end: the next one starts on a line of its own.
     std::string line = formatLine(id, time, command, m_depth ? m_undoes : 0, file);
-    if (!endsWithLineEnd(m_file))
+    // Inside a command the journal ends where its own last record ended: no need to look.
+    if (!(m_depth > 0 && m_endsClean) && !endsWithLineEnd(m_file))
         line.insert(line.begin(), '\n');
     WriteService plain; // the journal's own appends are never journalled
-    if (!plain.append(m_file, line, error, m_depth == 0)) {
+    m_endsClean = plain.append(m_file, line, error, m_depth == 0);
+    if (!m_endsClean) {
         if (error)
             *error = "The journal could not record the change: " + *error;
         return false;

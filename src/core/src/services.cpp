@@ -464,6 +464,19 @@ bool openUrl(const std::string& url, UserInterface* ui) {
 
 namespace velmora {
 
+std::string sizeText(std::uint64_t bytes) {
+    const char* units[] = {"bytes", "KB", "MB", "GB", "TB"};
+    double v = static_cast<double>(bytes);
+    int u = 0;
+    while (v >= 1024 && u < 4) {
+        v /= 1024;
+        ++u;
+    }
+    char buf[48];
+    std::snprintf(buf, sizeof buf, u == 0 ? "%.0f %s" : "%.1f %s", v, units[u]);
+    return buf;
+}
+
 std::string localTimeText(const char* format, long long when) {
     const std::time_t t = when ? static_cast<std::time_t>(when) : std::time(nullptr);
     std::tm local{};

@@ -266,10 +266,11 @@ std::string sceneryXml(Context& ctx, const std::string& name, const std::string&
     return x.finish();
 }
 
-// A scenery object with its own shape and the shape's textures; returns the reference.
+} // namespace
+
 Ref scenery(Context& ctx, const std::string& provider, const std::string& product, const std::string& path,
             const std::string& name, const std::vector<std::pair<std::string, std::string>>& textures,
-            bool codeInId = false) {
+            bool codeInId) {
     Ref ref{provider, product, path + ".xml"};
     std::string geometry = assetFile(provider, product, path, ".GeoPcDx");
     std::vector<std::vector<TexUse>> materials;
@@ -284,6 +285,8 @@ Ref scenery(Context& ctx, const std::string& provider, const std::string& produc
         return {};
     return ref;
 }
+
+namespace {
 
 // ---------------------------------------------------------------------------------------------
 // Rolling stock
@@ -405,19 +408,10 @@ std::string simpleBlueprint(Context& ctx, const char* kind, const std::string& n
     return x.finish();
 }
 
-struct StockSpec {
-    std::string provider, product;
-    std::string folder;      // below the product, e.g. RailVehicles\Diesel\Class66
-    std::string engineType;  // "" for a wagon
-    bool tender = false, cargo = false;
-    std::string file, name, prefix;
-    double mass;
-    std::vector<std::pair<std::string, std::string>> textures; // code, value relative to the shape
-};
 
-// A rail vehicle with its shape, textures, bogie, coupling, numbers, script and, for an engine,
-// its cab, simulation, animation and sound.
-bool writeStock(Context& ctx, const StockSpec& s, Vehicle& out, bool scriptOnlyCompiled = false) {
+} // namespace
+
+bool writeStock(Context& ctx, const StockSpec& s, Vehicle& out, bool scriptOnlyCompiled) {
     const std::string& P = s.provider;
     const std::string& Q = s.product;
     out = Vehicle{{P, Q, s.folder + "\\" + s.file + ".xml"}, {}, s.name, !s.engineType.empty(), s.tender,
@@ -511,6 +505,8 @@ bool writeStock(Context& ctx, const StockSpec& s, Vehicle& out, bool scriptOnlyC
         return false;
     return ctx.out.blueprint(assetFile(out.ref), railVehicleXml(ctx, out, P + "\\" + Q + "\\" + s.folder + "\\" + s.file, parts));
 }
+
+namespace {
 
 bool writeReskin(Context& ctx, const Vehicle& base, const std::string& path, const std::string& name,
                  Vehicle& out) {
@@ -953,6 +949,9 @@ bool heritage(Context& ctx) {
                         : Ref{};
     if (!ctx.out.endArchive() || canopy.empty())
         return false;
+    // Unpacked by the table's measure: the product's RailVehicles folder lies beside it.
+    ctx.manifest.archives.push_back(
+        {ctx.out.lastArchive().path, "assets", "Unpacked", ctx.out.lastArchive().entries.size(), true, "", {}});
     ctx.cat.engines.push_back(dmbs);
     ctx.cat.wagons.push_back(dtcl);
     Fault inArchive = makeFault("blueprint-in-archive", "route", assetFile(canopy), "", canopy.id,

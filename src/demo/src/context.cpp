@@ -75,9 +75,9 @@ void farPosition(XmlBuilder& x, int tileX, int tileZ, double offsetX, double off
 void guidElement(XmlBuilder& x, std::string_view name, const Guid& guid) { x.guid(name, guid.a, guid.b, guid.text); }
 
 void localisedName(XmlBuilder& x, std::string_view name, const std::string& english, const std::string& key,
-                   const std::string& german) {
+                   const std::string& german, const std::string& french) {
     x.open(name).open("Localisation::cUserLocalisedString").str("English", english);
-    x.str("French", "").str("Italian", "").str("German", german);
+    x.str("French", french).str("Italian", "").str("German", german);
     for (const char* lang : {"Spanish", "Dutch", "Polish", "Russian"})
         x.str(lang, "");
     x.empty("Other").str("Key", key).close().close();

@@ -84,10 +84,45 @@ void blueprintRef(XmlBuilder& x, std::string_view name, const Ref& ref);
 void farPosition(XmlBuilder& x, int tileX, int tileZ, double offsetX, double offsetZ);
 void guidElement(XmlBuilder& x, std::string_view name, const Guid& guid);
 void localisedName(XmlBuilder& x, std::string_view name, const std::string& english, const std::string& key = {},
-                   const std::string& german = {});
+                   const std::string& german = {}, const std::string& french = {});
+
+// A rail vehicle as the asset half writes it.
+struct StockSpec {
+    std::string provider, product;
+    std::string folder;      // below the product, e.g. RailVehicles\Diesel\Class66
+    std::string engineType;  // "" for a wagon
+    bool tender = false, cargo = false;
+    std::string file, name, prefix;
+    double mass;
+    std::vector<std::pair<std::string, std::string>> textures; // code, value relative to the shape
+};
+
+// A rail vehicle with its shape, textures, bogie, coupling, numbers, script and, for an engine,
+// its cab, simulation, animation and sound.
+bool writeStock(Context& ctx, const StockSpec& s, Vehicle& out, bool scriptOnlyCompiled = false);
+// A scenery object with its own shape and the shape's textures; returns the reference (empty
+// after a failed write).
+Ref scenery(Context& ctx, const std::string& provider, const std::string& product, const std::string& path,
+            const std::string& name, const std::vector<std::pair<std::string, std::string>>& textures,
+            bool codeInId = false);
+
+// A route beyond the loose ones, small whatever the scale: packed whole in its MainContent.ap, or
+// packed and unpacked but for some tiles (`partlyUnpacked`). Names as RouteProperties.xml holds them.
+struct ArchivedRoute {
+    std::string guid, english, french, german;
+    bool partlyUnpacked = false;
+    std::string scenario; // the name of its one scenario
+};
+bool writeArchivedRoute(Context& ctx, const ArchivedRoute& route, DemoResult& result);
+// A scenario of a loose route (0: the first) packed on its own in <route folder>/<archive>, as
+// add-on scenarios ship; the scenario goes to the manifest's entry for the archive.
+bool writeScenarioPack(Context& ctx, int routeIndex, const std::string& archive, const std::string& scenario,
+                       DemoResult& result);
 
 // Writes what the two halves of the generator produce; false stops the generator.
 bool writeAssets(Context& ctx);
 bool writeRoutes(Context& ctx, DemoResult& result);
+// The .ap files beyond those of the assets and routes above, with their faults.
+bool writeArchives(Context& ctx, DemoResult& result);
 
 } // namespace velmora::demo

@@ -46,15 +46,20 @@ DemoResult generateDemoInstall(const fs::path& root, const DemoOptions& options,
     const std::int64_t scale = manifest.scale;
     const std::int64_t total = 4 + 12 * scale                // products, generated scenery in steps of 20
                                + 21 * scale + 24 * scale     // scenery tiles, network tiles
-                               + 15 + 14 * (scale - 1);      // scenarios
+                               + 15 + 14 * (scale - 1)       // scenarios
+                               + 2 + scale                   // packed products
+                               + 12 * (2 + scale / 10) + 1;  // packed routes, the scenario pack
     if (ui)
         ui->beginProgress("Writing the demo install", total);
 
     bool done = out.raw("RailWorks.exe", "") && writeAssets(ctx);
     ctx.rng = rng.fork(3); // the routes do not shift when the assets change
     done = done && writeRoutes(ctx, result);
+    ctx.rng = rng.fork(4); // nor do they when the archives change
+    done = done && writeArchives(ctx, result);
     if (done) {
-        manifest.counts = {{"files", result.files + 1}, {"archiveEntries", result.archiveEntries},
+        manifest.counts = {{"files", result.files + 1}, {"archives", result.archives},
+                           {"archiveEntries", result.archiveEntries},
                            {"documents", result.documents}, {"blueprints", result.blueprints},
                            {"tiles", result.tiles}, {"scenarios", result.scenarios}};
         result.faults = manifest.faults.size();

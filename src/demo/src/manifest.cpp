@@ -108,8 +108,22 @@ std::string Manifest::json() const {
         for (std::size_t j = 0; j < r.scenarios.size(); ++j)
             o += std::string(j ? "," : "") + "\n        " + scenarioJson(r.scenarios[j]);
         o += r.scenarios.empty() ? "],\n" : "\n      ],\n";
-        o += "      \"tiles\": " + stringArray(r.tiles, "      ") + "\n    }" +
+        o += "      \"tiles\": " + stringArray(r.tiles, "      ") + ",\n";
+        o += "      \"archive\": " + jsonString(r.archive) + ",\n";
+        o += "      \"archiveOnly\": " + stringArray(r.archiveOnly, "      ") + "\n    }" +
              (i + 1 < routes.size() ? ",\n" : "\n");
+    }
+    o += "  ],\n";
+
+    o += "  \"archives\": [\n";
+    for (std::size_t i = 0; i < archives.size(); ++i) {
+        const auto& a = archives[i];
+        o += "    {\"path\": " + jsonString(a.path) + ", \"kind\": " + jsonString(a.kind) + ", \"state\": " +
+             jsonString(a.state) + ", \"entries\": " + std::to_string(a.entries) + ", \"readable\": " +
+             boolText(a.readable) + ", \"route\": " + jsonString(a.route) + ", \"scenarios\": [";
+        for (std::size_t j = 0; j < a.scenarios.size(); ++j)
+            o += std::string(j ? "," : "") + "\n        " + scenarioJson(a.scenarios[j]);
+        o += std::string(a.scenarios.empty() ? "]}" : "\n      ]}") + (i + 1 < archives.size() ? ",\n" : "\n");
     }
     o += "  ],\n";
 

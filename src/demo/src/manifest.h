@@ -65,6 +65,20 @@ struct ManifestRoute {
     bool packed = false;
     std::vector<ManifestScenario> scenarios;
     std::vector<std::string> tiles; // root-relative
+    std::string archive;                  // the route's MainContent.ap, root-relative, or ""
+    std::vector<std::string> archiveOnly; // of a route partly unpacked: files only in the archive
+};
+
+// An .ap file: what it holds and how the archive table rates it ("Unpacked" when the folders
+// that unpacking makes lie beside it, else "Not unpacked").
+struct ManifestArchive {
+    std::string path;  // root-relative
+    std::string kind;  // "assets", "route" (a MainContent.ap) or "scenarios"
+    std::string state; // "Unpacked" or "Not unpacked"
+    std::size_t entries = 0;
+    bool readable = true; // false for the damaged one
+    std::string route;    // the route folder of a route's or a scenario pack's archive
+    std::vector<ManifestScenario> scenarios; // the scenarios packed in it
 };
 
 struct ManifestProduct {
@@ -90,6 +104,7 @@ struct Manifest {
     int scale = 1;
     std::vector<ManifestProduct> products;
     std::vector<ManifestRoute> routes;
+    std::vector<ManifestArchive> archives;
     std::vector<ManifestSavedConsist> savedConsists;
     std::vector<Fault> faults;
     std::vector<ManifestQuickDrive> quickDrive;

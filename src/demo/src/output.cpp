@@ -62,9 +62,14 @@ bool Output::raw(const std::string& rel, std::string_view bytes) {
     if (!ok())
         return false;
     if (inArchive() && rel.compare(0, m_archiveFolder.size() + 1, m_archiveFolder + "/") == 0) {
-        m_entries.emplace_back(rel.substr(m_archiveFolder.size() + 1), std::string(bytes));
-        ++m_result.archiveEntries;
-        return true;
+        if (!entry(rel.substr(m_archiveFolder.size() + 1), bytes))
+            return false;
+        if (!m_alsoOnDisk)
+            return true;
+        if (!m_alsoOnDisk(rel)) {
+            m_onlyInArchive.push_back(rel);
+            return true;
+        }
     }
     return writeFile(nativePath(m_root, rel), bytes);
 }
@@ -95,15 +100,33 @@ bool Output::readOnly(const std::string& rel) {
     return ec ? fail("cannot make " + rel + " read-only: " + ec.message()) : true;
 }
 
-void Output::beginArchive(const std::string& folder, const std::string& name) {
+void Output::beginArchive(const std::string& folder, const std::string& name,
+                          std::function<bool(const std::string&)> alsoOnDisk) {
     m_archiveFolder = folder;
     m_archiveName = name;
+    m_alsoOnDisk = std::move(alsoOnDisk);
     m_entries.clear();
+    m_onlyInArchive.clear();
 }
 
-bool Output::endArchive() {
+bool Output::entry(const std::string& name, std::string_view bytes) {
+    if (!ok())
+        return false;
+    if (!inArchive())
+        return fail("no archive is open for the entry " + name);
+    m_entries.emplace_back(name, std::string(bytes));
+    ++m_result.archiveEntries;
+    return true;
+}
+
+bool Output::endArchive(const std::function<void(std::string&)>& damage) {
     const std::string rel = m_archiveFolder + "/" + m_archiveName;
     m_archiveFolder.clear();
+    m_alsoOnDisk = {};
+    m_last = {rel, {}, std::move(m_onlyInArchive)};
+    m_onlyInArchive.clear();
+    for (const auto& e : m_entries)
+        m_last.entries.push_back(e.first);
     if (!ok())
         return false;
     const fs::path path = nativePath(m_root, rel);
@@ -151,6 +174,9 @@ bool Output::endArchive() {
     m_entries.clear();
     if (bytes.empty())
         return fail("cannot write " + path.string() + ": the archive could not be read back from memory");
+    if (damage)
+        damage(bytes);
+    ++m_result.archives;
     return writeFile(path, bytes);
 }
 

@@ -7,6 +7,7 @@
 #include "velmora/demo/demoinstall.h"
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -27,10 +28,24 @@ public:
     bool blueprint(const std::string& rel, const std::string& xml);
     bool readOnly(const std::string& rel);
 
-    // Everything written below `folder` until endArchive() goes into `folder/<name>`.
-    void beginArchive(const std::string& folder, const std::string& name);
-    bool endArchive();
+    // Everything written below `folder` until endArchive() goes into `folder/<name>`. A file for
+    // which `alsoOnDisk` says yes is written beside the archive as well, as if unpacked.
+    void beginArchive(const std::string& folder, const std::string& name,
+                      std::function<bool(const std::string& rel)> alsoOnDisk = {});
+    // An entry of the open archive under a name taken as it stands (which may even leave the
+    // archive's folder: "../x", "/x").
+    bool entry(const std::string& name, std::string_view bytes);
+    // `damage`, when given, spoils the finished archive's bytes before they are written.
+    bool endArchive(const std::function<void(std::string& bytes)>& damage = {});
     bool inArchive() const { return !m_archiveFolder.empty(); }
+
+    // The archive endArchive() wrote last: its root-relative path, its entries in order, and the
+    // files that went only into it while others were also written beside it.
+    struct Archive {
+        std::string path;
+        std::vector<std::string> entries, onlyInArchive;
+    };
+    const Archive& lastArchive() const { return m_last; }
 
     bool fail(const std::string& what);
     bool ok() const { return m_result.error.empty(); }
@@ -43,7 +58,10 @@ private:
     Encoder m_encoder;
     DemoResult& m_result;
     std::string m_archiveFolder, m_archiveName;
+    std::function<bool(const std::string&)> m_alsoOnDisk;
     std::vector<std::pair<std::string, std::string>> m_entries;
+    std::vector<std::string> m_onlyInArchive;
+    Archive m_last;
 };
 
 // Root-relative '/' path to a native path below `root`.

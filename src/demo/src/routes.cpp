@@ -1,5 +1,6 @@
-// Content: routes with their tiles, networks and scenarios, the route packed in MainContent.ap,
-// ConsistTemplates.bin, and the route-side faults that the manifest lists.
+// Content: routes with their tiles, networks and scenarios, routes packed in MainContent.ap (whole
+// or partly unpacked), a scenario pack, ConsistTemplates.bin, and the route-side faults that the
+// manifest lists.
 
 #include "context.h"
 #include "dxt.h"
@@ -7,6 +8,7 @@
 #include <QCryptographicHash>
 
 #include <cstdio>
+#include <functional>
 #include <tuple>
 
 namespace velmora::demo {
@@ -27,8 +29,13 @@ struct Entity {
 struct RouteState {
     std::string folder;      // root-relative
     std::string guid, name;
+    std::string french, german; // further names of RouteProperties.xml
     int index = 0;
     bool packed = false;
+    // Of a packed route: the files that are also unpacked beside MainContent.ap.
+    std::function<bool(const std::string& rel)> alsoOnDisk;
+    int scale = 0; // multiplies the tiles; 0: the install's scale
+    std::string packedScenario = "Branch line pick-up";
     ManifestRoute* manifest = nullptr;
 };
 
@@ -423,7 +430,7 @@ std::string routePropertiesXml(Context& ctx, const RouteState& r) {
     Guid id = makeGuid(ctx.rng);
     id.text = r.guid;
     guidElement(x, "ID", id);
-    localisedName(x, "DisplayName", r.name, makeGuid(ctx.rng).text);
+    localisedName(x, "DisplayName", r.name, makeGuid(ctx.rng).text, r.german, r.french);
     x.boolean("InfrastructureModified", true);
     blueprintRef(x, "BlueprintID", ctx.cat.routeTemplate);
     x.open("Skies").open("cRouteBlueprint::sSkies");
@@ -446,7 +453,7 @@ std::string routePropertiesXml(Context& ctx, const RouteState& r) {
 }
 
 bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
-    const int scale = ctx.scale;
+    const int scale = r.scale ? r.scale : ctx.scale;
     // A reference to a blueprint that no product has, and the line the route check must report.
     auto missingBlueprint = [&](const Ref& missing, const std::string& file, const std::string& tile,
                                 const std::string& label) {
@@ -456,7 +463,7 @@ bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
         ctx.manifest.add(f);
     };
     if (r.packed)
-        ctx.out.beginArchive(r.folder, "MainContent.ap");
+        ctx.out.beginArchive(r.folder, "MainContent.ap", r.alsoOnDisk);
     if (!ctx.out.raw(r.folder + "/RouteProperties.xml", routePropertiesXml(ctx, r)))
         return false;
 
@@ -601,7 +608,7 @@ bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
     // Scenarios of every class, then the ones the scale adds.
     std::vector<ScenarioSpec> specs;
     if (r.packed) {
-        specs.push_back({"Branch line pick-up", "eStandardScenarioClass"});
+        specs.push_back({r.packedScenario, "eStandardScenarioClass"});
     } else {
         specs = {{r.index == 0 ? "O'Connor's coal run" : "Z\xEF\xBF\xBCrich freight", "eStandardScenarioClass", "0",
                   true, true, true, r.index == 0},
@@ -631,7 +638,17 @@ bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
             ctx.manifest.add(f);
         }
     }
-    return !r.packed || ctx.out.endArchive();
+    if (!r.packed)
+        return true;
+    if (!ctx.out.endArchive())
+        return false;
+    // Unpacked by the table's measure when the MixMap folder lies beside the archive.
+    const Output::Archive& a = ctx.out.lastArchive();
+    r.manifest->archive = a.path;
+    r.manifest->archiveOnly = a.onlyInArchive;
+    ctx.manifest.archives.push_back({a.path, "route", r.alsoOnDisk ? "Unpacked" : "Not unpacked", a.entries.size(), true,
+                                     r.guid, r.manifest->scenarios});
+    return true;
 }
 
 std::string consistTemplatesXml(Context& ctx) {
@@ -691,7 +708,7 @@ bool writeRoutes(Context& ctx, DemoResult& result) {
         r.name = kNames[i];
         r.packed = i == 2;
         r.folder = "Content/Routes/" + r.guid;
-        ctx.manifest.routes.push_back({r.guid, r.name, r.packed, {}, {}});
+        ctx.manifest.routes.push_back({r.guid, r.name, r.packed, {}, {}, {}, {}});
         r.manifest = &ctx.manifest.routes.back();
         if (!writeRoute(ctx, r, result))
             return false;
@@ -709,6 +726,51 @@ bool writeRoutes(Context& ctx, DemoResult& result) {
                                "not listed as a route although it holds a valid RouteProperties.xml"));
 
     return ctx.out.document("Content/ConsistTemplates.bin", consistTemplatesXml(ctx));
+}
+
+bool writeArchivedRoute(Context& ctx, const ArchivedRoute& spec, DemoResult& result) {
+    RouteState r;
+    r.index = static_cast<int>(ctx.manifest.routes.size()); // past the loose routes: their stock
+    r.guid = spec.guid;
+    r.name = spec.english;
+    r.french = spec.french;
+    r.german = spec.german;
+    r.packed = true;
+    r.scale = 1;
+    r.packedScenario = spec.scenario;
+    r.folder = "Content/Routes/" + r.guid;
+    if (spec.partlyUnpacked) {
+        // Unpacked but for the scenery tiles after the first and the loft tiles.
+        const std::string scenery = r.folder + "/Scenery/", loft = r.folder + "/Networks/Loft Tiles/";
+        const std::string first = scenery + tileName(-1, -1);
+        r.alsoOnDisk = [=](const std::string& rel) {
+            return rel.rfind(loft, 0) != 0 && (rel.rfind(scenery, 0) != 0 || rel == first);
+        };
+    }
+    // The name the simulator shows: English, failing that French, failing that German.
+    const std::string shown = !spec.english.empty() ? spec.english : !spec.french.empty() ? spec.french : spec.german;
+    ctx.manifest.routes.push_back({r.guid, shown, !spec.partlyUnpacked, {}, {}, {}, {}});
+    r.manifest = &ctx.manifest.routes.back();
+    if (!writeRoute(ctx, r, result))
+        return false;
+    (spec.partlyUnpacked ? result.routes : result.packedRoutes).push_back({r.guid, shown});
+    return true;
+}
+
+bool writeScenarioPack(Context& ctx, int routeIndex, const std::string& archive, const std::string& scenario,
+                       DemoResult& result) {
+    RouteState r;
+    r.index = routeIndex;
+    r.guid = ctx.manifest.routes.at(static_cast<std::size_t>(routeIndex)).folder;
+    r.folder = "Content/Routes/" + r.guid;
+    ManifestRoute packed{r.guid, "", false, {}, {}, {}, {}}; // the scenario is the archive's, not the route's
+    r.manifest = &packed;
+    ctx.out.beginArchive(r.folder, archive);
+    if (!writeScenario(ctx, r, {scenario, "eStandardScenarioClass"}, result) || !ctx.out.endArchive())
+        return false;
+    const Output::Archive& a = ctx.out.lastArchive();
+    ctx.manifest.archives.push_back({a.path, "scenarios", "Unpacked", a.entries.size(), true, r.guid, packed.scenarios});
+    return true;
 }
 
 } // namespace velmora::demo

@@ -156,6 +156,17 @@ const RouteEntry* findRoute(const std::vector<RouteEntry>& routes, const std::st
     return nullptr;
 }
 
+std::string routeNotFound(AppContext& ctx, const std::string& key) {
+    std::string text = "no route with the folder or name '" + key + "'";
+    if (key.size() != 36 || key.find_first_of("/\\") != std::string::npos)
+        return text;
+    const auto folder = ctx.resolver.resolve(ctx.railWorks(), "Content\\Routes\\" + key);
+    if (folder && !ctx.resolver.resolve(*folder, "RouteProperties.xml") &&
+        ctx.resolver.resolve(*folder, "MainContent.ap"))
+        text += ": the folder holds no RouteProperties.xml, the route is packed in its MainContent.ap; unpack it first";
+    return text;
+}
+
 std::vector<ScenarioEntry> listScenarios(AppContext& ctx, const RouteEntry& route, bool* noFolder) {
     std::vector<ScenarioEntry> out;
     const auto folder = ctx.resolver.resolve(route.path, "Scenarios");

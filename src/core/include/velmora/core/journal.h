@@ -67,6 +67,7 @@ private:
     std::string m_command;
     long m_undoes = 0;
     long m_id = 0; // 0 until the open entry's first record
+    bool m_endsClean = false; // the last record of the open entry was written whole
     std::string m_time;
 };
 

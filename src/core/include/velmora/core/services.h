@@ -2,6 +2,7 @@
 // Small file and text services used by every tool. Text here is a string of bytes,
 // one character per byte, as the documents are handled throughout the program.
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -76,6 +77,9 @@ std::string formatGuidForms(const GuidForms& forms);
 // Opens a web address in the user's browser; says "Unable to open URL. Install browser first!"
 // when none can be started.
 bool openUrl(const std::string& url, UserInterface* ui);
+
+// A size for people: "812 bytes", "4.2 KB", "1.5 GB".
+std::string sizeText(std::uint64_t bytes);
 
 // A moment in local time by a strftime format ("%Y%m%d"); now when `when` is 0.
 std::string localTimeText(const char* format, long long when = 0);

@@ -42,6 +42,7 @@ struct DemoResult {
     std::vector<DemoRoute> routes;       // loose routes, with RouteProperties.xml on disk
     std::vector<DemoRoute> packedRoutes; // routes that live only in their MainContent.ap
     std::size_t files = 0;               // files on disk (an archive counts once)
+    std::size_t archives = 0;            // .ap files, the damaged one too
     std::size_t archiveEntries = 0;
     std::size_t documents = 0;           // documents encoded through the codec
     std::size_t blueprints = 0;

@@ -38,6 +38,9 @@ struct ScenarioEntry {
 std::vector<RouteEntry> listRoutes(AppContext& ctx, std::vector<std::string>* warnings = nullptr);
 // A route by its folder or by its display name (the first of that name), or nothing.
 const RouteEntry* findRoute(const std::vector<RouteEntry>& routes, const std::string& folderOrName);
+// What to say when findRoute finds nothing: the same words for every command, and for a route
+// folder that holds its route only packed in MainContent.ap, that it has to be unpacked first.
+std::string routeNotFound(AppContext& ctx, const std::string& folderOrName);
 
 // The scenarios of a route; `noFolder` is set when the route has no Scenarios folder.
 std::vector<ScenarioEntry> listScenarios(AppContext& ctx, const RouteEntry& route, bool* noFolder = nullptr);
