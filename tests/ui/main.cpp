@@ -20,6 +20,7 @@ int runTestQDBuild(int argc, char** argv);
 int runTestConsistBuilder(int argc, char** argv);
 int runTestQdCheck(int argc, char** argv);
 int runTestApArchives(int argc, char** argv);
+int runTestFrmAssetsAP(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -28,7 +29,7 @@ int main(int argc, char** argv) {
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets,
                      runTestFrmContent, runTestFrmDelRoute, runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
-                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives})
+                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

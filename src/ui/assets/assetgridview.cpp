@@ -1,9 +1,15 @@
 #include "assetgridview.h"
 
 #include "../common/desktopui.h"
+#include "velmora/core/appcontext.h"
+#include "velmora/core/journal.h"
+#include "velmora/core/services.h"
 #include "velmora/core/textboundary.h"
 
+#include <QFileDialog>
 #include <QHeaderView>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QTableWidget>
 
 namespace velmora::ui {
@@ -65,6 +71,53 @@ QTableWidget* makeAssetGrid() { return makeListGrid(assets::assetColumns()); }
 
 void appendAssetRows(QTableWidget* grid, const std::vector<assets::AssetRow>& rows) {
     appendListRows(grid, assets::cellsOf(rows));
+}
+
+QTableWidget* makeListGrid(const char* name, const QStringList& headers) {
+    std::vector<std::string> columns;
+    for (const auto& h : headers)
+        columns.push_back(fromQt(h));
+    QTableWidget* grid = makeListGrid(columns);
+    grid->setObjectName(name);
+    return grid;
+}
+
+QPushButton* folderBrowseButton(QWidget* owner, QLineEdit* folderBox) {
+    auto* browse = new QPushButton(QStringLiteral("..."));
+    browse->setObjectName("cmdBrowse");
+    QObject::connect(browse, &QPushButton::clicked, owner, [owner, folderBox] {
+        const QString dir = QFileDialog::getExistingDirectory(owner, QObject::tr("Start folder"), folderBox->text());
+        if (!dir.isEmpty())
+            folderBox->setText(dir);
+    });
+    return browse;
+}
+
+std::vector<assets::AssetRow> assetGridRows(const QTableWidget* grid) {
+    std::vector<assets::AssetRow> out;
+    out.reserve(static_cast<std::size_t>(grid->rowCount()));
+    for (int r = 0; r < grid->rowCount(); ++r) {
+        std::vector<std::string> cells = listRowCells(grid, r);
+        cells.resize(8);
+        out.push_back({cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], cells[6], cells[7]});
+    }
+    return out;
+}
+
+void saveAssetGridAs(AppContext& ctx, const std::vector<assets::AssetRow>& rows) {
+    MakePath(ctx.reports());
+    FileRequest request{"Save Grid as File", ctx.reports(),
+                        "Comma Separated (*.csv)|*.csv|Excel file (*.xls)|*.xls|Tabbed text file (*.txt)|*.txt", true};
+    auto chosen = ctx.ui().chooseFile(request);
+    if (!chosen || chosen->empty())
+        return;
+    const auto form = assets::listFormOf(*chosen);
+    if (form == assets::ListForm::Unknown)
+        return;
+    std::string error;
+    JournalCommand command(&ctx.journal(), "Save Grid as File " + chosen->string());
+    if (!assets::saveAssetList(ctx.files(), *chosen, form, rows, &error))
+        ctx.ui().message(error, Icon::Warning);
 }
 
 } // namespace velmora::ui

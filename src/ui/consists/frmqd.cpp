@@ -28,17 +28,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-QTableWidget* plainGrid(const char* name, const QStringList& headers) {
-    auto* grid = new QTableWidget(0, static_cast<int>(headers.size()));
-    grid->setObjectName(name);
-    grid->setHorizontalHeaderLabels(headers);
-    grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    grid->horizontalHeader()->setStretchLastSection(true);
-    return grid;
-}
-
 std::set<int> selectedRows(const QTableWidget* grid) {
     std::set<int> rows;
     for (const QModelIndex& index : grid->selectionModel()->selectedRows())
@@ -90,9 +79,9 @@ frmQD::frmQD(AppContext& ctx, QWidget* parent) : QDialog(parent), m_ctx(ctx) {
     for (const Entry& e : edits)
         add(editMenu, e);
 
-    m_vehicles = plainGrid("VSFG", {tr("Provider"), tr("Product"), tr("Blueprint"), tr("Flipped")});
+    m_vehicles = makeListGrid("VSFG", {tr("Provider"), tr("Product"), tr("Blueprint"), tr("Flipped")});
     m_stock = makeAssetGrid();
-    m_fragments = plainGrid("VSFG2", {tr("Fragment"), tr("Provider"), tr("Product"), tr("Blueprint"), tr("Flipped")});
+    m_fragments = makeListGrid("VSFG2", {tr("Fragment"), tr("Provider"), tr("Product"), tr("Blueprint"), tr("Flipped")});
     connect(m_fragments, &QTableWidget::cellDoubleClicked, this, [this](int row) { VSFG2_DblClick(row); });
     auto* addStock = new QPushButton(tr("Add Selected Stock"));
     addStock->setObjectName("Command2");

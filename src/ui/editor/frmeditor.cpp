@@ -10,6 +10,8 @@
 #include "../assets/frmcontent.h"
 #include "../assets/frmindex.h"
 #include "../archives/apmenus.h"
+#include "../archives/frmapconsists.h"
+#include "../archives/frmassetsap.h"
 #include "../routes/frmdelroute.h"
 #include "../scenarios/frmshowroutes.h"
 #include "dialogs.h"
@@ -411,6 +413,31 @@ void frmEditor::connectCommands() {
         screen->raise();
     });
     action("mnuCnt")->setEnabled(true);
+    // The screens of assets and scenarios packed in .ap files: made on first use, kept open.
+    connect(action("mnuAPEdit"), &QAction::triggered, this, [this] {
+        auto* screen = findChild<frmAssetsAP*>();
+        if (!screen) {
+            screen = new frmAssetsAP(m_ctx, this);
+            screen->setWindowFlag(Qt::Window);
+            connect(screen, &frmAssetsAP::openInEditor, this, [this](const QString& file) {
+                openChosenPath(fromQt(file));
+                raise();
+            });
+        }
+        screen->show();
+        screen->raise();
+    });
+    action("mnuAPEdit")->setEnabled(true);
+    connect(action("mnuAPCont"), &QAction::triggered, this, [this] {
+        auto* screen = findChild<frmAPConsists*>();
+        if (!screen) {
+            screen = new frmAPConsists(m_ctx, this);
+            screen->setWindowFlag(Qt::Window);
+        }
+        screen->show();
+        screen->raise();
+    });
+    action("mnuAPCont")->setEnabled(true);
     connect(action("mnuTxt"), &QAction::triggered, this, [this] { mnuTxt_Click(); });
     action("mnuTxt")->setEnabled(true);
     // The .ap archive tools.
