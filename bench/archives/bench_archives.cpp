@@ -89,14 +89,18 @@ double unpackAllSeconds() {
 }
 
 double sevenZipSeconds() {
+    static const bool installed = std::system("7zz > /dev/null 2>&1") == 0;
+    if (!installed)
+        return -1;
     fs::remove_all(scratch());
     const auto start = std::chrono::steady_clock::now();
     int n = 0;
     for (const auto& ap : demoArchives()) {
         const std::string command = "7zz x -y -bso0 -bsp0 -o'" + (scratch() / std::to_string(n++)).string() + "' '" +
                                     ap.string() + "' > /dev/null 2>&1";
-        if (std::system(command.c_str()) != 0 && n == 1)
-            return -1;
+        // The demo's damaged archive and the one with unsafe names end 7zz with an error; the
+        // rest is unpacked all the same, as ours are.
+        [[maybe_unused]] const int code = std::system(command.c_str());
     }
     const double s = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     fs::remove_all(scratch());

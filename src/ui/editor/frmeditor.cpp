@@ -344,6 +344,18 @@ void frmEditor::buildContextMenu() {
     }
 }
 
+template <typename Screen, typename Make>
+void frmEditor::liveTool(const char* name, Make make) {
+    connect(action(name), &QAction::triggered, this, [this, make] {
+        auto* screen = findChild<Screen*>();
+        if (!screen)
+            screen = make();
+        screen->show();
+        screen->raise();
+    });
+    action(name)->setEnabled(true);
+}
+
 void frmEditor::connectCommands() {
     auto wire = [this](const char* name, void (frmEditor::*slot)()) {
         QAction* a = m_actions.at(name);
@@ -392,52 +404,29 @@ void frmEditor::connectCommands() {
     wire("mnuClearTemp", &frmEditor::mnuClearTemp_Click);
     wire("mnuQDPreload", &frmEditor::mnuQDPreload_Click);
     wire("mnuBuildQD", &frmEditor::mnuBuildQD_Click);
-    // The Quick Drive check: made on first use, kept while the program runs.
-    connect(action("mnuCheckQD"), &QAction::triggered, this, [this] {
-        auto* screen = findChild<frmCheckQD*>();
-        if (!screen)
-            screen = new frmCheckQD(m_ctx, this);
-        screen->show();
-        screen->raise();
+    // Tool screens made on first use and kept while the program runs (the content list closes
+    // for good, as the asset list does).
+    liveTool<frmCheckQD>("mnuCheckQD", [this] { return new frmCheckQD(m_ctx, this); });
+    liveTool<frmContent>("mnuCnt", [this] {
+        auto* screen = new frmContent(m_ctx, this);
+        screen->setWindowFlag(Qt::Window);
+        screen->setAttribute(Qt::WA_DeleteOnClose);
+        return screen;
     });
-    action("mnuCheckQD")->setEnabled(true);
-    // The content list: made on first use, kept while the program runs, as the asset list is.
-    connect(action("mnuCnt"), &QAction::triggered, this, [this] {
-        auto* screen = findChild<frmContent*>();
-        if (!screen) {
-            screen = new frmContent(m_ctx, this);
-            screen->setWindowFlag(Qt::Window);
-            screen->setAttribute(Qt::WA_DeleteOnClose);
-        }
-        screen->show();
-        screen->raise();
+    liveTool<frmAssetsAP>("mnuAPEdit", [this] {
+        auto* screen = new frmAssetsAP(m_ctx, this);
+        screen->setWindowFlag(Qt::Window);
+        connect(screen, &frmAssetsAP::openInEditor, this, [this](const QString& file) {
+            openChosenPath(fromQt(file));
+            raise();
+        });
+        return screen;
     });
-    action("mnuCnt")->setEnabled(true);
-    // The screens of assets and scenarios packed in .ap files: made on first use, kept open.
-    connect(action("mnuAPEdit"), &QAction::triggered, this, [this] {
-        auto* screen = findChild<frmAssetsAP*>();
-        if (!screen) {
-            screen = new frmAssetsAP(m_ctx, this);
-            screen->setWindowFlag(Qt::Window);
-            connect(screen, &frmAssetsAP::openInEditor, this, [this](const QString& file) {
-                openChosenPath(fromQt(file));
-                raise();
-            });
-        }
-        screen->show();
-        screen->raise();
+    liveTool<frmAPConsists>("mnuAPCont", [this] {
+        auto* screen = new frmAPConsists(m_ctx, this);
+        screen->setWindowFlag(Qt::Window);
+        return screen;
     });
-    action("mnuAPEdit")->setEnabled(true);
-    connect(action("mnuAPCont"), &QAction::triggered, this, [this] {
-        auto* screen = findChild<frmAPConsists*>();
-        if (!screen) {
-            screen = new frmAPConsists(m_ctx, this);
-            screen->setWindowFlag(Qt::Window);
-        }
-        screen->show();
-        screen->raise();
-    });
-    action("mnuAPCont")->setEnabled(true);
     connect(action("mnuTxt"), &QAction::triggered, this, [this] { mnuTxt_Click(); });
     action("mnuTxt")->setEnabled(true);
     // The .ap archive tools.

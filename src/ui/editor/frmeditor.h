@@ -189,6 +189,10 @@ private:
     void buildMenus();
     void buildContextMenu();
     void connectCommands();
+    // Enables the menu entry `name` to show the one screen of type Screen, made by `make` on
+    // first use.
+    template <typename Screen, typename Make>
+    void liveTool(const char* name, Make make);
     void applyStartup();
     void refreshCaption();
     void enableForDocument(bool binary);
