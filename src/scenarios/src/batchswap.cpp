@@ -83,26 +83,12 @@ Prepared prepare(AppContext& ctx, const fs::path& folder, const BatchOptions& op
     return p;
 }
 
-// The files a batch has written so far, to be put back when a later write fails.
-struct Written {
-    fs::path file, backup;
-};
-
-std::string putBack(AppContext& ctx, const std::vector<Written>& written) {
-    std::string lost;
-    for (auto it = written.rbegin(); it != written.rend(); ++it) {
-        WriteOptions plain;
-        plain.backup = Backup::None;
-        const WriteResult w =
-            it->backup.empty() ? WriteResult{} : ctx.files().write(it->file, ReadTextFile(it->backup), plain);
-        if (!w)
-            lost += " " + it->file.string() + " could not be put back" +
-                    (it->backup.empty() ? std::string(".")
-                                        : "; its old content is kept as " + it->backup.string() + ".");
-    }
-    return written.empty() ? std::string()
-           : lost.empty()  ? " The scenarios written before were put back as they were."
-                           : lost;
+// What a failed batch says of the files it had written before: put back, or which were not.
+std::string putBack(AppContext& ctx, const std::vector<WriteResult>& written) {
+    if (written.empty())
+        return {};
+    const std::string lost = ctx.files().putBack(written);
+    return lost.empty() ? " The scenarios written before were put back as they were." : " " + lost;
 }
 
 void commit(AppContext& ctx, const std::string& command, BatchResult& result, UserInterface* ui) {
@@ -113,20 +99,20 @@ void commit(AppContext& ctx, const std::string& command, BatchResult& result, Us
     JournalCommand entry(&ctx.journal(), command);
     if (ui)
         ui->beginProgress("Writing scenarios", static_cast<std::int64_t>(changed.size()));
-    std::vector<Written> written;
+    std::vector<WriteResult> written; // to be put back when a later write fails
     for (ScenarioOutcome* o : changed) {
         WriteOptions scenario;
         scenario.backupStem = "Scenario";
         const WriteResult s = ctx.files().write(o->scenarioFile, o->scenarioBin, scenario);
         if (s)
-            written.push_back({o->scenarioFile, s.backup});
+            written.push_back(s);
         WriteResult p;
         if (s && !o->propertiesText.empty()) {
             WriteOptions properties;
             properties.backupStem = "ScenarioProperties";
             p = ctx.files().write(o->propertiesFile, o->propertiesText, properties);
             if (p)
-                written.push_back({o->propertiesFile, p.backup});
+                written.push_back(p);
         }
         ctx.resolver.invalidate(o->folder);
         if (!s || (!o->propertiesText.empty() && !p)) {
