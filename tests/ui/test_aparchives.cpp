@@ -300,6 +300,8 @@ private slots:
         commands->Command14_Click();
         QVERIFY(!fs::exists(rw() / "Assets/escape.txt"));
         QVERIFY(!fs::exists(rw() / "Assets/EvilProv/escape.txt"));
+        QVERIFY(m_demo.prompted("1 problem(s) while unpacking:"));
+        QVERIFY(!m_demo.prompted("All selected folders have been unpacked"));
         QVERIFY(commands->lastReport());
         QVERIFY(commands->lastReport()->textBox()->toPlainText().contains("escape.txt"));
 

@@ -18,6 +18,20 @@ namespace {
 const char* const kBackupAdvice = "I suggest you make one before carrying out this procedure!";
 const char* const kAllUnpacked = "All selected folders have been unpacked and files made read/write.";
 
+// The closing message of an unpack: the usual one when everything went in, else what did not.
+void closingMessage(UserInterface& ui, const ApCommandResult& out) {
+    if (out.problems.empty()) {
+        ui.message(kAllUnpacked);
+        return;
+    }
+    std::string text = std::to_string(out.problems.size()) + " problem(s) while unpacking:\n";
+    for (std::size_t i = 0; i < out.problems.size() && i < 10; ++i)
+        text += out.problems[i] + "\n";
+    if (out.problems.size() > 10)
+        text += "... and " + std::to_string(out.problems.size() - 10) + " more in the report.\n";
+    ui.message(text + "Everything else was unpacked and made read/write.", Icon::Warning);
+}
+
 std::string backupWarning(const char* what) {
     return std::string("If you do not have a back-up of ") + what + " you are about to alter,\n" + kBackupAdvice;
 }
@@ -90,7 +104,7 @@ ApCommandResult unpackSelected(AppContext& ctx, UserInterface& ui, const std::ve
         }
         collect(out, unpackArchive(ctx.files(), ap, options, &ui));
     }
-    ui.message(kAllUnpacked);
+    closingMessage(ui, out);
     return out;
 }
 
@@ -142,7 +156,7 @@ ApCommandResult extractRouteProperties(AppContext& ctx, UserInterface& ui, const
         }
         collect(out, unpackArchive(ctx.files(), *main, options, &ui));
     }
-    ui.message(kAllUnpacked);
+    closingMessage(ui, out);
     return out;
 }
 

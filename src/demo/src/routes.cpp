@@ -229,7 +229,7 @@ std::string scenarioXml(Context& ctx, const std::vector<Consist>& consists) {
     return x.finish();
 }
 
-struct ScenarioSpec {
+struct ScenarioPlan {
     std::string name, scenarioClass;
     std::string workshopId = "0";
     bool properties = true, scenery = false, save = false, missingStock = false;
@@ -240,7 +240,7 @@ struct ScenarioSpec {
 // The weather of a scenario whose product has no Weather folder at all.
 const Ref kWeatherWithoutFolder{"DemoRail", "Class66Pack", "Weather\\Demo_Overcast.xml"};
 
-std::string scenarioPropertiesXml(Context& ctx, const Guid& id, const ScenarioSpec& s, const std::vector<Consist>& consists,
+std::string scenarioPropertiesXml(Context& ctx, const Guid& id, const ScenarioPlan& s, const std::vector<Consist>& consists,
                                   double& startTime) {
     XmlBuilder x("cScenarioProperties", ctx.rng.id());
     guidElement(x, "ID", id);
@@ -321,7 +321,7 @@ std::vector<Consist> servicesFor(Context& ctx, const RouteState& r, int n) {
 }
 
 // What the manifest says of a scenario: its fields and every vehicle as the documents hold them.
-ManifestScenario manifestScenario(Context& ctx, const Guid& id, const ScenarioSpec& s, const std::vector<Consist>& consists,
+ManifestScenario manifestScenario(Context& ctx, const Guid& id, const ScenarioPlan& s, const std::vector<Consist>& consists,
                                   double startTime, const Vehicle* missing) {
     ManifestScenario m;
     m.folder = id.text;
@@ -370,7 +370,7 @@ ManifestScenario manifestScenario(Context& ctx, const Guid& id, const ScenarioSp
     return m;
 }
 
-bool writeScenario(Context& ctx, RouteState& r, const ScenarioSpec& s, DemoResult& result) {
+bool writeScenario(Context& ctx, RouteState& r, const ScenarioPlan& s, DemoResult& result) {
     Guid id = makeGuid(ctx.rng);
     std::string folder = r.folder + "/Scenarios/" + id.text;
     std::vector<Consist> consists = servicesFor(ctx, r, static_cast<int>(r.manifest->scenarios.size()));
@@ -606,11 +606,11 @@ bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
         return false;
 
     // Scenarios of every class, then the ones the scale adds.
-    std::vector<ScenarioSpec> specs;
+    std::vector<ScenarioPlan> plans;
     if (r.packed) {
-        specs.push_back({r.packedScenario, "eStandardScenarioClass"});
+        plans.push_back({r.packedScenario, "eStandardScenarioClass"});
     } else {
-        specs = {{r.index == 0 ? "O'Connor's coal run" : "Z\xEF\xBF\xBCrich freight", "eStandardScenarioClass", "0",
+        plans = {{r.index == 0 ? "O'Connor's coal run" : "Z\xEF\xBF\xBCrich freight", "eStandardScenarioClass", "0",
                   true, true, true, r.index == 0},
                  {"Free roam", "eFreeRoamScenarioClass"},
                  {"Career: first turn", "eCareerScenarioClass"},
@@ -618,15 +618,15 @@ bool writeRoute(Context& ctx, RouteState& r, DemoResult& result) {
                  {"[QD] Quick Drive", "eTemplateScenarioClass"},
                  {"Workshop: Déjà vu", "eStandardScenarioClass", "1733904021"}};
         // A save without its hash, and a weather whose product has no Weather folder.
-        specs[2].save = true;
-        specs[2].saveHash = false;
-        specs[3].weather = kWeatherWithoutFolder;
+        plans[2].save = true;
+        plans[2].saveHash = false;
+        plans[3].weather = kWeatherWithoutFolder;
         if (r.index == 0)
-            specs.push_back({"Unfinished", "eStandardScenarioClass", "0", false});
+            plans.push_back({"Unfinished", "eStandardScenarioClass", "0", false});
         for (int i = 0; i < 7 * (scale - 1); ++i)
-            specs.push_back({"Extra service " + std::to_string(i + 1), "eStandardScenarioClass"});
+            plans.push_back({"Extra service " + std::to_string(i + 1), "eStandardScenarioClass"});
     }
-    for (const auto& s : specs) {
+    for (const auto& s : plans) {
         if (ctx.cancelled() || !writeScenario(ctx, r, s, result))
             return false;
         const auto& written = r.manifest->scenarios.back();
@@ -728,18 +728,18 @@ bool writeRoutes(Context& ctx, DemoResult& result) {
     return ctx.out.document("Content/ConsistTemplates.bin", consistTemplatesXml(ctx));
 }
 
-bool writeArchivedRoute(Context& ctx, const ArchivedRoute& spec, DemoResult& result) {
+bool writeArchivedRoute(Context& ctx, const ArchivedRoute& packed, DemoResult& result) {
     RouteState r;
     r.index = static_cast<int>(ctx.manifest.routes.size()); // past the loose routes: their stock
-    r.guid = spec.guid;
-    r.name = spec.english;
-    r.french = spec.french;
-    r.german = spec.german;
+    r.guid = packed.guid;
+    r.name = packed.english;
+    r.french = packed.french;
+    r.german = packed.german;
     r.packed = true;
     r.scale = 1;
-    r.packedScenario = spec.scenario;
+    r.packedScenario = packed.scenario;
     r.folder = "Content/Routes/" + r.guid;
-    if (spec.partlyUnpacked) {
+    if (packed.partlyUnpacked) {
         // Unpacked but for the scenery tiles after the first and the loft tiles.
         const std::string scenery = r.folder + "/Scenery/", loft = r.folder + "/Networks/Loft Tiles/";
         const std::string first = scenery + tileName(-1, -1);
@@ -748,12 +748,12 @@ bool writeArchivedRoute(Context& ctx, const ArchivedRoute& spec, DemoResult& res
         };
     }
     // The name the simulator shows: English, failing that French, failing that German.
-    const std::string shown = !spec.english.empty() ? spec.english : !spec.french.empty() ? spec.french : spec.german;
-    ctx.manifest.routes.push_back({r.guid, shown, !spec.partlyUnpacked, {}, {}, {}, {}});
+    const std::string shown = !packed.english.empty() ? packed.english : !packed.french.empty() ? packed.french : packed.german;
+    ctx.manifest.routes.push_back({r.guid, shown, !packed.partlyUnpacked, {}, {}, {}, {}});
     r.manifest = &ctx.manifest.routes.back();
     if (!writeRoute(ctx, r, result))
         return false;
-    (spec.partlyUnpacked ? result.routes : result.packedRoutes).push_back({r.guid, shown});
+    (packed.partlyUnpacked ? result.routes : result.packedRoutes).push_back({r.guid, shown});
     return true;
 }
 

@@ -22,13 +22,13 @@ namespace velmora::ui {
 
 namespace {
 
-struct ButtonSpec {
+struct ButtonEntry {
     const char* name;
     const char* caption;
     void (ApGridCommands::*slot)();
 };
 
-const ButtonSpec kButtons[] = {
+const ButtonEntry kButtons[] = {
     {"Command14", "Unpack Selected .ap files with 7zip (normally use this option)", &ApGridCommands::Command14_Click},
     {"Command15", "Extract rolling-stock from all .ap files", &ApGridCommands::Command15_Click},
     {"Command16", "Extract scenarios from all .ap files", &ApGridCommands::Command16_Click},
@@ -81,10 +81,10 @@ ApGridCommands::ApGridCommands(AppContext& ctx, frmListRS* screen, archives::ApT
     layout->addWidget(m_legend);
     auto* grid = new QGridLayout;
     int n = 0;
-    for (const ButtonSpec& spec : kButtons) {
-        auto* b = new QPushButton(tr(spec.caption));
-        b->setObjectName(spec.name);
-        connect(b, &QPushButton::clicked, this, spec.slot);
+    for (const ButtonEntry& entry : kButtons) {
+        auto* b = new QPushButton(tr(entry.caption));
+        b->setObjectName(entry.name);
+        connect(b, &QPushButton::clicked, this, entry.slot);
         grid->addWidget(b, n / 3, n % 3);
         ++n;
     }
