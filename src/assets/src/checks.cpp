@@ -1,6 +1,7 @@
 #include "velmora/assets/checks.h"
 
 #include "velmora/assets/assetlist.h"
+#include "velmora/assets/listcommands.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/errorlog.h"
@@ -624,12 +625,7 @@ std::vector<std::string> AssetChecks::useInScenarios(std::vector<AssetRow>& rows
             problems.push_back(stored.message);
             continue;
         }
-        bool pakExists = false;
-        const fs::path pak = resolve(row.provider + "\\" + row.product + "\\BluePrints.pak", pakExists, false);
-        if (pakExists) {
-            std::error_code ec;
-            fs::remove(pak, ec);
-        }
+        removeBlueprintCache(m_ctx, row.provider, row.product);
         row.inScene = "Yes";
     }
     m_ctx.resolver.invalidate();

@@ -252,24 +252,31 @@ StoreResult storeBlueprint(AppContext& ctx, const fs::path& source, const std::s
         r.message = stored.message;
         return r;
     }
-    // The simulator rebuilds its cache of the product's blueprints when the cache is gone.
-    const fs::path assets = ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets");
-    const fs::path relative = fs::relative(source, assets);
-    auto part = relative.begin();
-    if (part != relative.end() && *part != "..") {
-        const fs::path provider = *part++;
-        if (part != relative.end()) {
-            const std::string pak = provider.string() + "\\" + part->string() + "\\BluePrints.pak";
-            if (auto cache = ctx.resolver.resolve(assets, pak)) {
-                std::error_code ec;
-                fs::remove(*cache, ec);
-            }
-        }
-    }
+    removeBlueprintCacheOf(ctx, source);
     ctx.resolver.invalidate();
     r.ok = true;
     r.written = target;
     return r;
+}
+
+void removeBlueprintCache(AppContext& ctx, const std::string& provider, const std::string& product) {
+    const fs::path assets = ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets");
+    if (auto cache = ctx.resolver.resolve(assets, provider + "\\" + product + "\\BluePrints.pak")) {
+        std::error_code ec;
+        fs::remove(*cache, ec);
+    }
+}
+
+void removeBlueprintCacheOf(AppContext& ctx, const fs::path& blueprint) {
+    const fs::path assets = ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets");
+    std::error_code ec;
+    const fs::path relative = fs::relative(blueprint, assets, ec);
+    auto part = relative.begin();
+    if (ec || part == relative.end() || *part == "..")
+        return;
+    const std::string provider = part->string();
+    if (++part != relative.end())
+        removeBlueprintCache(ctx, provider, part->string());
 }
 
 std::string addLocoInformation(AppContext& ctx, const AssetRow& row,

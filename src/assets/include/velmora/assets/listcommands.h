@@ -83,6 +83,13 @@ struct AssetDetail {
 std::vector<AssetDetail> searchAssetDetails(const std::filesystem::path& assetsFolder, std::string fileName,
                                             const std::function<void()>& tick, const bool& stop);
 
+// The simulator's cache of a product's blueprints, BluePrints.pak, is taken away after a
+// blueprint of the product changed: the simulator builds it again from the blueprints. A cache
+// is not the user's work, so it is deleted outright (and missing is fine).
+void removeBlueprintCache(AppContext& ctx, const std::string& provider, const std::string& product);
+// The same for the product that holds `blueprint` (a file below the Assets folder).
+void removeBlueprintCacheOf(AppContext& ctx, const std::filesystem::path& blueprint);
+
 // The blueprint file of a row: Assets\Provider\Product\Path, resolved without regard to case.
 std::filesystem::path rowFile(AppContext& ctx, const AssetRow& row);
 
