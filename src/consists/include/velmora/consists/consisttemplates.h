@@ -6,6 +6,8 @@
 // New consists are made from three templates in data/Templates (ConsistHeader.txt,
 // ConsistName.txt, ConsistTemplateEntry.txt), filled by plain replacement of their tokens.
 
+#include "velmora/core/templates.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <functional>
@@ -18,6 +20,15 @@ class AppContext;
 }
 
 namespace velmora::consists {
+
+// Templates, names and ids are the program's own, shared with the other tools.
+using velmora::documentText;
+using velmora::fillTemplate;
+using velmora::IdSource;
+using velmora::randomId;
+using velmora::readTemplate;
+using velmora::shownName;
+using velmora::systemIds;
 
 namespace fs = std::filesystem;
 
@@ -67,31 +78,12 @@ struct ReadResult {
 // The user's saved consists; a missing file is no error (exists is false, no consists).
 ReadResult readConsistTemplates(AppContext& ctx);
 
-// A name as the program shows it: the XML escapes undone and the letters repaired.
-std::string shownName(std::string_view documentText);
-// A name typed by the user (UTF-8) as the document holds it: &, <, >, ' and " in the forms the
-// codec writes them, other characters as UTF-8.
-std::string documentText(std::string_view typed);
 
 // Whether the vehicle's blueprint .bin is absent below Assets, tested as written and once more
 // after the text repair. A path that leads out of Assets counts as missing.
 bool blueprintMissing(AppContext& ctx, const TemplateEntry& entry);
 
-// Where new ids and keys come from; tests put in their own.
-struct IdSource {
-    std::function<double()> fraction; // a random number in [0, 1)
-    std::function<std::string()> guid;
-};
-IdSource systemIds();
-// A new id: nine digits, "000000000", never starting with 0 (the document keeps it as a
-// number, so leading zeros would not come back).
-std::string randomId(const IdSource& ids);
 
-// A template of data/Templates by name, found without regard to letter case. Empty, with
-// `error` naming the file, when it is missing or empty.
-std::string readTemplate(AppContext& ctx, std::string_view name, std::string& error);
-// The template with every token replaced, each token in turn.
-std::string fillTemplate(std::string text, const std::vector<std::pair<std::string, std::string>>& tokens);
 
 // A vehicle to save: provider, product and blueprint id as the scenario's text holds them.
 struct NewVehicle {
