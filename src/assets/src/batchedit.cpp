@@ -61,11 +61,12 @@ bool encode(const fs::path& target, const std::string& xml, std::vector<Output>&
     return true;
 }
 
-Prepared editOne(const AssetRow& row, const fs::path& file, const fs::path& assets, const VariantName* name,
+Prepared editOne(std::size_t index, const AssetRow& row, const fs::path& file, const fs::path& assets, const VariantName* name,
                  const RowEditor& edit) {
     Prepared out;
     RowInput input;
     input.row = &row;
+    input.index = index;
     input.file = file;
     input.assets = assets;
     if (const ConvertResult r = binToXmlText(file, input.xml); !r) {
@@ -152,7 +153,7 @@ BatchResult runBatch(AppContext& ctx, const std::vector<AssetRow>& rows, const B
                         if (std::string bad = badVariantName(options.names[i]); !bad.empty())
                             return Prepared{{}, bad, {}};
                     }
-                    return editOne(rows[i], files[i], assets, variants ? &options.names[i] : nullptr, edit);
+                    return editOne(i, rows[i], files[i], assets, variants ? &options.names[i] : nullptr, edit);
                 },
                 [&](std::string why) { return Prepared{{}, files[i].string() + ": " + why, {}}; });
         });

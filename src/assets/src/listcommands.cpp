@@ -8,6 +8,7 @@
 #include "velmora/core/filewrite.h"
 #include "velmora/core/journal.h"
 #include "velmora/core/services.h"
+#include "velmora/core/templates.h"
 #include "velmora/core/textboundary.h"
 #include "velmora/core/xmltext.h"
 
@@ -205,12 +206,14 @@ std::string removeChildEntries(std::string xml, const std::vector<std::string>& 
 }
 
 void renameBlueprint(std::string& xml, const std::string& displayName) {
+    // Typed text: an "&" or "<" in it must not break the document.
+    const std::string name = documentText(displayName);
     std::size_t pos = InStr(1, xml, "<Name ", Match::Text);
     if (pos)
-        PutDetail(xml, pos, "Name", displayName, kText);
+        PutDetail(xml, pos, "Name", name, kText);
     for (const char* language : {"English", "French", "Italian", "German", "Spanish"}) {
         pos = 1;
-        PutDetail(xml, pos, language, displayName, kText);
+        PutDetail(xml, pos, language, name, kText);
     }
 }
 

@@ -28,6 +28,7 @@ enum class Store { InPlace, NewName };
 // What an edit is given for one row.
 struct RowInput {
     const AssetRow* row = nullptr;
+    std::size_t index = 0;        // the row's place in the batch, from 0
     std::filesystem::path file;   // the blueprint on disk
     std::filesystem::path assets; // the simulator's Assets folder
     std::string xml;              // the blueprint's text

@@ -53,7 +53,7 @@ RowPicture rowPicture(AppContext& ctx, const AssetRow& row);
 std::vector<std::string> childEntries(const std::string& xml);
 // Cuts the child elements of these names out of the blueprint (at most 21 handled).
 std::string removeChildEntries(std::string xml, const std::vector<std::string>& names);
-// Puts the display name into Name (from the first "<Name ") and the five languages.
+// Puts the display name, as typed, into Name (from the first "<Name ") and the five languages.
 void renameBlueprint(std::string& xml, const std::string& displayName);
 // Each named child (at most 3) becomes "Main Smoke Stack".
 std::string correctSmokeStack(std::string xml, const std::vector<std::string>& names);
