@@ -33,7 +33,7 @@ Global options:
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
     for (auto&& group :
-         {editorCommands(), assetCommands(), contentCommands(), routeCommands(), scenarioCommands(),
+         {editorCommands(), assetCommands(), batchEditCommands(), contentCommands(), routeCommands(), scenarioCommands(),
           scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands()})

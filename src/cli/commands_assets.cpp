@@ -137,19 +137,6 @@ int cmdAssetsIndex(Session& s) {
 }
 
 // The blueprints named on the command line as grid rows; false after saying which is wrong.
-bool rowsFromPaths(Session& s, const std::vector<std::string>& paths, std::vector<assets::AssetRow>& rows) {
-    const fs::path assetsFolder = s.ctx.resolver.resolveForWrite(s.ctx.railWorks(), "Assets");
-    for (const auto& p : paths) {
-        assets::AssetRow row;
-        if (!assets::rowForBlueprint(p, assetsFolder, row)) {
-            s.fail(p + ": not a blueprint below " + assetsFolder.string());
-            return false;
-        }
-        row.name = row.path;
-        rows.push_back(row);
-    }
-    return true;
-}
 
 std::string reportAsCsv(const assets::Report& r) {
     std::string out = "File,Missing\n";
@@ -409,6 +396,20 @@ int cmdWhereUsed(Session& s) {
 }
 
 } // namespace
+
+bool rowsFromPaths(Session& s, const std::vector<std::string>& paths, std::vector<assets::AssetRow>& rows) {
+    const fs::path assetsFolder = s.ctx.resolver.resolveForWrite(s.ctx.railWorks(), "Assets");
+    for (const auto& p : paths) {
+        assets::AssetRow row;
+        if (!assets::rowForBlueprint(p, assetsFolder, row)) {
+            s.fail(p + ": not a blueprint below " + assetsFolder.string());
+            return false;
+        }
+        row.name = row.path;
+        rows.push_back(row);
+    }
+    return true;
+}
 
 std::vector<Command> assetCommands() {
     return {

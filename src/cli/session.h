@@ -13,6 +13,10 @@
 #include <string>
 #include <vector>
 
+namespace velmora::assets {
+struct AssetRow;
+}
+
 namespace velmora::cli {
 
 namespace fs = std::filesystem;
@@ -58,6 +62,10 @@ struct Session {
 
 using Handler = int (*)(Session&);
 
+// The rows of blueprints named on the command line (full paths, or below Assets); false after
+// naming the one that is not a blueprint below the Assets folder.
+bool rowsFromPaths(Session& s, const std::vector<std::string>& paths, std::vector<assets::AssetRow>& rows);
+
 struct Command {
     const char* name;
     const char* synopsis; // arguments, as shown in the usage text
@@ -74,6 +82,7 @@ struct Command {
 std::vector<Command> basicCommands();
 std::vector<Command> editorCommands();
 std::vector<Command> assetCommands();
+std::vector<Command> batchEditCommands();
 std::vector<Command> contentCommands();
 std::vector<Command> routeCommands();
 std::vector<Command> scenarioCommands();
