@@ -152,9 +152,8 @@ void frmAssets::buildWidgets() {
         QPushButton* package = commandButton("Command21", caption(m_ctx, 76, "Package Missing Assets"));
         connect(process, &QPushButton::clicked, this, &frmAssets::Command19_Click);
         connect(package, &QPushButton::clicked, this, &frmAssets::Command21_Click);
-        // Renaming comes with the cloning tools: present, not yet live.
         QPushButton* rename = commandButton("Command17", caption(m_ctx, 77, "Rename Selected Asset"));
-        rename->setEnabled(false);
+        connect(rename, &QPushButton::clicked, this, &frmAssets::Command17_Click);
         for (QPushButton* b : {rename, process, package}) {
             commands->addWidget(b, i / 4, i % 4);
             ++i;
@@ -227,15 +226,11 @@ void frmAssets::buildWidgets() {
         {"mnuWhere", &frmAssets::mnuWhere_Click}};
     for (const auto& [name, slot] : wired)
         connect(action(name), &QAction::triggered, this, slot);
+    buildBatchMenus();
     updateCounts();
 }
 
-QAction* frmAssets::action(const QString& name) const {
-    for (QAction* a : m_checkMenu->actions())
-        if (a->objectName() == name)
-            return a;
-    return nullptr;
-}
+QAction* frmAssets::action(const QString& name) const { return findChild<QAction*>(name); }
 
 namespace {
 std::vector<assets::AssetRow> assetRows(const assets::CellRows& cells) {

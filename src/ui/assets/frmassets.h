@@ -3,6 +3,7 @@
 
 #include "listscreen.h"
 #include "velmora/assets/assetlist.h"
+#include "velmora/assets/batchedit.h"
 #include "velmora/assets/checks.h"
 #include "velmora/core/appcontext.h"
 
@@ -49,6 +50,8 @@ public slots:
     void Command19_Click(); // Process Missing Assets File
     void Command21_Click(); // Package Missing Assets
     void copySelectionToClipboard();
+    void Command17_Click();      // Rename Selected Asset: Change Name
+    void mnuChangeName_Click();
 
 signals:
     void listBuilt();
@@ -86,6 +89,17 @@ private:
     std::string m_childXml;
     assets::AssetChecks m_checks;
     void showReport(const assets::Report& report, const QString& title);
+
+    // The batch edits (frmassets_batch.cpp).
+    void buildBatchMenus();
+    // The selected rows, or nothing after saying that none is selected.
+    std::optional<std::vector<assets::AssetRow>> batchRows();
+    assets::BatchResult runRowBatch(const std::vector<assets::AssetRow>& rows, const assets::BatchOptions& options,
+                                    const assets::RowEditor& edit);
+    // The error, or the report of rows passed over and the closing message; false when nothing
+    // was written.
+    bool finishBatch(const assets::BatchResult& result, const std::string& done);
+    QMenu* m_editAssetsMenu = nullptr; // mnuEdAss
     bool haveSelection();
 };
 
