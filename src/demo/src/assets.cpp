@@ -388,14 +388,15 @@ std::string railVehicleXml(Context& ctx, const Vehicle& v, const std::string& ge
     return x.finish();
 }
 
-std::string reskinXml(Context& ctx, const Vehicle& v, const std::string& texture) {
+// A reskin as the simulator's blueprint tools write it: the base asset, and one replaced texture
+// named by the base shape's texture name, the new one given relative to the reskin.
+std::string reskinXml(Context& ctx, const Vehicle& v, const std::string& baseTexture, const std::string& texture) {
     XmlBuilder x("cBlueprintLoader", ctx.rng.id());
     x.open("Blueprint").open("cReskinBlueprint").str("Name", v.name);
-    x.open("BrowseInformation").open("iRailVehicleBlueprint::cBrowseRVInformation");
-    localisedName(x, "DisplayName", v.name);
-    x.close().close();
+    browse(x, v.name, "eRailVehicles");
     blueprintRef(x, "ReskinAssetBpId", v.reskinOf);
-    x.open("Textures").open("cReskinBlueprint::sReskinTexture").str("TextureID", texture).close().close();
+    x.open("TextureEntry").open("cReskinBlueprint::sTextureEntry");
+    x.str("TextureName", baseTexture).str("TextureID", texture).close().close();
     return x.finish();
 }
 
@@ -508,8 +509,8 @@ bool writeStock(Context& ctx, const StockSpec& s, Vehicle& out, bool scriptOnlyC
 
 namespace {
 
-bool writeReskin(Context& ctx, const Vehicle& base, const std::string& path, const std::string& name,
-                 Vehicle& out) {
+bool writeReskin(Context& ctx, const Vehicle& base, const std::string& baseTexture, const std::string& path,
+                 const std::string& name, Vehicle& out) {
     out = base;
     out.ref = {base.ref.provider, base.ref.product, path + ".xml"};
     out.reskinOf = base.ref;
@@ -517,7 +518,8 @@ bool writeReskin(Context& ctx, const Vehicle& base, const std::string& path, con
     std::string texture = assetFile(base.ref.provider, base.ref.product, path + "_Body", "");
     if (!writeTexture(ctx, texture, ""))
         return false;
-    return ctx.out.blueprint(assetFile(out.ref), reskinXml(ctx, out, backslashes(texture.substr(7))));
+    const std::string own = path.substr(path.rfind('\\') + 1) + "_Body";
+    return ctx.out.blueprint(assetFile(out.ref), reskinXml(ctx, out, baseTexture, own));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -689,7 +691,7 @@ bool demoRail(Context& ctx) {
         return false;
     ctx.cat.engines.push_back(class66);
     Vehicle freightliner;
-    if (!writeReskin(ctx, class66, "RailVehicles\\Diesel\\Class66\\Reskins\\Class66_Freightliner",
+    if (!writeReskin(ctx, class66, "Class66_Body", "RailVehicles\\Diesel\\Class66\\Reskins\\Class66_Freightliner",
                      "DemoRail Class 66 Freightliner", freightliner))
         return false;
     ctx.cat.engines.push_back(freightliner);
@@ -702,7 +704,7 @@ bool demoRail(Context& ctx) {
     ctx.cat.wagons.push_back(hta);
     for (int i = 1; i <= 5 * ctx.scale; ++i) {
         Vehicle reskin;
-        if (!writeReskin(ctx, hta, "RailVehicles\\Freight\\HTA\\Reskins\\HTA_Livery" + std::to_string(i),
+        if (!writeReskin(ctx, hta, "HTA_Body", "RailVehicles\\Freight\\HTA\\Reskins\\HTA_Livery" + std::to_string(i),
                          "DemoRail HTA livery " + std::to_string(i), reskin))
             return false;
         if (i <= 2)
