@@ -2,21 +2,19 @@
 // result still encodes and decodes, and what a row that does not fit is told.
 
 #include "../common/demofixture.h"
+#include "serz/serz.h"
 #include "velmora/assets/checks.h"
 #include "velmora/assets/rsedits.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
 #include "velmora/core/xmltext.h"
-#include "serz/serz.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <deque>
 #include <filesystem>
 #include <fstream>
-
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 using namespace velmora;
@@ -29,7 +27,8 @@ const std::string kClass66 = "DemoRail/Class66Pack/RailVehicles/Diesel/Class66/E
 const std::string kHta = "DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin";
 const std::string kMk1 = "Heritage/SteamDays/RailVehicles/Passenger/Mk1/Mk1_BSK.bin";
 const std::string kBlack5 = "Heritage/SteamDays/RailVehicles/Steam/Black5/Engine/Black5.bin";
-const std::string kBlack5Bogie = "Heritage/SteamDays/RailVehicles/Steam/Black5/Engine/Bogies/Black5_Bogie.bin";
+const std::string kBlack5Bogie =
+    "Heritage/SteamDays/RailVehicles/Steam/Black5/Engine/Bogies/Black5_Bogie.bin";
 
 std::size_t count(const std::string& text, const std::string& what) {
     std::size_t n = 0;
@@ -106,7 +105,7 @@ protected:
     LampTable lamps() {
         LampTable table;
         std::string error;
-        EXPECT_TRUE(readLampTable(s_dir / "data/Templates/UKLights.txt", table, error)) << error;
+        EXPECT_TRUE(readLampTable(rsTemplateFile(*m_ctx, "UKLights.txt"), table, error)) << error;
         return table;
     }
     std::deque<AssetRow> m_rows;
@@ -137,13 +136,17 @@ TEST(LampTableFile, BadLinesAreNamedWithTheirNumber) {
     };
     LampTable table;
     // Comments and blank lines are skipped but counted; a name keeps its accents and quotes.
-    EXPECT_EQ(read("good.txt", "// header\n\nLampe Gr\xc3\xbcn \"S\xc3\xbc" "d\", " + lamp +
-                                   ", 0.8, 1.2, 10.6, 3.6, 10.4, 0.0000, x, 0\r\nTail, " + lamp + ",-0.7,1.1,-7.4,0,0,0,0,2\n",
+    EXPECT_EQ(read("good.txt",
+                   "// header\n\nLampe Gr\xc3\xbcn \"S\xc3\xbc"
+                   "d\", " +
+                       lamp + ", 0.8, 1.2, 10.6, 3.6, 10.4, 0.0000, x, 0\r\nTail, " + lamp +
+                       ",-0.7,1.1,-7.4,0,0,0,0,2\n",
                    table),
               "");
     ASSERT_EQ(table.heads.size(), 1u);
     ASSERT_EQ(table.tails.size(), 1u);
-    EXPECT_EQ(table.heads[0].name, "Lampe Gr\xc3\xbcn \"S\xc3\xbc" "d\"");
+    EXPECT_EQ(table.heads[0].name, "Lampe Gr\xc3\xbcn \"S\xc3\xbc"
+                                   "d\"");
     EXPECT_EQ(table.heads[0].line, 3u);
     EXPECT_EQ(table.tails[0].columns[2], "-0.7");
     EXPECT_EQ(table.tails[0].columns[9], "2");
@@ -196,7 +199,8 @@ TEST_F(RsEdits, HeadLampsGoOnTopOfTheChildrenWithTheVariantsNames) {
     EXPECT_EQ(other[12], "-" + s.lamp.columns[2]);
     EXPECT_EQ(other[14], s.lamp.columns[4]);
     EXPECT_EQ(valueOf(e.xml, "Provider", e.xml.find(">HeadLamp2<")), "Kuju");
-    EXPECT_EQ(valueOf(e.xml, "BlueprintID", e.xml.find(">HeadLamp2<") + 40), "Scenery\\Animated\\oillamp_white_drb.xml");
+    EXPECT_EQ(valueOf(e.xml, "BlueprintID", e.xml.find(">HeadLamp2<") + 40),
+              "Scenery\\Animated\\oillamp_white_drb.xml");
     for (const char* tag : {"Name", "English", "French", "Italian", "German", "Spanish"})
         EXPECT_EQ(valueOf(e.xml, tag), in.newDisplayName) << tag;
     EXPECT_TRUE(roundTrips(e.xml));
@@ -239,7 +243,7 @@ TEST_F(RsEdits, TailLampsOpenAnEmptyChildrenListAndMirrorTheSecond) {
     EXPECT_EQ(std::count(xs.begin(), xs.end(), s.lamp.columns[2]), 1);
     EXPECT_EQ(std::count(xs.begin(), xs.end(), s.lamp.columns[2].substr(1)), 1);
     EXPECT_EQ(matrixOf(e.xml, "TailLamp")[0], s.lamp.columns[3]); // the scale
-    EXPECT_EQ(count(e.xml, "\n"), count(e.xml, "\r\n")); // the document's line ends throughout
+    EXPECT_EQ(count(e.xml, "\n"), count(e.xml, "\r\n"));          // the document's line ends throughout
     EXPECT_TRUE(roundTrips(e.xml));
 
     s.lamp.columns[9] = "1";
@@ -265,6 +269,8 @@ TEST_F(RsEdits, SettingsNameWhatIsMissing) {
     std::ofstream(s_dir / "home/Templates/CargoDef.txt") << "<CargoDef>mine</CargoDef>";
     EXPECT_EQ(loadRsSettings(bare, mass), "");
     EXPECT_EQ(mass.templates["CargoDef.txt"], "<CargoDef>mine</CargoDef>");
+    EXPECT_EQ(rsTemplateFile(bare, "CargoDef.txt"), s_dir / "home/Templates/CargoDef.txt");
+    EXPECT_EQ(rsTemplateFile(*m_ctx, "UKLights.txt"), s_dir / "data/Templates/UKLights.txt");
     fs::remove_all(s_dir / "home/Templates");
 
     for (const char* typed : {"12,5", "", "heavy", "1e999"}) {
@@ -281,7 +287,8 @@ TEST_F(RsEdits, DeadTakesTheChildrenOff) {
     const RowEdit e = run(settings(RsCommand::Dead), in);
     EXPECT_EQ(e.xml.find("Children"), std::string::npos);
     EXPECT_EQ(e.xml.find("EngineSound"), std::string::npos);
-    EXPECT_NE(e.xml.find("<TrackTerrainInEditor d:type=\"bool\">0</TrackTerrainInEditor>\r\n\t\t\t\t</cEntityContainerBlueprint>"),
+    EXPECT_NE(e.xml.find("<TrackTerrainInEditor "
+                         "d:type=\"bool\">0</TrackTerrainInEditor>\r\n\t\t\t\t</cEntityContainerBlueprint>"),
               std::string::npos);
     EXPECT_EQ(valueOf(e.xml, "English"), "Class 66_Dead");
     EXPECT_TRUE(roundTrips(e.xml));
@@ -371,7 +378,8 @@ TEST_F(RsEdits, WheelSlipOnlyOnBogies) {
     EXPECT_TRUE(e.changed);
     EXPECT_EQ(count(e.xml, "<Powered"), 2u);
     EXPECT_EQ(count(e.xml, ">eFalse</Powered>"), 2u);
-    EXPECT_LT(e.xml.find("<Powered", e.xml.find(">Driving2<")), e.xml.find("<Axle>", e.xml.find(">Driving2<")));
+    EXPECT_LT(e.xml.find("<Powered", e.xml.find(">Driving2<")),
+              e.xml.find("<Axle>", e.xml.find(">Driving2<")));
     EXPECT_TRUE(roundTrips(e.xml));
 
     RowInput again = input(kBlack5Bogie);
@@ -388,10 +396,11 @@ TEST_F(RsEdits, AirBrakesReplaceTheNotchedLever) {
     EXPECT_EQ(run(settings(RsCommand::UsAirBrakes), in).passedOver,
               "This loco does not appear to have a Notched Lever control\nno changes can be made.");
     EXPECT_NE(run(settings(RsCommand::UsAirBrakes), input(kHta)).passedOver, "");
-    const std::string lever = "<InterfaceElements>\n<cControlContainerBlueprint-cInteriorIrregularNotchedLever>\n"
-                              "<AnimationName d:type=\"cDeltaString\">BrakeLever</AnimationName>\n"
-                              "<Old d:type=\"cDeltaString\">x</Old>\n"
-                              "</cControlContainerBlueprint-cInteriorIrregularNotchedLever>\n</InterfaceElements>\n";
+    const std::string lever =
+        "<InterfaceElements>\n<cControlContainerBlueprint-cInteriorIrregularNotchedLever>\n"
+        "<AnimationName d:type=\"cDeltaString\">BrakeLever</AnimationName>\n"
+        "<Old d:type=\"cDeltaString\">x</Old>\n"
+        "</cControlContainerBlueprint-cInteriorIrregularNotchedLever>\n</InterfaceElements>\n";
     const std::size_t brake = in.xml.find(">TrainBrakeControl<");
     in.xml.insert(in.xml.find("</cControlContainerBlueprint-cControlValue>", brake), lever);
     const RowEdit e = run(settings(RsCommand::UsAirBrakes), in);
@@ -464,12 +473,15 @@ TEST_F(RsEdits, LocoScriptDrivesTheExhausts) {
 
 TEST_F(RsEdits, LocoScriptGivesTheSimulationASoundScript) {
     // A simulation with a script of its own, written beside the demo's.
-    const fs::path simFolder = s_dir / "rw/Assets/DemoRail/Class66Pack/RailVehicles/Diesel/Class66/Engine/Simulation";
+    const fs::path simFolder =
+        s_dir / "rw/Assets/DemoRail/Class66Pack/RailVehicles/Diesel/Class66/Engine/Simulation";
     std::string sim;
     ASSERT_TRUE(binToXmlText(simFolder / "Class66_EWS_EngineSim.bin", sim));
-    const std::string script = "DemoRail\\Class66Pack\\RailVehicles\\Diesel\\Class66\\Engine\\Simulation\\Sim Sound";
-    sim.insert(sim.rfind("</cEngineSimBlueprint>"), "<ScriptComponent>\n<cScriptComponentBlueprint>\n<Name d:type=\"cDeltaString\">" +
-                                                         script + "</Name>\n</cScriptComponentBlueprint>\n</ScriptComponent>\n");
+    const std::string script =
+        "DemoRail\\Class66Pack\\RailVehicles\\Diesel\\Class66\\Engine\\Simulation\\Sim Sound";
+    sim.insert(sim.rfind("</cEngineSimBlueprint>"),
+               "<ScriptComponent>\n<cScriptComponentBlueprint>\n<Name d:type=\"cDeltaString\">" + script +
+                   "</Name>\n</cScriptComponentBlueprint>\n</ScriptComponent>\n");
     std::string bin;
     ASSERT_TRUE(xmlTextToBin(sim, bin));
     std::ofstream(simFolder / "Scripted_Sim.bin", std::ios::binary) << bin;
@@ -506,6 +518,7 @@ TEST_F(RsEdits, WagonScriptSetOrAdded) {
     EXPECT_LT(e.xml.find("</ScriptComponent>"), e.xml.find("</cWagonBlueprint>"));
     EXPECT_TRUE(roundTrips(e.xml));
     RowInput engine = input(kClass66);
-    engine.xml.erase(engine.xml.find("<ScriptComponent>"), engine.xml.find("</ScriptComponent>") + 18 - engine.xml.find("<ScriptComponent>"));
+    engine.xml.erase(engine.xml.find("<ScriptComponent>"),
+                     engine.xml.find("</ScriptComponent>") + 18 - engine.xml.find("<ScriptComponent>"));
     EXPECT_NE(run(settings(RsCommand::WagonScript), engine).passedOver, "");
 }

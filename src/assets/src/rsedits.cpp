@@ -2,7 +2,6 @@
 // the edits that need no more than the blueprint's own text.
 
 #include "rsshared.h"
-
 #include "velmora/assets/listcommands.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/paths.h"
@@ -23,7 +22,9 @@ constexpr std::string_view kChildOpen = "<cEntityContainerBlueprint-sChild";
 constexpr std::string_view kChildClose = "</cEntityContainerBlueprint-sChild>";
 
 // One-based positions as the text helpers count them, turned into string indices.
-std::size_t at(std::size_t oneBased) { return oneBased ? oneBased - 1 : std::string::npos; }
+std::size_t at(std::size_t oneBased) {
+    return oneBased ? oneBased - 1 : std::string::npos;
+}
 
 bool isNumber(const std::string& text) {
     if (text.empty())
@@ -109,7 +110,8 @@ RowEdit passengers(const RsSettings& settings, const RowInput& input) {
     RowEdit e = rs::edited(input, std::move(xml));
     std::string empty = input.xml;
     renameBlueprint(empty, displayNameOf(input) + "_MT");
-    e.documents.push_back({input.file.parent_path() / (input.file.stem().string() + "_MT.bin"), std::move(empty)});
+    e.documents.push_back(
+        {input.file.parent_path() / (input.file.stem().string() + "_MT.bin"), std::move(empty)});
     return e;
 }
 
@@ -136,7 +138,8 @@ RowEdit wheelSlip(const RsSettings& settings, const RowInput& input) {
         return rs::passOver(input, settings.notBogie);
     std::string xml = input.xml;
     constexpr std::string_view kPowered = "<Powered d:type=\"cDeltaString\">eFalse</Powered>";
-    for (std::size_t a = InStr(1, xml, "<Animation", Match::Text); a; a = InStr(a + 1, xml, "<Animation", Match::Text)) {
+    for (std::size_t a = InStr(1, xml, "<Animation", Match::Text); a;
+         a = InStr(a + 1, xml, "<Animation", Match::Text)) {
         if (std::size_t p = InStr(a, xml, "<Powered", Match::Text)) {
             PutDetail(xml, p, "Powered", "eFalse", kText);
         } else if (const std::size_t axle = InStr(a, xml, "<Axle>", Match::Text)) {
@@ -155,16 +158,19 @@ RowEdit usAirBrakes(const RsSettings& settings, const RowInput& input) {
     const std::size_t brake = InStr(1, xml, ">TrainBrakeControl<", Match::Text);
     if (!brake)
         return rs::passOver(input, "The blueprint has no TrainBrakeControl.");
-    const std::size_t lever = InStr(brake, xml, "<cControlContainerBlueprint-cInteriorIrregularNotchedLever", Match::Text);
+    const std::size_t lever =
+        InStr(brake, xml, "<cControlContainerBlueprint-cInteriorIrregularNotchedLever", Match::Text);
     if (!lever)
-        return rs::passOver(input, "This loco does not appear to have a Notched Lever control\nno changes can be made.");
+        return rs::passOver(
+            input, "This loco does not appear to have a Notched Lever control\nno changes can be made.");
     std::size_t pos = lever > 10 ? lever - 10 : 1;
     std::string animation;
     GetDetail(xml, pos, "AnimationName", animation, kText);
     const std::size_t open = InStrRev(xml, "<InterfaceElements>", lever, Match::Text);
     const std::size_t close = InStr(lever, xml, "</InterfaceElements>", Match::Text);
     if (!pos || !open || !close)
-        return rs::passOver(input, "The Notched Lever control has no AnimationName or no InterfaceElements around it.");
+        return rs::passOver(
+            input, "The Notched Lever control has no AnimationName or no InterfaceElements around it.");
     std::string block = rs::withLineEnds(rs::templateText(settings, "US_AirBrakes.txt"), xml);
     rs::replaceAll(block, "aaaaaa", animation);
     xml.replace(at(open), at(close) + 20 - at(open), block);
@@ -175,7 +181,8 @@ RowEdit usAirBrakes(const RsSettings& settings, const RowInput& input) {
 RowEdit provider(const RsSettings& settings, const RowInput& input) {
     std::string xml = input.xml;
     const std::string from = ">" + settings.oldProvider + "<", to = ">" + settings.newProvider + "<";
-    for (std::size_t p = InStr(1, xml, from, Match::Text); p; p = InStr(p + to.size(), xml, from, Match::Text))
+    for (std::size_t p = InStr(1, xml, from, Match::Text); p;
+         p = InStr(p + to.size(), xml, from, Match::Text))
         xml.replace(at(p), from.size(), to);
     RowEdit e = rs::edited(input, std::move(xml));
     if (!e.changed)
@@ -187,13 +194,20 @@ RowEdit provider(const RsSettings& settings, const RowInput& input) {
 std::vector<const char*> templatesOf(RsCommand command) {
     switch (command) {
     case RsCommand::HeadLights:
-    case RsCommand::TailLights: return {"UKCode.txt"};
-    case RsCommand::Passengers: return {"AddPassengers.txt", "AddPassengers2.txt", "AddPassengers3.txt"};
-    case RsCommand::Mass: return {"CargoDef.txt"};
-    case RsCommand::UsAirBrakes: return {"US_AirBrakes.txt"};
-    case RsCommand::LocoScript: return {"locoScript1.txt", "EngScript1.lua", "EngScript2.lua", "DefaultAudio.lua"};
-    case RsCommand::WagonScript: return {"WagScript1.txt"};
-    default: return {};
+    case RsCommand::TailLights:
+        return {"UKCode.txt"};
+    case RsCommand::Passengers:
+        return {"AddPassengers.txt", "AddPassengers2.txt", "AddPassengers3.txt"};
+    case RsCommand::Mass:
+        return {"CargoDef.txt"};
+    case RsCommand::UsAirBrakes:
+        return {"US_AirBrakes.txt"};
+    case RsCommand::LocoScript:
+        return {"locoScript1.txt", "EngScript1.lua", "EngScript2.lua", "DefaultAudio.lua"};
+    case RsCommand::WagonScript:
+        return {"WagScript1.txt"};
+    default:
+        return {};
     }
 }
 
@@ -205,7 +219,8 @@ std::string checkLamp(AppContext& ctx, const RsSettings& settings) {
         return "No train type was chosen.";
     const std::string bin = rs::binOf(settings.lamp.blueprint);
     if (!ctx.resolver.resolve(settings.assets, bin))
-        return "You do not appear to have the Light files installed:-\n" + (settings.assets / bin).generic_string();
+        return "You do not appear to have the Light files installed:-\n" +
+               (settings.assets / bin).generic_string();
     return {};
 }
 
@@ -217,12 +232,16 @@ const std::vector<RsCommandInfo>& rsCommands() {
         {RsCommand::TailLights, "tail-lights", "mnuTail", 509, "Add tail-lights", Store::NewName, ""},
         {RsCommand::Dead, "dead", "mnuDead", 510, "Make Selected Stock Dead", Store::NewName, "_Dead"},
         {RsCommand::Conductor, "conductor", "mnuCond", 441, "Add Conductor to US Diesel", Store::InPlace, ""},
-        {RsCommand::Passengers, "passengers", "mnuAdd", 442, "Add Passengers to Carriages", Store::InPlace, ""},
+        {RsCommand::Passengers, "passengers", "mnuAdd", 442, "Add Passengers to Carriages", Store::InPlace,
+         ""},
         {RsCommand::Mass, "mass", "mnuMass", 511, "Correct Mass/Capacity of Selected", Store::InPlace, ""},
-        {RsCommand::WheelSlip, "wheelslip", "mnuSlip", 512, "Add WheelSlip to Steam Loco", Store::InPlace, ""},
-        {RsCommand::UsAirBrakes, "us-airbrakes", "mnuUSAir", 513, "Change US Diesel airbrake settings", Store::InPlace, ""},
+        {RsCommand::WheelSlip, "wheelslip", "mnuSlip", 512, "Add WheelSlip to Steam Loco", Store::InPlace,
+         ""},
+        {RsCommand::UsAirBrakes, "us-airbrakes", "mnuUSAir", 513, "Change US Diesel airbrake settings",
+         Store::InPlace, ""},
         {RsCommand::Provider, "provider", "mnuCProv", 514, "Correct Provider", Store::InPlace, ""},
-        {RsCommand::LocoScript, "loco-script", "mnuLocoScript", 515, "Add Loco Script (Diesel)", Store::InPlace, ""},
+        {RsCommand::LocoScript, "loco-script", "mnuLocoScript", 515, "Add Loco Script (Diesel)",
+         Store::InPlace, ""},
         {RsCommand::WagonScript, "wagon-script", "mnuWagScript", 516, "Add Wagon Script", Store::InPlace, ""},
     };
     return commands;
@@ -235,23 +254,30 @@ const RsCommandInfo* rsCommand(std::string_view word) {
     return nullptr;
 }
 
+fs::path rsTemplateFile(AppContext& ctx, std::string_view name) {
+    const std::string relative = "Templates/" + std::string(name);
+    if (auto own = ctx.resolver.resolve(ctx.appPath(), relative))
+        return *own;
+    if (auto shipped = ctx.resolver.resolve(ctx.dataPath(), relative))
+        return *shipped;
+    return ctx.dataPath() / relative;
+}
+
 std::string loadRsSettings(AppContext& ctx, RsSettings& settings) {
     settings.resolver = &ctx.resolver;
     if (settings.assets.empty())
         settings.assets = ctx.railWorks() / "Assets";
     for (const char* name : templatesOf(settings.command)) {
-        const std::string relative = std::string("Templates/") + name;
-        auto file = ctx.resolver.resolve(ctx.appPath(), relative);
-        if (!file)
-            file = ctx.resolver.resolve(ctx.dataPath(), relative);
-        std::string text = file ? ReadTextFile(*file) : std::string();
+        const fs::path file = rsTemplateFile(ctx, name);
+        std::string text = ReadTextFile(file);
         if (text.empty())
-            return (file ? *file : ctx.dataPath() / relative).string() + ": the template is missing or empty.";
+            return file.string() + ": the template is missing or empty.";
         settings.templates[name] = std::move(text);
     }
     switch (settings.command) {
     case RsCommand::HeadLights:
-    case RsCommand::TailLights: return checkLamp(ctx, settings);
+    case RsCommand::TailLights:
+        return checkLamp(ctx, settings);
     case RsCommand::Mass:
         if (!isNumber(settings.mass))
             return "New Mass '" + settings.mass + "' is not a number.";
@@ -265,23 +291,35 @@ std::string loadRsSettings(AppContext& ctx, RsSettings& settings) {
     case RsCommand::WheelSlip:
         settings.notBogie = ctx.lang.text(464) + " " + ctx.lang.text(465);
         return {};
-    default: return {};
+    default:
+        return {};
     }
 }
 
 RowEdit editRow(const RsSettings& settings, const RowInput& input) {
     switch (settings.command) {
-    case RsCommand::HeadLights: return rs::headLights(settings, input);
-    case RsCommand::TailLights: return rs::tailLights(settings, input);
-    case RsCommand::Dead: return dead(input);
-    case RsCommand::Conductor: return conductor(input);
-    case RsCommand::Passengers: return passengers(settings, input);
-    case RsCommand::Mass: return mass(settings, input);
-    case RsCommand::WheelSlip: return wheelSlip(settings, input);
-    case RsCommand::UsAirBrakes: return usAirBrakes(settings, input);
-    case RsCommand::Provider: return provider(settings, input);
-    case RsCommand::LocoScript: return rs::locoScript(settings, input);
-    case RsCommand::WagonScript: return rs::wagonScript(settings, input);
+    case RsCommand::HeadLights:
+        return rs::headLights(settings, input);
+    case RsCommand::TailLights:
+        return rs::tailLights(settings, input);
+    case RsCommand::Dead:
+        return dead(input);
+    case RsCommand::Conductor:
+        return conductor(input);
+    case RsCommand::Passengers:
+        return passengers(settings, input);
+    case RsCommand::Mass:
+        return mass(settings, input);
+    case RsCommand::WheelSlip:
+        return wheelSlip(settings, input);
+    case RsCommand::UsAirBrakes:
+        return usAirBrakes(settings, input);
+    case RsCommand::Provider:
+        return provider(settings, input);
+    case RsCommand::LocoScript:
+        return rs::locoScript(settings, input);
+    case RsCommand::WagonScript:
+        return rs::wagonScript(settings, input);
     }
     return rs::passOver(input, "Unknown command.");
 }
@@ -327,7 +365,9 @@ RowEdit edited(const RowInput& input, std::string xml) {
     return e;
 }
 
-std::string lineEnd(const std::string& xml) { return xml.find("\r\n") == std::string::npos ? "\n" : "\r\n"; }
+std::string lineEnd(const std::string& xml) {
+    return xml.find("\r\n") == std::string::npos ? "\n" : "\r\n";
+}
 
 std::string withLineEnds(std::string_view block, const std::string& xml) {
     const std::string end = lineEnd(xml);

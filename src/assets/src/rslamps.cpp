@@ -2,7 +2,6 @@
 // types' head-lamp codes, and the children that carry the lamps.
 
 #include "rsshared.h"
-
 #include "velmora/core/services.h"
 #include "velmora/core/xmltext.h"
 
@@ -68,10 +67,14 @@ struct Position {
 Position headPosition(const LampTemplate& t, int position) {
     const auto& c = t.columns;
     switch (position) {
-    case 1: return {"0.0000", c[5], c[6]};
-    case 2: return {c[2], c[3], c[4]};
-    case 3: return {"0.0000", c[3], c[7] == "0.0000" ? c[4] : c[7]};
-    default: return {rs::toggleSign(c[2]), c[3], c[4]};
+    case 1:
+        return {"0.0000", c[5], c[6]};
+    case 2:
+        return {c[2], c[3], c[4]};
+    case 3:
+        return {"0.0000", c[3], c[7] == "0.0000" ? c[4] : c[7]};
+    default:
+        return {rs::toggleSign(c[2]), c[3], c[4]};
     }
 }
 

@@ -2,7 +2,6 @@
 // wagon script.
 
 #include "rsshared.h"
-
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
 #include "velmora/core/xmltext.h"
@@ -83,29 +82,35 @@ RowEdit locoScript(const RsSettings& settings, const RowInput& input) {
     std::size_t sim = InStr(1, xml, "<EngineSimulationContainer>", Match::Text);
     if (sim) {
         const BlueprintRef ref = GetBlueprintRef(xml, sim, kText);
-        const fs::path file = assetPath(settings, ref.provider + "\\" + ref.product + "\\" + binOf(ref.blueprintId));
+        const fs::path file =
+            assetPath(settings, ref.provider + "\\" + ref.product + "\\" + binOf(ref.blueprintId));
         std::string simXml;
         if (ref.blueprintId.empty())
             return passOver(input, "The engine simulation is not named in full.");
         if (const ConvertResult r = binToXmlText(file, simXml); !r)
-            return passOver(input, "The engine simulation " + file.string() + " could not be read: " + r.message);
+            return passOver(input,
+                            "The engine simulation " + file.string() + " could not be read: " + r.message);
         if (const std::string lua = scriptOf(simXml); !lua.empty()) {
             const fs::path luaFile = assetPath(settings, lua);
             // An existing sound script is kept as it is, with a backup; a missing one is the default.
             const std::string current = FileExists(luaFile) ? ReadTextFile(luaFile) : std::string();
-            e.files.push_back({luaFile, current.empty() ? templateText(settings, "DefaultAudio.lua") : current});
+            e.files.push_back(
+                {luaFile, current.empty() ? templateText(settings, "DefaultAudio.lua") : current});
         }
         e.documents.push_back({file, std::move(simXml)});
     } else {
-        e.notes.push_back(input.file.filename().string() + ": no EngineSimulationContainer, the simulation was left alone.");
+        e.notes.push_back(input.file.filename().string() +
+                          ": no EngineSimulationContainer, the simulation was left alone.");
     }
 
     if (!exhausts.empty()) {
         const std::string script = scriptOf(xml);
         if (script.empty()) {
-            e.notes.push_back(input.file.filename().string() + ": no ScriptComponent, so no exhaust script was written.");
+            e.notes.push_back(input.file.filename().string() +
+                              ": no ScriptComponent, so no exhaust script was written.");
         } else {
-            std::string text = templateText(settings, exhausts.size() == 1 ? "EngScript1.lua" : "EngScript2.lua");
+            std::string text =
+                templateText(settings, exhausts.size() == 1 ? "EngScript1.lua" : "EngScript2.lua");
             replaceAll(text, "aaaaaa", exhausts[0]);
             if (exhausts.size() == 2)
                 replaceAll(text, "bbbbbb", exhausts[1]);

@@ -20,7 +20,19 @@ class PathResolver;
 
 namespace velmora::assets {
 
-enum class RsCommand { HeadLights, TailLights, Dead, Conductor, Passengers, Mass, WheelSlip, UsAirBrakes, Provider, LocoScript, WagonScript };
+enum class RsCommand {
+    HeadLights,
+    TailLights,
+    Dead,
+    Conductor,
+    Passengers,
+    Mass,
+    WheelSlip,
+    UsAirBrakes,
+    Provider,
+    LocoScript,
+    WagonScript
+};
 
 struct RsCommandInfo {
     RsCommand command;
@@ -58,14 +70,18 @@ struct TrainType {
 };
 const std::vector<TrainType>& trainTypes();
 
+// A template of these commands (UKLights.txt among them): the user's own copy in the program's
+// writable Templates folder if there is one, else the shipped one (which may not exist).
+std::filesystem::path rsTemplateFile(AppContext& ctx, std::string_view name);
+
 // Everything a command needs besides the row: the choices of its dialog, and the templates,
 // read once before the batch.
 struct RsSettings {
     RsCommand command{};
-    LampTemplate lamp;   // head and tail lights: the chosen template
-    int trainType = 0;   // head lights: index into trainTypes()
-    std::string mass, capacity;           // dlgMass, as typed; written as typed
-    std::string oldProvider, newProvider; // Correct Provider
+    LampTemplate lamp;                            // head and tail lights: the chosen template
+    int trainType = 0;                            // head lights: index into trainTypes()
+    std::string mass, capacity;                   // dlgMass, as typed; written as typed
+    std::string oldProvider, newProvider;         // Correct Provider
     std::map<std::string, std::string> templates; // file name -> text, read by loadRsSettings
     std::filesystem::path assets;                 // the simulator's Assets folder
     std::string notBogie;                         // why a row that is no bogie is passed over
