@@ -431,6 +431,15 @@ bool writeStock(Context& ctx, const StockSpec& s, Vehicle& out, bool scriptOnlyC
         !ctx.out.blueprint(assetFile(parts.bogie), simpleBlueprint(ctx, "cBogieBlueprint", s.file + " bogie", [&](XmlBuilder& x) {
             x.open("RenderComponent").open("cAnimObjectRenderBlueprint").str("GeometryID", assetsRelative(parts.bogie));
             x.close().close();
+            if (s.engineType == "Steam") { // driving wheels: one set marked powered, one not marked
+                x.open("BogieComponent").open("cBogieComponentBlueprint").open("Wheelsets");
+                for (int set = 1; set <= 2; ++set) {
+                    x.open("cBogieComponentBlueprint::sWheelset").str("Animation", "Driving" + std::to_string(set));
+                    if (set == 1)
+                        x.str("Powered", "eTrue");
+                    x.open("Axle").open("cAxleBlueprint").float32("Radius", 0.94).close().close().close();
+                }
+            }
         })))
         return false;
 
@@ -1011,7 +1020,15 @@ bool kuju(Context& ctx) {
             x.str(tag, value.empty() ? "" : terrainName(value));
         x.float32("Scale", 8).close();
     }
-    return ctx.out.blueprint(assetFile(ctx.cat.terrain), x.finish());
+    if (!ctx.out.blueprint(assetFile(ctx.cat.terrain), x.finish()))
+        return false;
+    // The lamps that the rolling-stock commands put on vehicles' buffer beams.
+    for (const auto& [path, name, texture] :
+         {std::tuple{"Scenery\\Animated\\oillamp_white_drb", "Oil lamp white", "Textures\\OilLamp"},
+          std::tuple{"Scenery\\Animated\\Zugschlusslaterne", "Zugschlusslaterne", "Textures\\TailLamp"}})
+        if (scenery(ctx, P, "RailSimulator", path, name, {{"00", texture}}).empty())
+            return false;
+    return true;
 }
 
 } // namespace
