@@ -33,8 +33,8 @@ Global options:
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
     for (auto&& group :
-         {editorCommands(), assetCommands(), batchEditCommands(), contentCommands(), routeCommands(), scenarioCommands(),
-          scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
+         {editorCommands(), assetCommands(), batchEditCommands(), cloneCommands(), contentCommands(), routeCommands(),
+          scenarioCommands(), scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());

@@ -202,10 +202,11 @@ std::string AssetChecks::convert(const fs::path& file) {
     return xml;
 }
 
-void AssetChecks::textures(const std::string& shapeXml, const std::string& shapeRelative, TextureWalk walk, Report& out) {
+std::vector<std::string> textureValues(const std::string& shapeXml, bool skipBlobs) {
+    std::vector<std::string> values;
     bool inList = false;
     for (const std::string& line : SplitLines(shapeXml)) {
-        if (find(line, "<Owner ") || (walk == TextureWalk::Show && find(line, "<d:blob")))
+        if (find(line, "<Owner ") || (skipBlobs && find(line, "<d:blob")))
             continue;
         if (!inList) {
             inList = find(line, "<TextureByName") > 0;
@@ -217,9 +218,24 @@ void AssetChecks::textures(const std::string& shapeXml, const std::string& shape
         }
         const std::size_t gt = line.find('>');
         const std::size_t lt = gt == std::string::npos ? gt : line.find('<', gt + 1);
-        if (lt == std::string::npos)
-            continue;
-        const std::string value = line.substr(gt + 1, lt - gt - 1);
+        if (lt != std::string::npos)
+            values.push_back(line.substr(gt + 1, lt - gt - 1));
+    }
+    return values;
+}
+
+fs::path AssetChecks::textureAsWritten(const std::string& value) const {
+    const std::string plain = withoutBracket(value);
+    const bool belowAssets = plain.rfind("..\\", 0) != 0 && !iequals(plain.substr(0, std::min<std::size_t>(4, plain.size())), "text");
+    bool found = false;
+    if (belowAssets)
+        if (const fs::path candidate = resolve(plain + ".TgPcDx", found); found)
+            return candidate;
+    return {};
+}
+
+void AssetChecks::textures(const std::string& shapeXml, const std::string& shapeRelative, TextureWalk walk, Report& out) {
+    for (const std::string& value : textureValues(shapeXml, walk == TextureWalk::Show)) {
         const std::string relative = texturePath(value, shapeRelative);
         if (walk == TextureWalk::Show) {
             bool exists = false;
@@ -230,15 +246,7 @@ void AssetChecks::textures(const std::string& shapeXml, const std::string& shape
         const fs::path file = resolve(relative, exists);
         // The route check reads a value that is neither "text..." nor "..\..." as a path below
         // Assets: a texture found that way is not passed off as missing.
-        fs::path other;
-        if (!exists) {
-            const std::string plain = withoutBracket(value);
-            const bool belowAssets = plain.rfind("..\\", 0) != 0 && !iequals(plain.substr(0, std::min<std::size_t>(4, plain.size())), "text");
-            bool found = false;
-            if (belowAssets)
-                if (const fs::path candidate = resolve(plain + ".TgPcDx", found); found)
-                    other = candidate;
-        }
+        const fs::path other = exists ? fs::path() : textureAsWritten(value);
         if (walk == TextureWalk::List) {
             add(out, other.empty() ? file.string() : other.string(), other.empty() ? file.string() : other.string(),
                 !exists && other.empty());

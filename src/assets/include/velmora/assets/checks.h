@@ -78,6 +78,10 @@ public:
     // The rows of the blueprints named in Reports/MissingAssets.csv, or the message to show.
     std::string missingAssetRows(std::vector<AssetRow>& rows, const std::string& mask, const std::string& category);
 
+    // A texture value of a shape read as a path below Assets, as the route check reads a value
+    // that is neither "text..." nor "..\...": the file when it is there, else empty.
+    std::filesystem::path textureAsWritten(const std::string& value) const;
+
     // Assets\ + a relative path, as a file on disk (found whatever its letter case), and
     // whether it exists, after the name repair when it is not found at first.
     std::filesystem::path resolve(const std::string& relative, bool& exists, bool repair = true) const;
@@ -99,6 +103,10 @@ private:
 // The path a texture value of a shape names, below Assets: the [xx] code taken out, "..\" climbed
 // from the shape's folder. `shapeRelative` is the shape's path below Assets with backslashes.
 std::string texturePath(std::string value, const std::string& shapeRelative);
+
+// The values of a shape's texture lists (its <TextureByName> blocks), in order; with
+// `skipBlobs` the lines of binary data are passed over.
+std::vector<std::string> textureValues(const std::string& shapeXml, bool skipBlobs = false);
 
 // A value with its "[xx]" part (a texture code or a level of detail) taken out.
 std::string withoutBracket(std::string value);
