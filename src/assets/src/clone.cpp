@@ -4,12 +4,14 @@
 #include "velmora/assets/listcommands.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
+#include "velmora/core/parallel.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/core/xmltext.h"
 
 #include <algorithm>
 #include <fstream>
+#include <set>
 
 namespace velmora::assets {
 
@@ -76,8 +78,6 @@ bool mayWriteInto(Job& job, const fs::path& blueprint) {
     return false;
 }
 
-namespace {
-
 bool recorded(Job& job, const WriteResult& w) {
     if (!w) {
         job.result.message = w.message;
@@ -87,8 +87,6 @@ bool recorded(Job& job, const WriteResult& w) {
     job.done.push_back(w);
     return true;
 }
-
-} // namespace
 
 bool writeFile(Job& job, const fs::path& target, std::string_view bytes) {
     return recorded(job, job.ctx.files().write(target, bytes));
@@ -209,15 +207,15 @@ void cloneFolder(Job& job, bool vehicle) {
                              (vehicle ? "its vehicle folder" : "its folder");
         return;
     }
-    const std::vector<std::string> copied(below.begin(), below.end() - static_cast<std::ptrdiff_t>(kept - 1));
-    const std::string sourceRel = job.row.provider + "\\" + job.row.product + "\\" + joined(copied, 0, copied.size());
+    const std::vector<std::string> copiedFolder(below.begin(), below.end() - static_cast<std::ptrdiff_t>(kept - 1));
+    const std::string sourceRel =
+        job.row.provider + "\\" + job.row.product + "\\" + joined(copiedFolder, 0, copiedFolder.size());
     const fs::path sourceDir = vehicle ? job.source.parent_path().parent_path() : job.source.parent_path();
 
     // The clone must not land inside what it copies.
     std::error_code ec;
-    const fs::path from = fs::weakly_canonical(sourceDir, ec);
-    const fs::path into = fs::weakly_canonical(job.targetDir, ec);
-    const fs::path inside = into.lexically_relative(from);
+    const fs::path inside =
+        fs::weakly_canonical(job.targetDir, ec).lexically_relative(fs::weakly_canonical(sourceDir, ec));
     if (!inside.empty() && *inside.begin() != "..") {
         job.result.message = "Nothing was written: " + job.targetDir.string() + " lies inside " + sourceDir.string() +
                              ", the folder that is cloned.";
@@ -241,22 +239,45 @@ void cloneFolder(Job& job, bool vehicle) {
 
     std::vector<fs::path> files;
     listFiles(sourceDir, sourceDir, files, job.result.skipped);
-    const std::size_t total = files.size();
-    if (job.ui)
-        job.ui->beginProgress("Cloning " + sourceDir.filename().string(), static_cast<std::int64_t>(total));
-    bool ok = true;
-    for (std::size_t i = 0; i < files.size() && ok; ++i) {
-        const fs::path& rel = files[i];
-        // The source blueprint is not copied under its old name: the renamed one takes its place.
-        if (rel == oldBlueprint || job.targetDir / rel == newBlueprint)
-            continue;
-        if (readable(job, sourceDir / rel))
-            ok = copyFile(job, sourceDir / rel, job.targetDir / rel);
-        if (job.ui && i % 16 == 0)
-            job.ui->progress(static_cast<std::int64_t>(i));
+    // The source blueprint is not copied under its old name: the renamed one takes its place.
+    files.erase(std::remove_if(files.begin(), files.end(),
+                               [&](const fs::path& rel) { return rel == oldBlueprint || job.targetDir / rel == newBlueprint; }),
+                files.end());
+    // The folders first, so that the copies that run side by side never make the same one.
+    std::set<fs::path> folders;
+    for (const fs::path& rel : files)
+        folders.insert((job.targetDir / rel).parent_path());
+    for (const fs::path& folder : folders)
+        MakePath(folder);
+    // Each file waits for its sync on its own: two at a time keep the disk busy.
+    struct Copied {
+        WriteResult written;
+        bool unreadable = false;
+    };
+    bool stopped = false;
+    const std::vector<Copied> copied = parallelMap<Copied>(
+        files.size(), 0, job.ui, "Cloning " + sourceDir.filename().string(), stopped, [&](std::size_t i) {
+            Copied c;
+            const fs::path from = sourceDir / files[i];
+            if (!std::ifstream(from, std::ios::binary))
+                c.unreadable = true;
+            else
+                c.written = job.ctx.files().copy(from, job.targetDir / files[i]);
+            return c;
+        });
+    bool ok = !stopped;
+    if (stopped)
+        job.result.message = "Stopped: the clone was not finished.";
+    for (std::size_t i = 0; i < copied.size(); ++i) {
+        if (copied[i].unreadable)
+            job.result.skipped.push_back((sourceDir / files[i]).string() + ": cannot be read, not copied");
+        else if (copied[i].written.ok)
+            (void)recorded(job, copied[i].written);
+        else if (!copied[i].written.message.empty() && ok) {
+            job.result.message = copied[i].written.message;
+            ok = false;
+        }
     }
-    if (job.ui)
-        job.ui->endProgress();
     if (!ok || !writeFile(job, newBlueprint, bin)) {
         takeBack(job);
         return;

@@ -40,6 +40,8 @@ bool encodeBlueprint(Job& job, const std::string& xml, const std::string& fileNa
 // False (and the message set) without a yes.
 bool mayWriteInto(Job& job, const fs::path& blueprint);
 
+// Takes a write's result into the row's: what was written, or the failure's message.
+bool recorded(Job& job, const WriteResult& w);
 // Writes or copies one file of the clone; on failure the message is set and false returned.
 bool writeFile(Job& job, const fs::path& target, std::string_view bytes);
 bool copyFile(Job& job, const fs::path& from, const fs::path& to);
