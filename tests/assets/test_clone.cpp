@@ -307,3 +307,22 @@ TEST_F(DemoClone, SceneryReskinBringsItsOwnShapeAndTextures) {
     ASSERT_TRUE(rowForBlueprint((mine / "O'Hara's Shed.bin").string(), assets(), clone));
     EXPECT_FALSE(checks.getAssetBits({clone}).anyMissing());
 }
+
+TEST_F(DemoClone, AFailedCopyPutsBackWhatTheCloneHadWritten) {
+    const fs::path source = assets() / "DemoRail/Class66Pack/Scenery/Two";
+    const fs::path target = assets() / "DemoRail/Class66Pack/Scenery/Two2";
+    fs::create_directories(source);
+    fs::create_directories(target / "b.txt"); // a folder where the clone wants a file
+    fs::copy_file(assets() / "DemoRail/Class66Pack/Scenery/Buildings/SignalBox.bin", source / "Two.bin");
+    std::ofstream(source / "a.txt") << "new";
+    std::ofstream(source / "b.txt") << "new";
+    std::ofstream(target / "a.txt") << "old";
+    m_ui.pushAnswer(Answer::Yes);
+    const CloneResult r = cloneRow(*m_ctx, row("DemoRail/Class66Pack/Scenery/Two/Two.bin"), CloneKind::Asset,
+                                   names("Two2", "Two", "DemoRail\\Class66Pack\\Scenery\\Two2"), &m_ui);
+    EXPECT_FALSE(r.ok);
+    EXPECT_NE(r.message.find((target / "b.txt").string()), std::string::npos) << r.message;
+    std::ifstream in(target / "a.txt");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "old");
+    EXPECT_FALSE(fs::exists(target / "Two2.bin"));
+}
