@@ -96,11 +96,16 @@ bool copyFile(Job& job, const fs::path& from, const fs::path& to) {
     return recorded(job, job.ctx.files().copy(from, to));
 }
 
-bool readable(Job& job, const fs::path& file) {
-    std::ifstream probe(file, std::ios::binary);
-    if (probe)
-        return true;
+bool canOpen(const fs::path& file) { return static_cast<bool>(std::ifstream(file, std::ios::binary)); }
+
+void passOverUnreadable(Job& job, const fs::path& file) {
     job.result.skipped.push_back(file.string() + ": cannot be read, not copied");
+}
+
+bool readable(Job& job, const fs::path& file) {
+    if (canOpen(file))
+        return true;
+    passOverUnreadable(job, file);
     return false;
 }
 
@@ -259,7 +264,7 @@ void cloneFolder(Job& job, bool vehicle) {
         files.size(), 0, job.ui, "Cloning " + sourceDir.filename().string(), stopped, [&](std::size_t i) {
             Copied c;
             const fs::path from = sourceDir / files[i];
-            if (!std::ifstream(from, std::ios::binary))
+            if (!canOpen(from))
                 c.unreadable = true;
             else
                 c.written = job.ctx.files().copy(from, job.targetDir / files[i]);
@@ -270,7 +275,7 @@ void cloneFolder(Job& job, bool vehicle) {
         job.result.message = "Stopped: the clone was not finished.";
     for (std::size_t i = 0; i < copied.size(); ++i) {
         if (copied[i].unreadable)
-            job.result.skipped.push_back((sourceDir / files[i]).string() + ": cannot be read, not copied");
+            passOverUnreadable(job, sourceDir / files[i]);
         else if (copied[i].written.ok)
             (void)recorded(job, copied[i].written);
         else if (!copied[i].written.message.empty() && ok) {

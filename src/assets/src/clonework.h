@@ -49,6 +49,8 @@ bool copyFile(Job& job, const fs::path& from, const fs::path& to);
 void takeBack(Job& job);
 
 // Whether a file can be opened for reading; otherwise it is named in `skipped`.
+bool canOpen(const fs::path& file);
+void passOverUnreadable(Job& job, const fs::path& file);
 bool readable(Job& job, const fs::path& file);
 
 // The two clones that carry textures (reskinclone.cpp).
