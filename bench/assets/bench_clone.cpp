@@ -36,6 +36,8 @@ const char* const kBlueprint = R"(<?xml version="1.0" encoding="utf-8"?>
 </cBlueprintLoader>
 )";
 
+fs::path g_root; // taken away at exit
+
 struct Folder {
     fs::path root;       // the simulator root
     fs::path vehicle;    // the folder that is cloned
@@ -71,7 +73,8 @@ const Folder& benchFolder() {
             std::ofstream(file, std::ios::binary) << bytes;
             made.bytes += size;
         }
-        std::atexit([] { fs::remove_all(benchFolder().root); });
+        g_root = made.root;
+        std::atexit([] { fs::remove_all(g_root); });
         return made;
     }();
     return f;
