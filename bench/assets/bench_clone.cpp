@@ -9,7 +9,6 @@
 #include "velmora/core/userinterface.h"
 
 #include <benchmark/benchmark.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -39,8 +38,8 @@ const char* const kBlueprint = R"(<?xml version="1.0" encoding="utf-8"?>
 fs::path g_root; // taken away at exit
 
 struct Folder {
-    fs::path root;       // the simulator root
-    fs::path vehicle;    // the folder that is cloned
+    fs::path root;    // the simulator root
+    fs::path vehicle; // the folder that is cloned
     std::uint64_t bytes = 0;
 };
 
@@ -89,7 +88,8 @@ void CloneVehicleFolder(benchmark::State& state) {
     o.railWorks = f.root;
     o.askForRoot = false;
     velmora::runStartup(ctx, o);
-    velmora::assets::AssetRow row{"Bench", "Pack", "RailVehicles\\Wagon\\Body\\Wagon.bin", "Bench wagon", "", "", "", ""};
+    velmora::assets::AssetRow row{
+        "Bench", "Pack", "RailVehicles\\Wagon\\Body\\Wagon.bin", "Bench wagon", "", "", "", ""};
     int n = 0;
     for (auto _ : state) {
         const std::string target = "Bench\\Pack\\RailVehicles\\Clone" + std::to_string(++n);

@@ -2,7 +2,6 @@
 // blueprint, a scenery item with its own textures.
 
 #include "session.h"
-
 #include "velmora/assets/clone.h"
 #include "velmora/core/services.h"
 
@@ -55,7 +54,8 @@ int runClone(Session& s, CloneKind kind, const std::vector<std::string>& options
         names.displayName = *display;
     if (auto category = a.value("--category")) {
         const auto& known = assets::cloneCategories();
-        const auto it = std::find_if(known.begin(), known.end(), [&](const std::string& c) { return iequals(c, *category); });
+        const auto it = std::find_if(known.begin(), known.end(),
+                                     [&](const std::string& c) { return iequals(c, *category); });
         if (it == known.end()) {
             std::string list;
             for (const auto& c : known)
@@ -79,7 +79,8 @@ int runClone(Session& s, CloneKind kind, const std::vector<std::string>& options
 }
 
 int cmdClone(Session& s) {
-    return runClone(s, CloneKind::Asset, {"--as", "--name"}, "needs the blueprint and --as Provider/Product/Folder/NewFile");
+    return runClone(s, CloneKind::Asset, {"--as", "--name"},
+                    "needs the blueprint and --as Provider/Product/Folder/NewFile");
 }
 
 int cmdCloneVehicle(Session& s) {
@@ -102,13 +103,15 @@ int cmdCloneSceneryReskin(Session& s) {
 std::vector<Command> cloneCommands() {
     return {
         {"assets clone", "PATH --as NEWPATH [--name DISPLAYNAME]",
-         "a copy of the blueprint's folder as NEWPATH (Provider/Product/Folder.../NewFile) with every path into "
+         "a copy of the blueprint's folder as NEWPATH (Provider/Product/Folder.../NewFile) with every path "
+         "into "
          "it moved along (exit 1 if files were passed over)",
          cmdClone},
         {"assets clone-vehicle", "PATH --as NEWFOLDER [--name DISPLAYNAME] [--file NEWFILE]",
          "a copy of the vehicle's folder (the one above the blueprint's) below NEWFOLDER", cmdCloneVehicle},
         {"assets reskin", "PATH --as NEWPATH [--name DISPLAYNAME] [--category C]",
-         "a reskin blueprint of the item with a copy of its one skin texture (exit 1 if textures are missing)",
+         "a reskin blueprint of the item with a copy of its one skin texture (exit 1 if textures are "
+         "missing)",
          cmdReskin},
         {"assets clone-scenery-reskin", "PATH --as NEWPATH [--name DISPLAYNAME]",
          "a scenery item with its own copies of blueprint, shape and textures (in NEWPATH's Textures folder)",

@@ -7,14 +7,14 @@
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
+#include "velmora/core/templates.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/core/xmltext.h"
 
 #include <QXmlStreamReader>
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <map>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -28,7 +28,9 @@ namespace {
 const std::string kClass66 = "DemoRail/Class66Pack/RailVehicles/Diesel/Class66/Engine/Class66_EWS.bin";
 const std::string kHta = "DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin";
 
-std::string lower(std::string s) { return toLowerAscii(s); }
+std::string lower(std::string s) {
+    return toLowerAscii(s);
+}
 
 std::vector<fs::path> filesBelow(const fs::path& folder) {
     std::vector<fs::path> out;
@@ -69,8 +71,8 @@ protected:
     }
     // Every path of the clone that named the source folder names the clone's, the display name
     // is in place, and the loco check finds all it needs.
-    void expectIndependent(const fs::path& blueprint, const std::string& sourceFolder, const std::string& cloneFolder,
-                           const std::string& display) {
+    void expectIndependent(const fs::path& blueprint, const std::string& sourceFolder,
+                           const std::string& cloneFolder, const std::string& display) {
         const std::string xml = decoded(blueprint);
         EXPECT_EQ(lower(xml).find(lower(sourceFolder) + "\\"), std::string::npos) << xml;
         EXPECT_NE(xml.find(cloneFolder + "\\Bogies\\"), std::string::npos);
@@ -80,7 +82,7 @@ protected:
         std::size_t pos = 1;
         std::string english;
         GetDetail(xml, pos, "English", english);
-        EXPECT_EQ(english, xmlEscaped(display));
+        EXPECT_EQ(english, documentText(display));
         AssetChecks checks(*m_ctx);
         AssetRow r;
         ASSERT_TRUE(rowForBlueprint(blueprint.string(), assets(), r));
@@ -96,8 +98,8 @@ protected:
 
 TEST(CloneTargets, OnlyFoldersBelowAProduct) {
     std::string problem;
-    for (const char* bad : {"", "..\\x\\y", "A\\B\\..\\..\\..\\etc", "/tmp/x/y", "\\A\\B\\C", "C:\\A\\B\\C", "A:B\\C\\D",
-                            "A\\B", "A\\B\\C\x01", "A\\B\\C|D"}) {
+    for (const char* bad : {"", "..\\x\\y", "A\\B\\..\\..\\..\\etc", "/tmp/x/y", "\\A\\B\\C", "C:\\A\\B\\C",
+                            "A:B\\C\\D", "A\\B", "A\\B\\C\x01", "A\\B\\C|D"}) {
         EXPECT_TRUE(targetElements(bad, problem).empty()) << bad;
         EXPECT_FALSE(problem.empty()) << bad;
     }
@@ -137,8 +139,11 @@ TEST(RepointPaths, OnlyPathsIntoTheSourceFolderMove) {
     const std::string out = repointPaths(xml, "DTG\\Class66\\RailVehicles\\Engine", "Me\\Mine\\Stock\\E2");
     EXPECT_NE(out.find(">Me\\Mine\\Stock\\E2\\Body<"), std::string::npos) << out;
     EXPECT_NE(out.find(">Me\\Mine\\Stock\\E2\\n.csv<"), std::string::npos) << out;
-    EXPECT_NE(out.find("EngineOld\\s.lua"), std::string::npos) << "a folder of a longer name is another folder";
-    EXPECT_NE(out.find(">Me</Provider>\n\t<Product d:type=\"cDeltaString\">Mine</Product>"), std::string::npos) << out;
+    EXPECT_NE(out.find("EngineOld\\s.lua"), std::string::npos)
+        << "a folder of a longer name is another folder";
+    EXPECT_NE(out.find(">Me</Provider>\n\t<Product d:type=\"cDeltaString\">Mine</Product>"),
+              std::string::npos)
+        << out;
     EXPECT_NE(out.find(">Stock\\E2\\Bogie.xml<"), std::string::npos);
     EXPECT_NE(out.find(">Other</Provider>"), std::string::npos) << "another provider's reference stays";
     EXPECT_NE(out.find(">RailVehicles\\Engine\\Bogie.xml<"), std::string::npos);
@@ -160,22 +165,26 @@ TEST_F(DemoClone, PrefillsFollowTheKind) {
 TEST_F(DemoClone, AssetAndVehicleClonesStandAloneAndOneUndoTakesThemBack) {
     const std::string display = "Clàsse 66, \"Zug\" & 'Co' <1>";
     {
-        const CloneResult r = cloneRow(*m_ctx, row(kClass66), CloneKind::Asset,
-                                       names("Class66_C", display, "DemoRail/Class66Pack/RailVehicles/Diesel/Class66/EngineC"), &m_ui);
+        const CloneResult r = cloneRow(
+            *m_ctx, row(kClass66), CloneKind::Asset,
+            names("Class66_C", display, "DemoRail/Class66Pack/RailVehicles/Diesel/Class66/EngineC"), &m_ui);
         ASSERT_TRUE(r.ok) << r.message;
         EXPECT_TRUE(r.skipped.empty());
         const fs::path clone = assets() / "DemoRail/Class66Pack/RailVehicles/Diesel/Class66/EngineC";
-        EXPECT_FALSE(fs::exists(clone / "Class66_EWS.bin")) << "the source blueprint is not copied under its old name";
+        EXPECT_FALSE(fs::exists(clone / "Class66_EWS.bin"))
+            << "the source blueprint is not copied under its old name";
         EXPECT_EQ(filesBelow(clone).size(), r.written.size());
         expectIndependent(clone / "Class66_C.bin", "RailVehicles\\Diesel\\Class66\\Engine",
                           "RailVehicles\\Diesel\\Class66\\EngineC", display);
     }
     {
-        const CloneResult r = cloneRow(*m_ctx, row(kClass66), CloneKind::Vehicle,
-                                       names("Class66_V", "V", "DemoRail\\Class66Pack\\RailVehicles\\Diesel\\Class66V\\"), &m_ui);
+        const CloneResult r = cloneRow(
+            *m_ctx, row(kClass66), CloneKind::Vehicle,
+            names("Class66_V", "V", "DemoRail\\Class66Pack\\RailVehicles\\Diesel\\Class66V\\"), &m_ui);
         ASSERT_TRUE(r.ok) << r.message;
         const fs::path clone = assets() / "DemoRail/Class66Pack/RailVehicles/Diesel/Class66V";
-        EXPECT_TRUE(fs::exists(clone / "Bogies/Textures/Class66_Bogie.TgPcDx")) << "sibling folders come along";
+        EXPECT_TRUE(fs::exists(clone / "Bogies/Textures/Class66_Bogie.TgPcDx"))
+            << "sibling folders come along";
         expectIndependent(clone / "Engine/Class66_V.bin", "RailVehicles\\Diesel\\Class66\\",
                           "RailVehicles\\Diesel\\Class66V\\Engine", "V");
 
@@ -220,7 +229,8 @@ TEST_F(DemoClone, AReskinBlueprintHasTheReskinOutline) {
     using V = std::vector<std::string>;
     EXPECT_EQ(children["cBlueprintLoader"], V{"Blueprint"});
     EXPECT_EQ(children["Blueprint"], V{"cReskinBlueprint"});
-    EXPECT_EQ(children["cReskinBlueprint"], (V{"Name", "BrowseInformation", "ReskinAssetBpId", "TextureEntry"}));
+    EXPECT_EQ(children["cReskinBlueprint"],
+              (V{"Name", "BrowseInformation", "ReskinAssetBpId", "TextureEntry"}));
     EXPECT_EQ(children["iBrowseableBlueprint-cBrowseInformation"],
               (V{"DisplayName", "Description", "Category", "ValidInScenarios"}));
     EXPECT_EQ(children["TextureEntry"], V{"cReskinBlueprint-sTextureEntry"});
@@ -230,32 +240,38 @@ TEST_F(DemoClone, AReskinBlueprintHasTheReskinOutline) {
     EXPECT_EQ(values["TextureName"], "HTA_Body");
     EXPECT_EQ(values["TextureID"], folder + "\\[00]HTA_Body");
     EXPECT_EQ(values["Category"], "eRailVehicles");
-    EXPECT_EQ(values["English"], "Grau, \"gggggg\" & Co" "Grau, \"gggggg\" & Co") << "display name and description";
+    EXPECT_EQ(values["English"], "Grau, \"gggggg\" & Co"
+                                 "Grau, \"gggggg\" & Co")
+        << "display name and description";
 }
 
 TEST_F(DemoClone, RefusalsWriteNothing) {
     const fs::path hta = assets() / "DemoRail/Class66Pack/RailVehicles/Freight/HTA";
     const auto before = filesBelow(assets()).size();
     // Out of Assets by "..".
-    CloneResult r = cloneRow(*m_ctx, row(kHta), CloneKind::Asset, names("X", "X", "DemoRail\\Class66Pack\\..\\..\\..\\x"), &m_ui);
+    CloneResult r = cloneRow(*m_ctx, row(kHta), CloneKind::Asset,
+                             names("X", "X", "DemoRail\\Class66Pack\\..\\..\\..\\x"), &m_ui);
     EXPECT_FALSE(r.ok);
     EXPECT_NE(r.message.find(".."), std::string::npos);
     // A folder with files in it, and the answer No.
     m_ui.pushAnswer(Answer::No);
-    r = cloneRow(*m_ctx, row(kHta), CloneKind::Asset, names("HTA_2", "X", "DemoRail\\Class66Pack\\RailVehicles\\Freight"), &m_ui);
+    r = cloneRow(*m_ctx, row(kHta), CloneKind::Asset,
+                 names("HTA_2", "X", "DemoRail\\Class66Pack\\RailVehicles\\Freight"), &m_ui);
     EXPECT_FALSE(r.ok);
     ASSERT_EQ(m_ui.prompts.size(), 1u);
     EXPECT_NE(m_ui.prompts[0].text.find("holds files"), std::string::npos);
     EXPECT_FALSE(fs::exists(hta.parent_path() / "HTA_2.bin"));
     // A second skin texture: the language table's box, nothing written.
-    r = cloneRow(*m_ctx, row(kClass66), CloneKind::ReskinBlueprint, names("R", "R", "DemoRail\\Class66Pack\\New\\R"), &m_ui);
+    r = cloneRow(*m_ctx, row(kClass66), CloneKind::ReskinBlueprint,
+                 names("R", "R", "DemoRail\\Class66Pack\\New\\R"), &m_ui);
     EXPECT_FALSE(r.ok);
     EXPECT_EQ(r.message.rfind(m_ctx->lang.text(485), 0), 0u) << r.message;
     // Procedural items, and a file name that is a path.
     r = cloneRow(*m_ctx, row("DemoRail/Class66Pack/Scenery/Procedural/Fence.bin"), CloneKind::SceneryReskin,
                  names("F", "F", "DemoRail\\Class66Pack\\New"), &m_ui);
     EXPECT_EQ(r.message, m_ctx->lang.text(527));
-    r = cloneRow(*m_ctx, row(kHta), CloneKind::Asset, names("..\\HTA", "X", "DemoRail\\Class66Pack\\New"), &m_ui);
+    r = cloneRow(*m_ctx, row(kHta), CloneKind::Asset, names("..\\HTA", "X", "DemoRail\\Class66Pack\\New"),
+                 &m_ui);
     EXPECT_FALSE(r.ok);
     EXPECT_EQ(filesBelow(assets()).size(), before);
     EXPECT_FALSE(fs::exists(assets() / "DemoRail/Class66Pack/New"));
@@ -273,8 +289,9 @@ TEST_F(DemoClone, LinksFifosAndUnreadableFilesAreNamedNotFollowed) {
     std::ofstream(odd / "secret.txt") << "x";
     fs::permissions(odd / "secret.txt", fs::perms::none);
 
-    const CloneResult r = cloneRow(*m_ctx, row("DemoRail/Class66Pack/Scenery/Odd/Odd.bin"), CloneKind::Asset,
-                                   names("Odd2", "Odd, \"2\"", "DemoRail\\Class66Pack\\Scenery\\Odd2"), &m_ui);
+    const CloneResult r =
+        cloneRow(*m_ctx, row("DemoRail/Class66Pack/Scenery/Odd/Odd.bin"), CloneKind::Asset,
+                 names("Odd2", "Odd, \"2\"", "DemoRail\\Class66Pack\\Scenery\\Odd2"), &m_ui);
     fs::permissions(odd / "secret.txt", fs::perms::owner_all);
     ASSERT_TRUE(r.ok) << r.message;
     std::string skipped;
@@ -283,7 +300,8 @@ TEST_F(DemoClone, LinksFifosAndUnreadableFilesAreNamedNotFollowed) {
     for (const char* name : {"pipe", "loop", "self"})
         EXPECT_NE(skipped.find((odd / name).string()), std::string::npos) << name << " in\n" << skipped;
     if (!asRoot) {
-        EXPECT_NE(skipped.find((odd / "secret.txt").string() + ": cannot be read"), std::string::npos) << skipped;
+        EXPECT_NE(skipped.find((odd / "secret.txt").string() + ": cannot be read"), std::string::npos)
+            << skipped;
     }
     const fs::path clone = assets() / "DemoRail/Class66Pack/Scenery/Odd2";
     EXPECT_TRUE(fs::exists(clone / "plain.txt"));
@@ -293,15 +311,16 @@ TEST_F(DemoClone, LinksFifosAndUnreadableFilesAreNamedNotFollowed) {
 }
 
 TEST_F(DemoClone, SceneryReskinBringsItsOwnShapeAndTextures) {
-    const CloneResult r = cloneRow(*m_ctx, row("DemoRail/Class66Pack/Scenery/Buildings/O'Brien's Shed.bin"),
-                                   CloneKind::SceneryReskin,
-                                   names("O'Hara's Shed", "O'Hara's shed", "DemoRail\\Class66Pack\\Scenery\\Mine"), &m_ui);
+    const CloneResult r = cloneRow(
+        *m_ctx, row("DemoRail/Class66Pack/Scenery/Buildings/O'Brien's Shed.bin"), CloneKind::SceneryReskin,
+        names("O'Hara's Shed", "O'Hara's shed", "DemoRail\\Class66Pack\\Scenery\\Mine"), &m_ui);
     ASSERT_TRUE(r.ok) << r.message;
     const fs::path mine = assets() / "DemoRail/Class66Pack/Scenery/Mine";
     EXPECT_TRUE(fs::exists(mine / "O'Brien's Shed.GeoPcDx"));
     EXPECT_TRUE(fs::exists(mine / "Textures/Shed.TgPcDx"));
     const std::string xml = decoded(mine / "O'Hara's Shed.bin");
-    EXPECT_NE(xml.find(">DemoRail\\Class66Pack\\Scenery\\Mine\\O&apos;Brien&apos;s Shed<"), std::string::npos) << xml;
+    EXPECT_NE(xml.find(">DemoRail\\Class66Pack\\Scenery\\Mine\\O&apos;Brien&apos;s Shed<"), std::string::npos)
+        << xml;
     AssetChecks checks(*m_ctx);
     AssetRow clone;
     ASSERT_TRUE(rowForBlueprint((mine / "O'Hara's Shed.bin").string(), assets(), clone));

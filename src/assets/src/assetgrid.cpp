@@ -3,13 +3,27 @@
 #include "velmora/core/filewrite.h"
 #include "velmora/core/services.h"
 #include "velmora/core/textboundary.h"
-#include "velmora/core/xmltext.h"
 
 #include <algorithm>
 
 namespace velmora::assets {
 
 namespace {
+
+std::string xmlEscape(const std::string& s) {
+    std::string out;
+    out.reserve(s.size());
+    for (char c : s) {
+        switch (c) {
+        case '&': out += "&amp;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '"': out += "&quot;"; break;
+        default: out += c;
+        }
+    }
+    return out;
+}
 
 std::string xmlUnescape(std::string s) {
     for (auto [from, to] : {std::pair{"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&apos;", "'"}, {"&amp;", "&"}}) {
@@ -46,11 +60,11 @@ std::string spreadsheet(const std::vector<std::vector<std::string>>& rows, const
                       "<?mso-application progid=\"Excel.Sheet\"?>\r\n"
                       "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\"\r\n"
                       " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\">\r\n"
-                      "<Worksheet ss:Name=\"" + xmlEscaped(utf8FromDocument(sheet)) + "\"><Table>\r\n";
+                      "<Worksheet ss:Name=\"" + xmlEscape(utf8FromDocument(sheet)) + "\"><Table>\r\n";
     for (const auto& cells : rows) {
         out += "<Row>";
         for (const auto& c : cells)
-            out += "<Cell><Data ss:Type=\"String\">" + xmlEscaped(utf8FromDocument(c)) + "</Data></Cell>";
+            out += "<Cell><Data ss:Type=\"String\">" + xmlEscape(utf8FromDocument(c)) + "</Data></Cell>";
         out += "</Row>\r\n";
     }
     out += "</Table></Worksheet></Workbook>\r\n";

@@ -56,7 +56,8 @@ bool encodeBlueprint(Job& job, const std::string& xml, const std::string& fileNa
     const ConvertResult r = xmlTextToBin(xml, bin, fileName + ".xml");
     if (!r || bin.empty()) {
         job.result.message = "Serz.exe could not convert file " + fileName + ".bin" +
-                             (r.message.empty() ? std::string() : ": " + r.message) + ". Nothing was written.";
+                             (r.message.empty() ? std::string() : ": " + r.message) +
+                             ". Nothing was written.";
         return false;
     }
     return true;
@@ -69,12 +70,14 @@ bool mayWriteInto(Job& job, const fs::path& blueprint) {
     if (!holdsFiles && !blueprintThere)
         return true;
     const std::string question =
-        (blueprintThere ? blueprint.string() + " exists already." : job.targetDir.string() + " holds files already.") +
+        (blueprintThere ? blueprint.string() + " exists already."
+                        : job.targetDir.string() + " holds files already.") +
         "\nFiles of the same name are replaced, each kept as a numbered backup. Clone into it?";
     if (job.ui && job.ui->ask(question, Buttons::YesNo, Icon::Question, "Clone") == Answer::Yes)
         return true;
-    job.result.message = "Nothing was written: " + (blueprintThere ? blueprint.string() : job.targetDir.string()) +
-                         " is there already.";
+    job.result.message =
+        "Nothing was written: " + (blueprintThere ? blueprint.string() : job.targetDir.string()) +
+        " is there already.";
     return false;
 }
 
@@ -96,7 +99,9 @@ bool copyFile(Job& job, const fs::path& from, const fs::path& to) {
     return recorded(job, job.ctx.files().copy(from, to));
 }
 
-bool canOpen(const fs::path& file) { return static_cast<bool>(std::ifstream(file, std::ios::binary)); }
+bool canOpen(const fs::path& file) {
+    return static_cast<bool>(std::ifstream(file, std::ios::binary));
+}
 
 void passOverUnreadable(Job& job, const fs::path& file) {
     job.result.skipped.push_back(file.string() + ": cannot be read, not copied");
@@ -147,12 +152,14 @@ void listFiles(const fs::path& root, const fs::path& folder, std::vector<fs::pat
         else if (fs::is_regular_file(st))
             files.push_back(entry.path().lexically_relative(root));
         else
-            skipped.push_back(entry.path().string() + ": not a plain file (a FIFO, socket or device), not opened");
+            skipped.push_back(entry.path().string() +
+                              ": not a plain file (a FIFO, socket or device), not opened");
     }
 }
 
 bool startsWithFolder(const std::string& lowered, const std::string& folderLowered) {
-    return lowered.size() > folderLowered.size() && lowered.compare(0, folderLowered.size(), folderLowered) == 0;
+    return lowered.size() > folderLowered.size() &&
+           lowered.compare(0, folderLowered.size(), folderLowered) == 0;
 }
 
 // One element of a line "<Tag ...>value</Tag>": where its value stands, and its tag.
@@ -206,13 +213,14 @@ std::string englishName(AppContext& ctx, const AssetRow& row) {
 // A copy of the blueprint's folder, or of the vehicle's folder above it.
 void cloneFolder(Job& job, bool vehicle) {
     const std::vector<std::string> below = sourceElements(job.row); // folders below the product
-    const std::size_t kept = vehicle ? 2 : 1;                        // the folders not copied as a whole
+    const std::size_t kept = vehicle ? 2 : 1;                       // the folders not copied as a whole
     if (below.size() < kept) {
         job.result.message = job.source.string() + ": the blueprint lies too high in its product to clone " +
                              (vehicle ? "its vehicle folder" : "its folder");
         return;
     }
-    const std::vector<std::string> copiedFolder(below.begin(), below.end() - static_cast<std::ptrdiff_t>(kept - 1));
+    const std::vector<std::string> copiedFolder(below.begin(),
+                                                below.end() - static_cast<std::ptrdiff_t>(kept - 1));
     const std::string sourceRel =
         job.row.provider + "\\" + job.row.product + "\\" + joined(copiedFolder, 0, copiedFolder.size());
     const fs::path sourceDir = vehicle ? job.source.parent_path().parent_path() : job.source.parent_path();
@@ -222,23 +230,23 @@ void cloneFolder(Job& job, bool vehicle) {
     const fs::path inside =
         fs::weakly_canonical(job.targetDir, ec).lexically_relative(fs::weakly_canonical(sourceDir, ec));
     if (!inside.empty() && *inside.begin() != "..") {
-        job.result.message = "Nothing was written: " + job.targetDir.string() + " lies inside " + sourceDir.string() +
-                             ", the folder that is cloned.";
+        job.result.message = "Nothing was written: " + job.targetDir.string() + " lies inside " +
+                             sourceDir.string() + ", the folder that is cloned.";
         return;
     }
 
     std::string xml;
     if (!readBlueprint(job, job.source, xml))
         return;
-    renameBlueprint(xml, xmlEscaped(job.names.displayName));
+    renameBlueprint(xml, job.names.displayName);
     xml = repointPaths(xml, sourceRel, job.targetRel);
     std::string bin;
     if (!encodeBlueprint(job, xml, job.names.fileName, bin))
         return;
 
     const fs::path oldBlueprint = job.source.lexically_relative(sourceDir);
-    const fs::path newBlueprint =
-        (vehicle ? job.targetDir / oldBlueprint.parent_path() : job.targetDir) / (job.names.fileName + ".bin");
+    const fs::path newBlueprint = (vehicle ? job.targetDir / oldBlueprint.parent_path() : job.targetDir) /
+                                  (job.names.fileName + ".bin");
     if (!mayWriteInto(job, newBlueprint))
         return;
 
@@ -246,7 +254,9 @@ void cloneFolder(Job& job, bool vehicle) {
     listFiles(sourceDir, sourceDir, files, job.result.skipped);
     // The source blueprint is not copied under its old name: the renamed one takes its place.
     files.erase(std::remove_if(files.begin(), files.end(),
-                               [&](const fs::path& rel) { return rel == oldBlueprint || job.targetDir / rel == newBlueprint; }),
+                               [&](const fs::path& rel) {
+                                   return rel == oldBlueprint || job.targetDir / rel == newBlueprint;
+                               }),
                 files.end());
     // The folders first, so that the copies that run side by side never make the same one.
     std::set<fs::path> folders;
@@ -293,10 +303,19 @@ void cloneFolder(Job& job, bool vehicle) {
 } // namespace
 
 const std::vector<std::string>& cloneCategories() {
-    static const std::vector<std::string> kCategories = {
-        "Animals",  "Bridges and viaducts", "Clutter", "Commercial industrial buildings", "Domestic buildings",
-        "Foliage",  "Locomotoves",          "Misc",    "People",                          "Rolling stock",
-        "Signals",  "Stations",             "Vehicles"};
+    static const std::vector<std::string> kCategories = {"Animals",
+                                                         "Bridges and viaducts",
+                                                         "Clutter",
+                                                         "Commercial industrial buildings",
+                                                         "Domestic buildings",
+                                                         "Foliage",
+                                                         "Locomotoves",
+                                                         "Misc",
+                                                         "People",
+                                                         "Rolling stock",
+                                                         "Signals",
+                                                         "Stations",
+                                                         "Vehicles"};
     return kCategories;
 }
 
@@ -333,13 +352,16 @@ std::vector<std::string> targetElements(const std::string& targetFolder, std::st
         problem = "No target folder was given.";
         return {};
     }
-    if (targetFolder.front() == '/' || targetFolder.front() == '\\' || targetFolder.find(':') != std::string::npos) {
-        problem = shown + " is not a folder below Assets: give Provider\\Product\\Folder, without a drive or a "
-                          "leading slash.";
+    if (targetFolder.front() == '/' || targetFolder.front() == '\\' ||
+        targetFolder.find(':') != std::string::npos) {
+        problem = shown +
+                  " is not a folder below Assets: give Provider\\Product\\Folder, without a drive or a "
+                  "leading slash.";
         return {};
     }
     for (unsigned char c : targetFolder)
-        if (c < 0x20 || c == 0x7f || std::string_view("*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos) {
+        if (c < 0x20 || c == 0x7f ||
+            std::string_view("*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos) {
             problem = shown + " holds a character a folder name cannot have.";
             return {};
         }
@@ -356,17 +378,18 @@ std::vector<std::string> targetElements(const std::string& targetFolder, std::st
     return parts;
 }
 
-std::string repointPaths(const std::string& xml, const std::string& sourceFolder, const std::string& targetFolder) {
+std::string repointPaths(const std::string& xml, const std::string& sourceFolder,
+                         const std::string& targetFolder) {
     const std::vector<std::string> source = pathElements(sourceFolder);
     const std::vector<std::string> target = pathElements(targetFolder);
     if (source.size() < 3 || target.size() < 3)
         return xml;
-    const std::string fromLower = toLowerAscii(xmlEscaped(joined(source, 0, source.size()))) + "\\";
-    const std::string fromRestLower = toLowerAscii(xmlEscaped(joined(source, 2, source.size()))) + "\\";
-    const std::string to = xmlEscaped(joined(target, 0, target.size())) + "\\";
-    const std::string toRest = xmlEscaped(joined(target, 2, target.size())) + "\\";
-    const std::string providerLower = toLowerAscii(xmlEscaped(source[0]));
-    const std::string productLower = toLowerAscii(xmlEscaped(source[1]));
+    const std::string fromLower = toLowerAscii(documentText(joined(source, 0, source.size()))) + "\\";
+    const std::string fromRestLower = toLowerAscii(documentText(joined(source, 2, source.size()))) + "\\";
+    const std::string to = documentText(joined(target, 0, target.size())) + "\\";
+    const std::string toRest = documentText(joined(target, 2, target.size())) + "\\";
+    const std::string providerLower = toLowerAscii(documentText(source[0]));
+    const std::string productLower = toLowerAscii(documentText(source[1]));
 
     std::vector<Edit> edits;
     Leaf provider, product;
@@ -389,15 +412,16 @@ std::string repointPaths(const std::string& xml, const std::string& sourceFolder
                 // A blueprint reference: its product and the path below it.
                 std::string id(valueOf(leaf));
                 std::replace(id.begin(), id.end(), '/', '\\');
-                if (toLowerAscii(valueOf(provider)) == providerLower && toLowerAscii(valueOf(product)) == productLower &&
+                if (toLowerAscii(valueOf(provider)) == providerLower &&
+                    toLowerAscii(valueOf(product)) == productLower &&
                     startsWithFolder(toLowerAscii(id), fromRestLower)) {
-                    edits.push_back({provider.begin, provider.end, xmlEscaped(target[0])});
-                    edits.push_back({product.begin, product.end, xmlEscaped(target[1])});
+                    edits.push_back({provider.begin, provider.end, documentText(target[0])});
+                    edits.push_back({product.begin, product.end, documentText(target[1])});
                     edits.push_back({leaf.begin, leaf.end, toRest + id.substr(fromRestLower.size())});
                 }
                 haveProvider = haveProduct = false;
             } else if (std::string_view value = valueOf(leaf); value.find('\\') != std::string_view::npos ||
-                                                                value.find('/') != std::string_view::npos) {
+                                                               value.find('/') != std::string_view::npos) {
                 // A path below Assets, perhaps behind a "[xx]" code, perhaps with doubled or
                 // forward slashes.
                 std::string code;
@@ -446,18 +470,21 @@ CloneNames clonePrefill(AppContext& ctx, const AssetRow& row, CloneKind kind) {
     n.targetFolder = row.provider + "\\" + row.product + "\\" + joined(below, 0, keep);
     if (n.targetFolder.back() != '\\')
         n.targetFolder += "\\";
-    n.category = iequals(below.empty() ? std::string() : below.front(), "RailVehicles") ? "Rolling stock" : "Misc";
+    n.category =
+        iequals(below.empty() ? std::string() : below.front(), "RailVehicles") ? "Rolling stock" : "Misc";
     return n;
 }
 
-CloneResult cloneRow(AppContext& ctx, const AssetRow& row, CloneKind kind, const CloneNames& names, UserInterface* ui) {
+CloneResult cloneRow(AppContext& ctx, const AssetRow& row, CloneKind kind, const CloneNames& names,
+                     UserInterface* ui) {
     CloneResult r;
     CloneNames plain = names;
     while (!plain.fileName.empty() && plain.fileName.back() == '.')
         plain.fileName.pop_back();
     const std::string& fileName = plain.fileName;
     if (fileName.empty() || fileName.find_first_of("/\\:*?\"<>|") != std::string::npos ||
-        std::any_of(fileName.begin(), fileName.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; })) {
+        std::any_of(fileName.begin(), fileName.end(),
+                    [](unsigned char c) { return c < 0x20 || c == 0x7f; })) {
         r.message = "\"" + names.fileName + "\" is not a file name: give the name only, without folders.";
         return r;
     }
@@ -480,12 +507,21 @@ CloneResult cloneRow(AppContext& ctx, const AssetRow& row, CloneKind kind, const
         return r;
     }
 
-    JournalCommand command(&ctx.journal(), "Clone " + row.relativePath() + " as " + job.targetRel + "\\" + fileName);
+    JournalCommand command(&ctx.journal(),
+                           "Clone " + row.relativePath() + " as " + job.targetRel + "\\" + fileName);
     switch (kind) {
-    case CloneKind::Asset: cloneFolder(job, false); break;
-    case CloneKind::Vehicle: cloneFolder(job, true); break;
-    case CloneKind::ReskinBlueprint: cloneReskinBlueprint(job); break;
-    case CloneKind::SceneryReskin: cloneSceneryReskin(job); break;
+    case CloneKind::Asset:
+        cloneFolder(job, false);
+        break;
+    case CloneKind::Vehicle:
+        cloneFolder(job, true);
+        break;
+    case CloneKind::ReskinBlueprint:
+        cloneReskinBlueprint(job);
+        break;
+    case CloneKind::SceneryReskin:
+        cloneSceneryReskin(job);
+        break;
     }
     if (!job.result.written.empty()) {
         removeBlueprintCache(ctx, row.provider, row.product);

@@ -4,7 +4,7 @@
 
 #include "velmora/assets/clone.h"
 #include "velmora/core/filewrite.h"
-#include "velmora/core/xmltext.h"
+#include "velmora/core/templates.h"
 
 #include <filesystem>
 #include <string>

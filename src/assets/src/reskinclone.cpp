@@ -9,10 +9,6 @@
 #include "velmora/core/services.h"
 #include "velmora/core/xmltext.h"
 
-#include <chrono>
-#include <cstdio>
-#include <random>
-
 namespace velmora::assets::clonework {
 
 namespace {
@@ -27,7 +23,8 @@ struct Texture {
 // The variants of a texture that travel with it, in the order they are looked for, and the
 // name each one gets.
 constexpr std::pair<const char*, const char*> kVariants[] = {
-    {"_Wi", "_WI"}, {"_sm", "_sm"}, {"_nm", "_nm"}, {"_nmc", "_nmc"}, {"_night", "_night"}, {"night", "night"},
+    {"_Wi", "_WI"},   {"_sm", "_sm"},       {"_nm", "_nm"},
+    {"_nmc", "_nmc"}, {"_night", "_night"}, {"night", "night"},
 };
 
 std::string withoutTextureSuffix(const std::string& name) {
@@ -37,7 +34,8 @@ std::string withoutTextureSuffix(const std::string& name) {
 // The shape a blueprint names and the textures its lists name, with their variants. A reskin
 // takes only the skin: textures below Common or of numbers are passed over, and a second skin
 // texture ends it with the language table's box. Textures not found go to `missing`.
-bool shapeTextures(Job& job, const std::string& xml, bool skinOnly, fs::path& shape, std::vector<Texture>& out) {
+bool shapeTextures(Job& job, const std::string& xml, bool skinOnly, fs::path& shape,
+                   std::vector<Texture>& out) {
     AssetChecks checks(job.ctx);
     std::size_t at = InStr(1, xml, "<GeometryID", Match::Text);
     if (at == 0)
@@ -76,7 +74,8 @@ bool shapeTextures(Job& job, const std::string& xml, bool skinOnly, fs::path& sh
             continue;
         }
         const std::string below = "\\" + rel;
-        if (skinOnly && (InStr(1, below, "\\Common\\", Match::Text) > 0 || InStr(1, below, "numbers", Match::Text) > 0))
+        if (skinOnly &&
+            (InStr(1, below, "\\Common\\", Match::Text) > 0 || InStr(1, below, "numbers", Match::Text) > 0))
             continue;
         if (std::find(found.begin(), found.end(), file) == found.end())
             found.push_back(file);
@@ -96,34 +95,6 @@ bool shapeTextures(Job& job, const std::string& xml, bool skinOnly, fs::path& sh
     return true;
 }
 
-// A number from 100000000 to 999999999, for the new document's id.
-std::string randomId() {
-    std::mt19937 random(static_cast<std::mt19937::result_type>(
-        std::chrono::system_clock::now().time_since_epoch().count()));
-    char digits[16];
-    std::snprintf(digits, sizeof digits, "%09u",
-                  std::uniform_int_distribution<unsigned>(100000000u, 999999999u)(random));
-    return digits;
-}
-
-// The template with its tokens "aaaaaa" .. "jjjjjj" replaced in one pass, so that a value that
-// happens to hold a token's letters is left as it was given.
-std::string filledTemplate(const std::string& text, const std::string (&values)[10]) {
-    std::string out;
-    out.reserve(text.size() + 256);
-    for (std::size_t i = 0; i < text.size();) {
-        const char c = text[i];
-        if (c >= 'a' && c <= 'j' && text.compare(i, 6, std::string(6, c)) == 0) {
-            out += values[c - 'a'];
-            i += 6;
-        } else {
-            out += c;
-            ++i;
-        }
-    }
-    return out;
-}
-
 bool copyTextures(Job& job, const std::vector<Texture>& textures, const fs::path& folder) {
     for (const Texture& t : textures)
         if (readable(job, t.file) && !copyFile(job, t.file, folder / (t.name + ".TgPcDx")))
@@ -140,34 +111,36 @@ void cloneReskinBlueprint(Job& job) {
     if (!readBlueprint(job, job.source, xml) || !shapeTextures(job, xml, true, shape, textures))
         return;
     if (textures.empty()) {
-        job.result.message = job.source.string() + ": no skin texture of its shape was found, so there is nothing "
-                                                   "for a reskin blueprint to replace. Nothing was written.";
+        job.result.message = job.source.string() +
+                             ": no skin texture of its shape was found, so there is nothing "
+                             "for a reskin blueprint to replace. Nothing was written.";
         return;
     }
-    const fs::path templateFile = job.ctx.dataPath() / "Templates" / "ReSkinBluePrint.txt";
-    const std::string text = ReadTextFile(templateFile);
+    std::string error;
+    const std::string text = readTemplate(job.ctx, "ReSkinBluePrint.txt", error);
     if (text.empty()) {
-        job.result.message = templateFile.string() + ": the template cannot be read. Nothing was written.";
+        job.result.message = error + " Nothing was written.";
         return;
     }
     std::string blueprintId = job.row.path;
     if (blueprintId.size() >= 3)
         blueprintId.replace(blueprintId.size() - 3, 3, "xml");
     const std::string& skin = textures.front().name;
-    const std::string values[10] = {
-        xmlEscaped(job.names.fileName),
-        xmlEscaped(job.names.displayName),
-        xmlEscaped(job.names.displayName),
-        categoryValue(job.names.category),
-        xmlEscaped(job.row.provider),
-        xmlEscaped(job.row.product),
-        xmlEscaped(blueprintId),
-        randomId(),
-        xmlEscaped(skin),
-        xmlEscaped(job.targetRel + "\\[00]" + skin),
-    };
+    const std::string document =
+        fillTemplate(text, {
+                               {"aaaaaa", documentText(job.names.fileName)},
+                               {"bbbbbb", documentText(job.names.displayName)},
+                               {"cccccc", documentText(job.names.displayName)},
+                               {"dddddd", categoryValue(job.names.category)},
+                               {"eeeeee", documentText(job.row.provider)},
+                               {"ffffff", documentText(job.row.product)},
+                               {"gggggg", documentText(blueprintId)},
+                               {"hhhhhh", randomId(systemIds())},
+                               {"iiiiii", documentText(skin)},
+                               {"jjjjjj", documentText(job.targetRel + "\\[00]" + skin)},
+                           });
     std::string bin;
-    if (!encodeBlueprint(job, filledTemplate(text, values), job.names.fileName, bin))
+    if (!encodeBlueprint(job, document, job.names.fileName, bin))
         return;
     const fs::path blueprint = job.targetDir / (job.names.fileName + ".bin");
     if (!mayWriteInto(job, blueprint))
@@ -185,12 +158,12 @@ void cloneSceneryReskin(Job& job) {
     std::vector<Texture> textures;
     if (!readBlueprint(job, job.source, xml) || !shapeTextures(job, xml, false, shape, textures))
         return;
-    renameBlueprint(xml, xmlEscaped(job.names.displayName));
+    renameBlueprint(xml, job.names.displayName);
     if (!shape.empty()) {
         std::size_t pos = InStr(1, xml, "<GeometryID", Match::Text);
         const std::string shapeName = shape.filename().string();
         const std::string stem = shapeName.substr(0, shapeName.size() - shape.extension().string().size());
-        PutDetail(xml, pos, "GeometryID", xmlEscaped(job.targetRel + "\\" + stem), kText);
+        PutDetail(xml, pos, "GeometryID", documentText(job.targetRel + "\\" + stem), kText);
     }
     std::string bin;
     if (!encodeBlueprint(job, xml, job.names.fileName, bin))
@@ -198,9 +171,10 @@ void cloneSceneryReskin(Job& job) {
     const fs::path blueprint = job.targetDir / (job.names.fileName + ".bin");
     if (!mayWriteInto(job, blueprint))
         return;
-    const bool ok = writeFile(job, blueprint, bin) &&
-                    (shape.empty() || !readable(job, shape) || copyFile(job, shape, job.targetDir / shape.filename())) &&
-                    copyTextures(job, textures, job.targetDir / "Textures");
+    const bool ok =
+        writeFile(job, blueprint, bin) &&
+        (shape.empty() || !readable(job, shape) || copyFile(job, shape, job.targetDir / shape.filename())) &&
+        copyTextures(job, textures, job.targetDir / "Textures");
     if (!ok) {
         takeBack(job);
         return;

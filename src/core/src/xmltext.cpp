@@ -362,20 +362,4 @@ void ReplaceApos2(std::string& text, ErrorLog* log) {
         applyEncodeRow(text, row, log, "ReplaceApos2");
 }
 
-std::string xmlEscaped(std::string_view text) {
-    std::string out;
-    out.reserve(text.size());
-    for (char c : text) {
-        switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '\'': out += "&apos;"; break;
-        case '"': out += "&quot;"; break;
-        default: out += c;
-        }
-    }
-    return out;
-}
-
 } // namespace velmora

@@ -1,7 +1,5 @@
 #include "velmora/demo/xmlbuilder.h"
 
-#include "velmora/core/xmltext.h"
-
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -9,7 +7,21 @@
 
 namespace velmora::demo {
 
-std::string xmlEscape(std::string_view text) { return xmlEscaped(text); }
+std::string xmlEscape(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (char c : text) {
+        switch (c) {
+        case '&': out += "&amp;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '\'': out += "&apos;"; break;
+        case '"': out += "&quot;"; break;
+        default: out += c;
+        }
+    }
+    return out;
+}
 
 namespace {
 

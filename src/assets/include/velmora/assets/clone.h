@@ -26,7 +26,7 @@ enum class CloneKind {
 
 // The names of a clone as the dialogs take them.
 struct CloneNames {
-    std::string fileName;     // without extension
+    std::string fileName; // without extension
     std::string displayName;
     std::string targetFolder; // below Assets, Provider\Product\...\ ('/' accepted)
     std::string category;     // dlgNewName22's combo text (reskin blueprints)
@@ -65,6 +65,7 @@ std::vector<std::string> targetElements(const std::string& targetFolder, std::st
 // Provider\Product\...) points to the same place below `targetFolder` instead, compared
 // without regard to case: Provider\Product\... strings and blueprint references alike. Paths
 // outside the source folder stay as they are.
-std::string repointPaths(const std::string& xml, const std::string& sourceFolder, const std::string& targetFolder);
+std::string repointPaths(const std::string& xml, const std::string& sourceFolder,
+                         const std::string& targetFolder);
 
 } // namespace velmora::assets

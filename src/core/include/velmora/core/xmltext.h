@@ -71,10 +71,6 @@ void ReplaceApos(std::string& text, ErrorLog* log = nullptr);
 // Writing direction for the two places that write ordinary UTF-8.
 void ReplaceApos2(std::string& text, ErrorLog* log = nullptr);
 
-// Text for an element's value or an attribute: the five markup characters as entities, the
-// apostrophe as the converter writes it ("&apos;").
-std::string xmlEscaped(std::string_view text);
-
 // The values of every <tag> element of a text: its own value, or, when it holds a list, the
 // values of its <e> elements in order. Used for the texture lists of cross sections.
 std::vector<std::string> ElementValues(std::string_view text, std::string_view tag);
