@@ -273,7 +273,7 @@ TEST_F(RsEdits, SettingsNameWhatIsMissing) {
     EXPECT_EQ(rsTemplateFile(*m_ctx, "UKLights.txt"), s_dir / "data/Templates/UKLights.txt");
     fs::remove_all(s_dir / "home/Templates");
 
-    for (const char* typed : {"12,5", "", "heavy", "1e999"}) {
+    for (const char* typed : {"12,5", "", "heavy", "1e999", "0x10", "inf", "12.5 t"}) {
         mass.mass = typed;
         EXPECT_NE(loadRsSettings(*m_ctx, mass), "") << typed;
     }
@@ -351,7 +351,7 @@ TEST_F(RsEdits, PassengersByCoachKindWithTheEmptyCoachKept) {
 
 TEST_F(RsEdits, MassIsWrittenAsTyped) {
     RsSettings s = settings(RsCommand::Mass);
-    s.mass = "12.5";
+    s.mass = " 12.5 "; // the blanks of the box are dropped
     s.capacity = "30.25";
     RowInput in = input(kHta);
     RowEdit e = run(s, in);
