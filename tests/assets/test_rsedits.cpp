@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace velmora;
@@ -521,4 +522,22 @@ TEST_F(RsEdits, WagonScriptSetOrAdded) {
     engine.xml.erase(engine.xml.find("<ScriptComponent>"),
                      engine.xml.find("</ScriptComponent>") + 18 - engine.xml.find("<ScriptComponent>"));
     EXPECT_NE(run(settings(RsCommand::WagonScript), engine).passedOver, "");
+}
+
+TEST_F(RsEdits, RowsEditedOnSeveralThreadsAtOnceGiveWhatOneThreadGives) {
+    RsSettings s = settings(RsCommand::HeadLights);
+    s.lamp = lamps().heads[0];
+    ASSERT_EQ(loadRsSettings(*m_ctx, s), "");
+    const std::vector<RowInput> rows{input(kClass66), input(kHta), input(kMk1), input(kBlack5)};
+    std::vector<std::string> alone;
+    for (const auto& r : rows)
+        alone.push_back(editRow(s, r).xml);
+    std::vector<std::string> together(rows.size() * 8);
+    std::vector<std::thread> threads;
+    for (std::size_t t = 0; t < together.size(); ++t)
+        threads.emplace_back([&, t] { together[t] = editRow(s, rows[t % rows.size()]).xml; });
+    for (auto& t : threads)
+        t.join();
+    for (std::size_t t = 0; t < together.size(); ++t)
+        EXPECT_EQ(together[t], alone[t % rows.size()]) << t;
 }
