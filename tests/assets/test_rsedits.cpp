@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace velmora;
@@ -273,7 +274,7 @@ TEST_F(RsEdits, SettingsNameWhatIsMissing) {
     EXPECT_EQ(rsTemplateFile(*m_ctx, "UKLights.txt"), s_dir / "data/Templates/UKLights.txt");
     fs::remove_all(s_dir / "home/Templates");
 
-    for (const char* typed : {"12,5", "", "heavy", "1e999"}) {
+    for (const char* typed : {"12,5", "", "heavy", "1e999", "0x10", "inf", "12.5 t"}) {
         mass.mass = typed;
         EXPECT_NE(loadRsSettings(*m_ctx, mass), "") << typed;
     }
@@ -351,7 +352,7 @@ TEST_F(RsEdits, PassengersByCoachKindWithTheEmptyCoachKept) {
 
 TEST_F(RsEdits, MassIsWrittenAsTyped) {
     RsSettings s = settings(RsCommand::Mass);
-    s.mass = "12.5";
+    s.mass = " 12.5 "; // the blanks of the box are dropped
     s.capacity = "30.25";
     RowInput in = input(kHta);
     RowEdit e = run(s, in);
@@ -521,4 +522,22 @@ TEST_F(RsEdits, WagonScriptSetOrAdded) {
     engine.xml.erase(engine.xml.find("<ScriptComponent>"),
                      engine.xml.find("</ScriptComponent>") + 18 - engine.xml.find("<ScriptComponent>"));
     EXPECT_NE(run(settings(RsCommand::WagonScript), engine).passedOver, "");
+}
+
+TEST_F(RsEdits, RowsEditedOnSeveralThreadsAtOnceGiveWhatOneThreadGives) {
+    RsSettings s = settings(RsCommand::HeadLights);
+    s.lamp = lamps().heads[0];
+    ASSERT_EQ(loadRsSettings(*m_ctx, s), "");
+    const std::vector<RowInput> rows{input(kClass66), input(kHta), input(kMk1), input(kBlack5)};
+    std::vector<std::string> alone;
+    for (const auto& r : rows)
+        alone.push_back(editRow(s, r).xml);
+    std::vector<std::string> together(rows.size() * 8);
+    std::vector<std::thread> threads;
+    for (std::size_t t = 0; t < together.size(); ++t)
+        threads.emplace_back([&, t] { together[t] = editRow(s, rows[t % rows.size()]).xml; });
+    for (auto& t : threads)
+        t.join();
+    for (std::size_t t = 0; t < together.size(); ++t)
+        EXPECT_EQ(together[t], alone[t % rows.size()]) << t;
 }

@@ -26,14 +26,6 @@ std::size_t at(std::size_t oneBased) {
     return oneBased ? oneBased - 1 : std::string::npos;
 }
 
-bool isNumber(const std::string& text) {
-    if (text.empty())
-        return false;
-    char* end = nullptr;
-    const float value = std::strtof(text.c_str(), &end);
-    return end && *end == '\0' && std::isfinite(value);
-}
-
 std::string displayNameOf(const RowInput& input) {
     if (input.row && !input.row->name.empty())
         return input.row->name;
@@ -279,9 +271,11 @@ std::string loadRsSettings(AppContext& ctx, RsSettings& settings) {
     case RsCommand::TailLights:
         return checkLamp(ctx, settings);
     case RsCommand::Mass:
-        if (!isNumber(settings.mass))
+        settings.mass = rs::trimmed(settings.mass);
+        settings.capacity = rs::trimmed(settings.capacity);
+        if (!rs::isNumber(settings.mass))
             return "New Mass '" + settings.mass + "' is not a number.";
-        if (!isNumber(settings.capacity))
+        if (!rs::isNumber(settings.capacity))
             return "New Capacity '" + settings.capacity + "' is not a number.";
         return {};
     case RsCommand::Provider:
@@ -363,6 +357,24 @@ RowEdit edited(const RowInput& input, std::string xml) {
     e.changed = xml != input.xml;
     e.xml = std::move(xml);
     return e;
+}
+
+// A number as a single-precision value is written: digits, sign, point, exponent; no hex form,
+// no "inf" or "nan", nothing beyond the range of a float.
+bool isNumber(const std::string& text) {
+    if (text.empty() || text.find_first_not_of("0123456789+-.eE") != std::string::npos)
+        return false;
+    char* end = nullptr;
+    const float value = std::strtof(text.c_str(), &end);
+    return end && *end == '\0' && std::isfinite(value);
+}
+
+std::string trimmed(std::string_view s) {
+    while (!s.empty() && (s.front() == ' ' || s.front() == '\t'))
+        s.remove_prefix(1);
+    while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r'))
+        s.remove_suffix(1);
+    return std::string(s);
 }
 
 std::string lineEnd(const std::string& xml) {

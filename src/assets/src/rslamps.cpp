@@ -14,32 +14,16 @@ namespace {
 
 constexpr std::size_t kFields = 10; // the tenth takes the rest of the line
 
-std::string trimmed(std::string_view s) {
-    while (!s.empty() && (s.front() == ' ' || s.front() == '\t'))
-        s.remove_prefix(1);
-    while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r'))
-        s.remove_suffix(1);
-    return std::string(s);
-}
-
-bool isNumber(const std::string& s) {
-    if (s.empty())
-        return false;
-    char* end = nullptr;
-    std::strtod(s.c_str(), &end);
-    return end && *end == '\0';
-}
-
 std::vector<std::string> fieldsOf(std::string_view line) {
     std::vector<std::string> fields;
     while (fields.size() + 1 < kFields) {
         const std::size_t comma = line.find(',');
         if (comma == std::string_view::npos)
             break;
-        fields.push_back(trimmed(line.substr(0, comma)));
+        fields.push_back(rs::trimmed(line.substr(0, comma)));
         line.remove_prefix(comma + 1);
     }
-    fields.push_back(trimmed(line));
+    fields.push_back(rs::trimmed(line));
     return fields;
 }
 
@@ -52,9 +36,9 @@ std::string checkRow(const std::vector<std::string>& f) {
     if (std::count(f[1].begin(), f[1].end(), '\\') < 2)
         return "names the lamp blueprint '" + f[1] + "' without Provider\\Product\\";
     for (std::size_t c = 2; c <= 7; ++c)
-        if (!isNumber(f[c]))
+        if (!rs::isNumber(f[c]))
             return "has '" + f[c] + "' in column " + std::to_string(c) + ", which must be a number";
-    if (!f[9].empty() && !isNumber(f[9]))
+    if (!f[9].empty() && !rs::isNumber(f[9]))
         return "has '" + f[9] + "' as the number of tail lamps";
     return {};
 }
@@ -117,7 +101,7 @@ bool readLampTable(const std::filesystem::path& file, LampTable& table, std::str
     }
     const std::vector<std::string> lines = SplitLines(text);
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        const std::string line = trimmed(lines[i]);
+        const std::string line = rs::trimmed(lines[i]);
         if (line.empty() || line.rfind("//", 0) == 0)
             continue;
         const std::vector<std::string> fields = fieldsOf(line);

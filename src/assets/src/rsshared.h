@@ -23,6 +23,12 @@ RowEdit edited(const RowInput& input, std::string xml);
 // or no children list.
 std::size_t openChildren(std::string& xml);
 
+// Text that stands for a single-precision number as documents write them.
+bool isNumber(const std::string& text);
+
+// Without blanks, tabs or a CR around it.
+std::string trimmed(std::string_view text);
+
 // The document's line end, CR LF or LF, and a template's text in it, without a final one.
 std::string lineEnd(const std::string& xml);
 std::string withLineEnds(std::string_view block, const std::string& xml);
