@@ -74,6 +74,9 @@ TEST(Naming, NumbersAndSuffixes) {
     EXPECT_EQ(numberedName("Coach", 1, 3), "Coach 2");
     EXPECT_EQ(numberedName("Coach #", 2, 3), "Coach 3");
     EXPECT_EQ(numberedName("Coach#", 0, 1), "Coach1"); // a final # numbers even one item
+    AssetRow row;
+    row.path = "RailVehicles\\Freight\\HTA\\HTA_Coal.v2.bin";
+    EXPECT_EQ(blueprintStem(row), "HTA_Coal.v2");
     EXPECT_EQ(coachOptions().size(), 8u);
     EXPECT_STREQ(coachOptions()[coachOptionOf("_dead")].caption, "Dead");
     EXPECT_STREQ(coachOptions()[coachOptionOf("")].caption, "Spare");

@@ -8,6 +8,8 @@
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
+#include "velmora/core/templates.h"
+#include "velmora/core/textboundary.h"
 #include "velmora/core/xmltext.h"
 
 #include <algorithm>
@@ -203,7 +205,7 @@ TEST_F(RsEdits, HeadLampsGoOnTopOfTheChildrenWithTheVariantsNames) {
     EXPECT_EQ(valueOf(e.xml, "BlueprintID", e.xml.find(">HeadLamp2<") + 40),
               "Scenery\\Animated\\oillamp_white_drb.xml");
     for (const char* tag : {"Name", "English", "French", "Italian", "German", "Spanish"})
-        EXPECT_EQ(valueOf(e.xml, tag), in.newDisplayName) << tag;
+        EXPECT_EQ(utf8FromDocument(shownName(valueOf(e.xml, tag))), in.newDisplayName) << tag; // escaped in the XML
     EXPECT_TRUE(roundTrips(e.xml));
 
     // Thru Freight: the top lamp, and the middle one at column 7 when the template gives one.
@@ -258,6 +260,17 @@ TEST_F(RsEdits, SettingsNameWhatIsMissing) {
     std::string error = loadRsSettings(*m_ctx, s);
     EXPECT_EQ(error.rfind("You do not appear to have the Light files installed:-\n", 0), 0u) << error;
     EXPECT_NE(error.find("NoSuchLamp.bin"), std::string::npos) << error;
+
+    // The lamp files that come with the program are put in place first, and then found.
+    const fs::path shipped = s_dir / "home/OrvelleLights/Assets/Kuju/RailSimulator/Scenery/Animated";
+    fs::create_directories(shipped);
+    fs::copy_file(s_dir / "rw/Assets/Kuju/RailSimulator/Scenery/Animated/Zugschlusslaterne.bin", shipped / "NoSuchLamp.bin");
+    EXPECT_EQ(loadRsSettings(*m_ctx, s), "");
+    const fs::path installed = s_dir / "rw/Assets/Kuju/RailSimulator/Scenery/Animated/NoSuchLamp.bin";
+    EXPECT_TRUE(fs::exists(installed));
+    EXPECT_EQ(m_ctx->journal().entries().back().command, "Install the lamp files");
+    fs::remove(installed);
+    fs::remove_all(s_dir / "home/OrvelleLights");
 
     // A missing template is named; a user's own copy wins over the shipped one.
     AppContext bare(s_dir / "home", s_dir / "nodata", m_ui);

@@ -21,6 +21,7 @@ int runTestConsistBuilder(int argc, char** argv);
 int runTestQdCheck(int argc, char** argv);
 int runTestApArchives(int argc, char** argv);
 int runTestFrmAssetsAP(int argc, char** argv);
+int runTestFrmAssetsBatch(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -29,7 +30,7 @@ int main(int argc, char** argv) {
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets,
                      runTestFrmContent, runTestFrmDelRoute, runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
-                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP})
+                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

@@ -33,6 +33,14 @@ VariantName withSuffix(const std::string& fileName, const std::string& displayNa
     return {fileName + suffix, displayName + suffix};
 }
 
+std::string blueprintStem(const AssetRow& row) {
+    std::string name = row.path.substr(row.path.find_last_of("\\/") == std::string::npos ? 0
+                                                                                    : row.path.find_last_of("\\/") + 1);
+    if (const auto dot = name.rfind('.'); dot != std::string::npos && dot > 0)
+        name.erase(dot);
+    return name;
+}
+
 std::string numberedName(std::string typed, std::size_t index, std::size_t count) {
     if (count > 1 && (typed.empty() || typed.back() != '#'))
         typed += " #";

@@ -203,6 +203,30 @@ std::vector<const char*> templatesOf(RsCommand command) {
     }
 }
 
+// The lamp assets that come with the program (OrvelleLights\Assets in its folder) copied over the
+// simulator's Assets folder, every file through the write service as one journal entry. Links
+// and anything not a plain file are passed over. False when there is no such folder.
+bool installLightFiles(AppContext& ctx, const fs::path& assets) {
+    fs::path source;
+    for (const fs::path& base : {ctx.appPath(), ctx.dataPath()})
+        if (auto found = ctx.resolver.resolve(base, "OrvelleLights/Assets"); found && fs::is_directory(*found)) {
+            source = *found;
+            break;
+        }
+    if (source.empty())
+        return false;
+    JournalCommand entry(&ctx.journal(), "Install the lamp files");
+    std::error_code ec;
+    for (fs::recursive_directory_iterator it(source, fs::directory_options::skip_permission_denied, ec), end;
+         !ec && it != end; it.increment(ec)) {
+        if (!it->is_regular_file(ec) || it->is_symlink(ec))
+            continue;
+        ctx.files().copy(it->path(), assets / fs::relative(it->path(), source));
+    }
+    ctx.resolver.invalidate();
+    return true;
+}
+
 std::string checkLamp(AppContext& ctx, const RsSettings& settings) {
     if (settings.lamp.blueprint.empty())
         return "No lamp template was chosen.";
@@ -210,6 +234,8 @@ std::string checkLamp(AppContext& ctx, const RsSettings& settings) {
         (settings.trainType < 0 || settings.trainType >= static_cast<int>(trainTypes().size())))
         return "No train type was chosen.";
     const std::string bin = rs::binOf(settings.lamp.blueprint);
+    if (!ctx.resolver.resolve(settings.assets, bin) && installLightFiles(ctx, settings.assets))
+        ctx.resolver.invalidate();
     if (!ctx.resolver.resolve(settings.assets, bin))
         return "You do not appear to have the Light files installed:-\n" +
                (settings.assets / bin).generic_string();

@@ -1,6 +1,7 @@
 #include "dlgcoachname.h"
 
 #include "../common/desktopui.h"
+#include "../common/dialogbuttons.h"
 #include "velmora/assets/renaming.h"
 
 #include <QButtonGroup>
@@ -39,22 +40,10 @@ dlgCoachName::dlgCoachName(std::string fileName, std::string displayName, const 
     }
     connect(group, &QButtonGroup::idClicked, this, &dlgCoachName::Option1_Click);
 
-    auto* ok = new QPushButton(tr("OK"));
-    ok->setObjectName("OKButton");
-    ok->setDefault(true);
-    auto* cancel = new QPushButton(tr("Cancel"));
-    cancel->setObjectName("Command1");
-    connect(ok, &QPushButton::clicked, this, &dlgCoachName::OKButton_Click);
-    connect(cancel, &QPushButton::clicked, this, &dlgCoachName::Command1_Click);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(names);
     layout->addWidget(frame);
-    layout->addLayout(buttons);
+    layout->addLayout(okCancelRow(this, &dlgCoachName::OKButton_Click, &dlgCoachName::Command1_Click, "Command1"));
 
     const std::size_t chosen = assets::coachOptionOf(suffix);
     m_options[chosen]->setChecked(true);

@@ -22,6 +22,10 @@ std::size_t coachOptionOf(const std::string& suffix);
 // The two names with the suffix behind each.
 VariantName withSuffix(const std::string& fileName, const std::string& displayName, const std::string& suffix);
 
+// The blueprint's file name without its extension ("HTA_Coal" for ...\HTA\HTA_Coal.bin): what a
+// variant's name starts from.
+std::string blueprintStem(const AssetRow& row);
+
 // Change Name's names: with several items, a name that does not end in "#" gets " #"; a final
 // "#" becomes the item's running number, from 1.
 std::string numberedName(std::string typed, std::size_t index, std::size_t count);
