@@ -93,15 +93,19 @@ void MassEdit(benchmark::State& state) {
     options.command = "Correct Mass/Capacity of Selected";
     options.threads = static_cast<int>(state.range(0));
     std::size_t written = 0;
+    int run = 0;
     for (auto _ : state) {
         state.PauseTiming();
         clearBackups(root);
+        // A value the wagons do not hold yet, so that every one of them is written.
+        settings.mass = std::to_string(30 + ++run) + "." + std::to_string(state.range(0)) + "5";
         state.ResumeTiming();
         const auto result = assets::runBatch(
             ctx, rows, options, [&](const assets::RowInput& in) { return assets::editRow(settings, in); }, nullptr);
         written = result.rowsWritten;
         if (!result.error.empty() || written != rows.size()) {
-            state.SkipWithError((result.error + " " + std::to_string(result.passedOver.size()) + " passed over").c_str());
+            const std::string first = result.passedOver.empty() ? "" : ", the first: " + result.passedOver[0].reason;
+            state.SkipWithError((result.error + " " + std::to_string(result.passedOver.size()) + " passed over" + first).c_str());
             break;
         }
     }

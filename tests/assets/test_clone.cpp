@@ -273,6 +273,10 @@ TEST_F(DemoClone, RefusalsWriteNothing) {
     r = cloneRow(*m_ctx, row(kHta), CloneKind::Asset, names("..\\HTA", "X", "DemoRail\\Class66Pack\\New"),
                  &m_ui);
     EXPECT_FALSE(r.ok);
+    // A blueprint too high in its product: its vehicle folder would be a whole kind of assets.
+    r = cloneRow(*m_ctx, row("DemoRail/Class66Pack/Scenery/Broken/Empty_Hut.bin"), CloneKind::Vehicle,
+                 names("H", "H", "DemoRail\\Class66Pack\\New"), &m_ui);
+    EXPECT_NE(r.message.find("too high"), std::string::npos) << r.message;
     EXPECT_EQ(filesBelow(assets()).size(), before);
     EXPECT_FALSE(fs::exists(assets() / "DemoRail/Class66Pack/New"));
 }

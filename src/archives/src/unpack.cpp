@@ -12,10 +12,6 @@
 #include <set>
 #include <unordered_map>
 
-#ifdef __linux__
-#include <fcntl.h>
-#include <unistd.h>
-#endif
 
 namespace velmora::archives {
 
@@ -179,27 +175,6 @@ private:
     std::vector<fs::path> m_made;
     std::unordered_map<std::string, std::string> m_checked;
 };
-
-// Makes the data of every staged file durable before any of them takes its name.
-void syncStaged(const fs::path& folder) {
-#ifdef __linux__
-    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd >= 0) {
-        ::syncfs(fd);
-        ::close(fd);
-    }
-#else
-    (void)folder; // staged files are synced one by one there
-#endif
-}
-
-constexpr bool kSyncEachFile =
-#ifdef __linux__
-    false;
-#else
-    true;
-#endif
-
 
 } // namespace
 
@@ -374,7 +349,7 @@ UnpackResult unpackArchive(WriteService& files, const fs::path& archive, const U
     write.backup = options.keepBackups ? Backup::Numbered : Backup::None;
     write.journal = options.keepBackups;
     write.refuseReadOnly = false; // unpacked files are made writable, as the old ones become
-    write.sync = kSyncEachFile;
+    write.sync = kSyncStagedEachFile;
     Folders folders(destination);
     std::vector<Planned*> staged;
     auto undoStaging = [&] {

@@ -10,10 +10,6 @@
 #include <set>
 #include <utility>
 
-#ifdef __linux__
-#include <fcntl.h>
-#include <unistd.h>
-#endif
 
 namespace velmora::assets {
 
@@ -113,24 +109,31 @@ std::string badVariantName(const VariantName& name) {
     return {};
 }
 
-void syncStaged(const fs::path& folder) {
-#ifdef __linux__
-    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd >= 0) {
-        ::syncfs(fd);
-        ::close(fd);
+// Each output of a row written beside its place under a temporary name, on the worker's thread:
+// the write service's prepare touches nothing shared. A row whose outputs cannot all be staged
+// keeps none of them and is passed over with the reason.
+void stage(WriteService& files, Prepared& p, const WriteOptions& write) {
+    if (!p.passedOver.empty())
+        return;
+    for (Output& o : p.outputs) {
+        const std::string& bytes = o.bytes;
+        const WriteResult w = files.prepare(
+            o.target, [&bytes](const ByteSink& sink) { return sink(bytes.data(), bytes.size()); }, write, o.prepared);
+        if (!w) {
+            for (Output& done : p.outputs)
+                files.discard(done.prepared);
+            p.passedOver = w.message;
+            return;
+        }
+        std::string().swap(o.bytes); // on the disk now; the memory goes back
     }
-#else
-    (void)folder; // files are synced one by one there
-#endif
 }
 
-constexpr bool kSyncEachFile =
-#ifdef __linux__
-    false;
-#else
-    true;
-#endif
+void discardAll(WriteService& files, std::vector<Prepared>& rows) {
+    for (Prepared& p : rows)
+        for (Output& o : p.outputs)
+            files.discard(o.prepared);
+}
 
 } // namespace
 
@@ -143,9 +146,11 @@ BatchResult runBatch(AppContext& ctx, const std::vector<AssetRow>& rows, const B
         files[i] = rowFile(ctx, rows[i]);
     const bool variants = options.store == Store::NewName;
 
+    WriteOptions write;
+    write.sync = kSyncStagedEachFile;
     std::vector<Prepared> edited = parallelMap<Prepared>(
         rows.size(), options.threads, ui, options.command, result.stopped, [&](std::size_t i) {
-            return onePiece(
+            Prepared p = onePiece(
                 [&] {
                     if (variants) {
                         if (i >= options.names.size())
@@ -156,51 +161,37 @@ BatchResult runBatch(AppContext& ctx, const std::vector<AssetRow>& rows, const B
                     return editOne(i, rows[i], files[i], assets, variants ? &options.names[i] : nullptr, edit);
                 },
                 [&](std::string why) { return Prepared{{}, files[i].string() + ": " + why, {}}; });
+            stage(ctx.files(), p, write);
+            return p;
         });
-    if (result.stopped)
-        return result; // Abort before anything was written: nothing was
+    if (result.stopped) {
+        discardAll(ctx.files(), edited); // Abort before anything took its name: nothing did
+        return result;
+    }
 
-    // Every file of every row is made ready beside its place; a row whose files cannot all be
-    // made ready is passed over as a whole.
-    WriteOptions write;
-    write.sync = kSyncEachFile;
+    // Every file of every row lies ready beside its place. Two rows that would write one file:
+    // the later one is passed over.
     std::set<std::string> taken;
     std::vector<std::size_t> staged;
     bool replaces = false;
     for (std::size_t i = 0; i < edited.size(); ++i) {
         Prepared& p = edited[i];
-        const std::string name = rows[i].relativePath();
         if (p.passedOver.empty())
             for (const Output& o : p.outputs)
                 if (taken.count(lowerPath(o.target))) {
                     p.passedOver = o.target.string() + " is written by an earlier row of this batch";
+                    for (Output& mine : p.outputs)
+                        ctx.files().discard(mine.prepared);
                     break;
                 }
         if (!p.passedOver.empty()) {
-            result.passedOver.push_back({name, p.passedOver});
+            result.passedOver.push_back({rows[i].relativePath(), p.passedOver});
             continue;
         }
-        std::string failed;
-        for (Output& o : p.outputs) {
-            const std::string& bytes = o.bytes;
-            const WriteResult w = ctx.files().prepare(
-                o.target,
-                [&bytes](const ByteSink& sink) { return sink(bytes.data(), bytes.size()); }, write, o.prepared);
-            if (!w) {
-                failed = w.message;
-                break;
-            }
-            std::string().swap(o.bytes); // on the disk now; the memory goes back
+        for (const Output& o : p.outputs) {
+            taken.insert(lowerPath(o.target));
             replaces = replaces || o.prepared.existed;
         }
-        if (!failed.empty()) {
-            for (Output& o : p.outputs)
-                ctx.files().discard(o.prepared);
-            result.passedOver.push_back({name, failed});
-            continue;
-        }
-        for (const Output& o : p.outputs)
-            taken.insert(lowerPath(o.target));
         staged.push_back(i);
     }
     if (replaces)

@@ -214,7 +214,9 @@ std::string englishName(AppContext& ctx, const AssetRow& row) {
 void cloneFolder(Job& job, bool vehicle) {
     const std::vector<std::string> below = sourceElements(job.row); // folders below the product
     const std::size_t kept = vehicle ? 2 : 1;                       // the folders not copied as a whole
-    if (below.size() < kept) {
+    // The folder copied must be an item's own, not a whole kind of the product: a blueprint
+    // that lies in RailVehicles\Engine\ would otherwise take every vehicle of RailVehicles along.
+    if (below.size() < kept + 1) {
         job.result.message = job.source.string() + ": the blueprint lies too high in its product to clone " +
                              (vehicle ? "its vehicle folder" : "its folder");
         return;
@@ -264,34 +266,47 @@ void cloneFolder(Job& job, bool vehicle) {
         folders.insert((job.targetDir / rel).parent_path());
     for (const fs::path& folder : folders)
         MakePath(folder);
-    // Each file waits for its sync on its own: two at a time keep the disk busy.
+    // Every file staged beside its place on all cores; then, with the data on the disk where a
+    // file is replaced, each takes its name. A failure or Abort leaves nothing of the clone.
     struct Copied {
-        WriteResult written;
+        PreparedFile prepared;
+        WriteResult staged;
         bool unreadable = false;
     };
+    WriteOptions write;
+    write.sync = kSyncStagedEachFile;
     bool stopped = false;
-    const std::vector<Copied> copied = parallelMap<Copied>(
+    std::vector<Copied> copied = parallelMap<Copied>(
         files.size(), 0, job.ui, "Cloning " + sourceDir.filename().string(), stopped, [&](std::size_t i) {
             Copied c;
             const fs::path from = sourceDir / files[i];
             if (!canOpen(from))
                 c.unreadable = true;
             else
-                c.written = job.ctx.files().copy(from, job.targetDir / files[i]);
+                c.staged = job.ctx.files().prepareCopy(from, job.targetDir / files[i], write, c.prepared);
             return c;
         });
     bool ok = !stopped;
     if (stopped)
         job.result.message = "Stopped: the clone was not finished.";
-    for (std::size_t i = 0; i < copied.size(); ++i) {
-        if (copied[i].unreadable)
-            passOverUnreadable(job, sourceDir / files[i]);
-        else if (copied[i].written.ok)
-            (void)recorded(job, copied[i].written);
-        else if (!copied[i].written.message.empty() && ok) {
-            job.result.message = copied[i].written.message;
+    for (std::size_t i = 0; i < copied.size() && ok; ++i)
+        if (!copied[i].unreadable && !copied[i].staged.ok && !copied[i].staged.message.empty()) {
+            job.result.message = copied[i].staged.message;
             ok = false;
         }
+    if (ok && std::any_of(copied.begin(), copied.end(), [](const Copied& c) { return c.prepared.existed; }))
+        syncStaged(job.targetDir);
+    for (std::size_t i = 0; i < copied.size(); ++i) {
+        if (copied[i].unreadable) {
+            passOverUnreadable(job, sourceDir / files[i]);
+            continue;
+        }
+        if (!ok) {
+            job.ctx.files().discard(copied[i].prepared);
+            continue;
+        }
+        if (!copied[i].prepared.temp.empty() && !recorded(job, job.ctx.files().commit(copied[i].prepared, write)))
+            ok = false;
     }
     if (!ok || !writeFile(job, newBlueprint, bin)) {
         takeBack(job);

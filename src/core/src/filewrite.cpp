@@ -586,6 +586,32 @@ std::string WriteService::putBack(const std::vector<WriteResult>& written) {
     return lost;
 }
 
+void syncStaged(const fs::path& anyPath) {
+#ifdef __linux__
+    const int fd = ::open(anyPath.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd >= 0) {
+        ::syncfs(fd);
+        ::close(fd);
+    }
+#else
+    (void)anyPath;
+#endif
+}
+
+WriteResult WriteService::prepareCopy(const fs::path& source, const fs::path& target, const WriteOptions& options,
+                                      PreparedFile& file) {
+    std::string bytes;
+    std::error_code ec;
+    if (!readWhole(source, bytes, ec)) {
+        WriteResult r;
+        r.target = target;
+        r.message = source.string() + ": cannot be read (" + ec.message() + "). Nothing was written to " +
+                    target.string() + ".";
+        return r;
+    }
+    return prepare(target, [&bytes](const ByteSink& sink) { return sink(bytes.data(), bytes.size()); }, options, file);
+}
+
 WriteResult WriteService::copy(const fs::path& source, const fs::path& target, const WriteOptions& options) {
     std::string bytes;
     std::error_code ec;

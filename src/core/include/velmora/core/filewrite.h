@@ -110,6 +110,19 @@ struct PreparedFile {
     std::string sha256; // when the write is journalled
 };
 
+// Many files staged with prepare() are made durable together: on Linux one call syncs the whole
+// file system (syncfs) before they take their names, so each is staged without a sync of its
+// own; elsewhere each is synced as it is staged. Only a file that replaces another needs its
+// data on the disk before it takes the name: a new one lost in a power cut leaves nothing of
+// the user's worse than before.
+#ifdef __linux__
+inline constexpr bool kSyncStagedEachFile = false;
+#else
+inline constexpr bool kSyncStagedEachFile = true;
+#endif
+// Syncs the file system `anyPath` lies on (nothing where files were synced one by one).
+void syncStaged(const fs::path& anyPath);
+
 class WriteService {
 public:
     explicit WriteService(UserInterface* ui = nullptr, Journal* journal = nullptr);
@@ -136,6 +149,9 @@ public:
     // Takes a file that another program has finished (an archive libzip or 7-Zip wrote) as the
     // prepared content of `target`. It must lie in the target's folder; it is synced, measured
     // and, for the journal, hashed. On failure it is removed.
+    // prepare() with the content of the file `source`.
+    WriteResult prepareCopy(const fs::path& source, const fs::path& target, const WriteOptions& options,
+                            PreparedFile& file);
     WriteResult adopt(const fs::path& finished, const fs::path& target, const WriteOptions& options,
                       PreparedFile& file);
     void discard(PreparedFile& file);
