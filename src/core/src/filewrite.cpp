@@ -598,30 +598,31 @@ void syncStaged(const fs::path& anyPath) {
 #endif
 }
 
+namespace {
+// What a copy says when its source cannot be read; nothing is written then.
+WriteResult unreadableSource(const fs::path& source, const fs::path& target, const std::error_code& ec) {
+    WriteResult r;
+    r.target = target;
+    r.message = source.string() + ": cannot be read (" + ec.message() + "). Nothing was written to " +
+                target.string() + ".";
+    return r;
+}
+} // namespace
+
 WriteResult WriteService::prepareCopy(const fs::path& source, const fs::path& target, const WriteOptions& options,
                                       PreparedFile& file) {
     std::string bytes;
     std::error_code ec;
-    if (!readWhole(source, bytes, ec)) {
-        WriteResult r;
-        r.target = target;
-        r.message = source.string() + ": cannot be read (" + ec.message() + "). Nothing was written to " +
-                    target.string() + ".";
-        return r;
-    }
+    if (!readWhole(source, bytes, ec))
+        return unreadableSource(source, target, ec);
     return prepare(target, [&bytes](const ByteSink& sink) { return sink(bytes.data(), bytes.size()); }, options, file);
 }
 
 WriteResult WriteService::copy(const fs::path& source, const fs::path& target, const WriteOptions& options) {
     std::string bytes;
     std::error_code ec;
-    if (!readWhole(source, bytes, ec)) {
-        WriteResult r;
-        r.target = target;
-        r.message = source.string() + ": cannot be read (" + ec.message() + "). Nothing was written to " +
-                    target.string() + ".";
-        return r;
-    }
+    if (!readWhole(source, bytes, ec))
+        return unreadableSource(source, target, ec);
     return write(target, bytes, options);
 }
 
