@@ -57,6 +57,14 @@ protected:
     }
 };
 
+// The variant gets the display name it was given, nothing else changes.
+RowEdit renamed(const RowInput& in) {
+    RowEdit e;
+    e.xml = in.xml;
+    renameBlueprint(e.xml, in.newDisplayName);
+    return e;
+}
+
 RowEditor appendComment(const std::string& word) {
     return [word](const RowInput& in) {
         RowEdit e;
@@ -164,12 +172,7 @@ TEST_F(BatchEdit, VariantsGoBesideTheSourceUnderPlainNamesOnly) {
     o.command = "Make Selected Stock Dead";
     o.store = Store::NewName;
     o.names = {{"HTA_Coal_Dead", "HTA Dead"}, {"../../Escaped", "x"}, {"HTA_Coal_Dead", "again"}};
-    const BatchResult r = runBatch(*m_ctx, rows, o, [](const RowInput& in) {
-        RowEdit e;
-        e.xml = in.xml;
-        renameBlueprint(e.xml, in.newDisplayName);
-        return e;
-    }, nullptr);
+    const BatchResult r = runBatch(*m_ctx, rows, o, renamed, nullptr);
     EXPECT_EQ(r.rowsWritten, 1u) << describe(r);
     EXPECT_TRUE(fs::exists(file("DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal_Dead.bin")));
     EXPECT_EQ(english("DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal_Dead.bin"), "HTA Dead");
@@ -177,8 +180,26 @@ TEST_F(BatchEdit, VariantsGoBesideTheSourceUnderPlainNamesOnly) {
     EXPECT_NE(r.passedOver[0].reason.find("not a file name"), std::string::npos);
     EXPECT_NE(r.passedOver[1].reason.find("earlier row"), std::string::npos);
     EXPECT_FALSE(fs::exists(s_dir / "rw/Assets/Heritage/Escaped.bin"));
+
+    // The same variant again: its name is taken now, and only a Yes replaces it.
+    const std::string dead = "DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal_Dead.bin";
+    const auto first = ReadTextFile(file(dead));
+    o.names = {{"HTA_Coal_Dead", "HTA Dead again"}};
+    ScriptedUi ui;
+    ui.pushAnswer(Answer::No);
+    BatchResult again = runBatch(*m_ctx, {row(kWagon)}, o, renamed, &ui);
+    EXPECT_EQ(again.rowsWritten, 0u);
+    ASSERT_EQ(again.passedOver.size(), 1u);
+    EXPECT_NE(again.passedOver[0].reason.find("exists already"), std::string::npos);
+    EXPECT_EQ(ReadTextFile(file(dead)), first);
+    ui.pushAnswer(Answer::Yes);
+    again = runBatch(*m_ctx, {row(kWagon)}, o, renamed, &ui);
+    EXPECT_EQ(again.rowsWritten, 1u);
+    EXPECT_EQ(english(dead), "HTA Dead again");
+    EXPECT_EQ(ReadTextFile(file(dead + ".bak")), first);
     undoLast();
-    EXPECT_FALSE(fs::exists(file("DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal_Dead.bin")));
+    undoLast();
+    EXPECT_FALSE(fs::exists(file(dead)));
 }
 
 TEST_F(BatchEdit, AFailureWhileStoringPutsBackWhatTheBatchHadWritten) {

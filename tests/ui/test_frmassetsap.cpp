@@ -4,6 +4,7 @@
 #include "archives/frmassetsap.h"
 #include "editor/frmeditor.h"
 #include "demoscreens.h"
+#include "velmora/core/journal.h"
 #include "velmora/core/services.h"
 
 #include <QAction>
@@ -107,6 +108,33 @@ private slots:
         // Clear All empties the three grids.
         screen->Command7_Click();
         QCOMPARE(screen->apGrid()->rowCount() + entries->rowCount() + grid->rowCount(), 0);
+    }
+
+    void correctProviderWorksOnTheMainGridsRows() {
+        ui::frmAssetsAP screen(*m_demo.ctx);
+        QVERIFY(screen.findChild<QAction*>("mnuClone") && screen.findChild<QAction*>("mnuCloneDefault"));
+        QAction* provider = screen.findChild<QAction*>("mnuCProv");
+        QVERIFY(provider);
+        provider->trigger(); // nothing in the grid, nothing selected
+        QVERIFY(m_demo.prompted("You do not appear to have selected any items in the grid?"));
+
+        // A row of an asset that is on disk: its coupling's provider word changes, kept as a backup.
+        QTableWidget* grid = screen.grid();
+        grid->insertRow(0);
+        const QStringList cells = {"DemoRail", "Class66Pack", "RailVehicles\\Freight\\HTA\\HTA_Coal.bin", "HTA", "Yes",
+                                   "Freight", "WagonBlueprint", "1"};
+        for (int c = 0; c < cells.size(); ++c)
+            grid->setItem(0, c, new QTableWidgetItem(cells[c]));
+        grid->selectRow(0);
+        QCOMPARE(screen.selectedAssetRows().size(), std::size_t(1));
+        m_demo.ui->pushText("Class66Pack");
+        m_demo.ui->pushText("Class66Pack2");
+        provider->trigger();
+        const fs::path wagon = m_demo.dir / "rw/Assets/DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin";
+        QVERIFY(fs::exists(wagon.string() + ".bak"));
+        QVERIFY(m_demo.prompted("Your asset(s) has been modified as requested."));
+        const auto last = lastUndoableEntry(m_demo.ctx->journal().entries());
+        QVERIFY(last && undoEntry(m_demo.ctx->files(), *last, false).ok);
     }
 
     void openInEditorWithoutAnArchiveSaysSo() {

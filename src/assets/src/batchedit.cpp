@@ -5,6 +5,7 @@
 #include "velmora/core/convert.h"
 #include "velmora/core/parallel.h"
 #include "velmora/core/textboundary.h"
+#include "velmora/core/userinterface.h"
 
 #include <algorithm>
 #include <set>
@@ -22,6 +23,7 @@ struct Output {
     fs::path target;
     std::string bytes;
     PreparedFile prepared;
+    bool variant = false; // a changed item beside its source under a new name
 };
 
 // What the parallel half made of one row.
@@ -86,6 +88,7 @@ Prepared editOne(std::size_t index, const AssetRow& row, const fs::path& file, c
             out.passedOver = why;
             return out;
         }
+        out.outputs.back().variant = name && lowerPath(target) != lowerPath(file);
     }
     for (auto& d : e.documents)
         if (!encode(d.target, d.xml, out.outputs, why)) {
@@ -193,6 +196,31 @@ BatchResult runBatch(AppContext& ctx, const std::vector<AssetRow>& rows, const B
             replaces = replaces || o.prepared.existed;
         }
         staged.push_back(i);
+    }
+    // A variant whose name is taken replaces that file only when the user says so.
+    std::vector<std::size_t> existing;
+    std::string names;
+    for (std::size_t i : staged)
+        for (const Output& o : edited[i].outputs)
+            if (o.variant && o.prepared.existed) {
+                existing.push_back(i);
+                if (existing.size() <= 10)
+                    names += "  " + o.target.string() + "\n";
+            }
+    if (!existing.empty()) {
+        if (existing.size() > 10)
+            names += "  and " + std::to_string(existing.size() - 10) + " more\n";
+        const bool replace = ui && ui->ask("These items exist already:\n" + names +
+                                               "Replace them? Each old file is kept as its backup.",
+                                           Buttons::YesNo, Icon::Question, options.command) == Answer::Yes;
+        if (!replace) {
+            for (std::size_t i : existing) {
+                for (Output& o : edited[i].outputs)
+                    ctx.files().discard(o.prepared);
+                result.passedOver.push_back({rows[i].relativePath(), "a file of the new name exists already; it was not replaced"});
+            }
+            std::erase_if(staged, [&](std::size_t i) { return std::find(existing.begin(), existing.end(), i) != existing.end(); });
+        }
     }
     if (replaces)
         syncStaged(assets);

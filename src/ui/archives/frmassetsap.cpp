@@ -1,5 +1,7 @@
 #include "frmassetsap.h"
 
+#include "../assets/assetbatch.h"
+
 #include "../assets/assetgridview.h"
 #include "../common/desktopui.h"
 #include "../common/frmreport.h"
@@ -18,6 +20,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSplitter>
@@ -156,6 +159,28 @@ void frmAssetsAP::buildWidgets() {
     layout->addWidget(lists, 1);
     layout->addWidget(m_total);
     updateCounts();
+
+    // The clones and Correct Provider on the main grid's rows, as in the asset screen. They work
+    // on the files below Assets: an asset that is only in its archive is named as missing.
+    m_batch = new AssetBatchCommands(m_ctx, this, [this] { return selectedAssetRows(); });
+    connect(m_batch, &AssetBatchCommands::reportShown, this, &frmAssetsAP::reportShown);
+    m_batch->addCloneMenu(menuBar(), {"mnuClone", "mnuCloneDefault"});
+    QMenu* edit = menuBar()->addMenu(caption(m_ctx, 303, "Edit Rolling Stock"));
+    edit->setObjectName("mnuEditRS");
+    QAction* provider = edit->addAction(caption(m_ctx, 514, "Correct Provider"));
+    provider->setObjectName("mnuCProv");
+    connect(provider, &QAction::triggered, this, [this] { m_batch->editRollingStock(assets::RsCommand::Provider); });
+}
+
+std::vector<assets::AssetRow> frmAssetsAP::selectedAssetRows() const {
+    std::vector<assets::AssetRow> rows;
+    for (const QModelIndex& index : m_grid->selectionModel()->selectedRows()) {
+        std::vector<std::string> c;
+        for (int column = 0; column < 8; ++column)
+            c.push_back(fromQt(cell(m_grid, index.row(), column)));
+        rows.push_back({c[0], c[1], c[2], c[3], c[4], c[5], c[6], c[7]});
+    }
+    return rows;
 }
 
 void frmAssetsAP::updateCounts() {

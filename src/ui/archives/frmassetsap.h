@@ -4,6 +4,7 @@
 // filter, and the chosen ones sent to the eight-column grid, without unpacking the archive.
 
 #include "velmora/archives/zipreader.h"
+#include "velmora/assets/assetgrid.h"
 #include "velmora/core/appcontext.h"
 
 #include <QMainWindow>
@@ -19,6 +20,8 @@ class QTableWidget;
 
 namespace velmora::ui {
 
+class AssetBatchCommands;
+
 class frmAssetsAP : public QMainWindow {
     Q_OBJECT
 public:
@@ -32,6 +35,10 @@ public:
     QCheckBox* rollingStock() const { return m_rollingStock; } // Check1
     // The archive open now; empty when none is.
     const std::filesystem::path& openArchivePath() const { return m_archive; }
+    // The main grid's selected rows, in selection order.
+    std::vector<assets::AssetRow> selectedAssetRows() const;
+    // The clones and Correct Provider on those rows.
+    AssetBatchCommands* batch() const { return m_batch; }
 
 public slots:
     void Command5_Click();  // Find .ap files
@@ -70,6 +77,7 @@ private:
 
     archives::ZipReader m_zip;
     std::filesystem::path m_archive;
+    AssetBatchCommands* m_batch = nullptr;
 };
 
 } // namespace velmora::ui

@@ -3,9 +3,7 @@
 
 #include "listscreen.h"
 #include "velmora/assets/assetlist.h"
-#include "velmora/assets/batchedit.h"
-#include "velmora/assets/clone.h"
-#include "velmora/assets/rsedits.h"
+#include "assetbatch.h"
 #include "velmora/assets/checks.h"
 #include "velmora/core/appcontext.h"
 
@@ -55,26 +53,10 @@ public slots:
     void copySelectionToClipboard();
     void Command17_Click();      // Rename Selected Asset: Change Name
     void mnuChangeName_Click();
-    void mnuClone_Click();
-    void mnuCloneDefault_Click();
-    void mnuRB_Click();
-    void mnuCloneReskin_Click();
-    // A command of the Edit Rolling Stock menu on the selected rows.
-    void editRollingStock(assets::RsCommand command);
 
 public:
     // The dialogs the batch commands ask through; tests put in their own answers.
-    struct BatchDialogs {
-        std::function<std::optional<assets::VariantName>(const std::string& fileName, const std::string& displayName,
-                                                         const std::string& suffix)>
-            coachName; // dlgCoachName
-        std::function<std::optional<assets::CloneNames>(const assets::CloneNames& prefill, bool withCategory)>
-            newName; // dlgNewName, dlgNewName22
-        std::function<std::optional<std::pair<std::size_t, std::size_t>>(const assets::LampTable&)> head; // dlgHead
-        std::function<std::optional<std::size_t>(const assets::LampTable&)> tail;                          // dlgTail
-        std::function<std::optional<std::pair<std::string, std::string>>()> mass;                          // dlgMass
-    };
-    BatchDialogs& dialogs() { return m_dialogs; }
+    AssetBatchCommands::Dialogs& dialogs();
 
 signals:
     void listBuilt();
@@ -115,21 +97,8 @@ private:
 
     // The batch edits (frmassets_batch.cpp).
     void buildBatchMenus();
-    // The selected rows, or nothing after saying that none is selected.
-    std::optional<std::vector<assets::AssetRow>> batchRows();
-    assets::BatchResult runRowBatch(const std::vector<assets::AssetRow>& rows, const assets::BatchOptions& options,
-                                    const assets::RowEditor& edit);
-    // The error, or the report of rows passed over and the closing message; false when nothing
-    // was written.
-    bool finishBatch(const assets::BatchResult& result, const std::string& done);
+    AssetBatchCommands* m_batch = nullptr;
     QMenu* m_editAssetsMenu = nullptr; // mnuEdAss
-    BatchDialogs realDialogs();
-    BatchDialogs m_dialogs;
-    void buildCloneMenu();
-    void cloneRows(assets::CloneKind kind, const std::string& command, bool firstOnly);
-    // The notice and the dialog of a rolling-stock command, then its templates; false when the
-    // user cancelled or something it needs is missing (said by then).
-    bool askRsSettings(assets::RsSettings& settings);
     bool haveSelection();
 };
 
