@@ -222,6 +222,23 @@ TEST_F(BatchEdit, AFailureWhileStoringPutsBackWhatTheBatchHadWritten) {
         EXPECT_EQ(e.path().filename().string().find(".velmora-tmp"), std::string::npos) << e.path();
 }
 
+TEST_F(BatchEdit, AFullDiskWhileStagingWritesNothingAndNamesEveryRow) {
+    const std::vector<AssetRow> rows = {row(kLoco), row(kWagon)};
+    const std::string loco = ReadTextFile(file(kLoco)), wagon = ReadTextFile(file(kWagon));
+    test::FaultyFiles full(WriteStep::Write, std::errc::no_space_on_device);
+    m_ctx->files().setFileOps(&full);
+    BatchOptions o;
+    o.command = "Correct test";
+    o.threads = 1;
+    const BatchResult r = runBatch(*m_ctx, rows, o, appendComment("full"), nullptr);
+    m_ctx->files().setFileOps(nullptr);
+    EXPECT_EQ(r.rowsWritten, 0u);
+    EXPECT_NE(r.error.find(file(kLoco).filename().string()), std::string::npos) << r.error;
+    EXPECT_NE(r.error.find("nothing of it was written"), std::string::npos) << r.error;
+    EXPECT_EQ(ReadTextFile(file(kLoco)), loco);
+    EXPECT_EQ(ReadTextFile(file(kWagon)), wagon);
+}
+
 TEST_F(BatchEdit, AbortBeforeStoringWritesNothing) {
     ScriptedUi ui;
     ui.cancelAfter(0);

@@ -31,6 +31,7 @@ struct Prepared {
     std::vector<Output> outputs;
     std::string passedOver;
     std::vector<std::string> notes;
+    bool diskFailed = false; // the disk refused the data (full, or failing): the batch stops
 };
 
 std::string lowerPath(const fs::path& p) {
@@ -126,6 +127,7 @@ void stage(WriteService& files, Prepared& p, const WriteOptions& write) {
             for (Output& done : p.outputs)
                 files.discard(done.prepared);
             p.passedOver = w.message;
+            p.diskFailed = w.failedStep == WriteStep::Write || w.failedStep == WriteStep::Sync;
             return;
         }
         std::string().swap(o.bytes); // on the disk now; the memory goes back
@@ -169,6 +171,13 @@ BatchResult runBatch(AppContext& ctx, const std::vector<AssetRow>& rows, const B
         });
     if (result.stopped) {
         discardAll(ctx.files(), edited); // Abort before anything took its name: nothing did
+        return result;
+    }
+    // A disk that cannot take the data fails every row after it: the batch stops whole.
+    if (const auto full = std::find_if(edited.begin(), edited.end(), [](const Prepared& p) { return p.diskFailed; });
+        full != edited.end()) {
+        discardAll(ctx.files(), edited);
+        result.error = full->passedOver + " The batch was stopped; nothing of it was written.";
         return result;
     }
 
