@@ -3,8 +3,8 @@
 #   1. `velmora-cli save` of a 7 MB document killed with SIGKILL at random moments, N times:
 #      the document must be the whole old file or the whole new one every time.
 #   2. On a 2 MB tmpfs filled to the last byte: `save`, `assets use-in-scenarios`,
-#      `assets remove-children` and `ap unpack` must fail with exit code 2 and leave every
-#      original byte for byte.
+#      `assets remove-children`, `assets edit-rs mass`, `assets clone-vehicle` and `ap unpack`
+#      must fail with exit code 2 and leave every original byte for byte.
 #   3. `velmora-cli ap unpack` of a route's archive killed at random moments, N times: every file
 #      it unpacked is whole (as 7zz unpacks it), and no file that was there before is touched.
 # Prints one line per drill and exits non-zero when any round went wrong.
@@ -146,6 +146,10 @@ if [ -n "$child" ]; then
 else
   echo "full-disk drill: remove-children: skipped (the engine lists no child entries)"
 fi
+run_full "edit-rs mass" "$BIN/velmora-cli" --home "$WORK/home" --railworks "$RW" assets edit-rs mass \
+  "DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin" "$engine" --mass 12.5 --capacity 40
+run_full "clone-vehicle" "$BIN/velmora-cli" --home "$WORK/home" --railworks "$RW" --yes assets clone-vehicle \
+  "$engine" --as DemoRail/Class66Pack/RailVehicles/Diesel/Class66Copy
 run_full "ap unpack" "$BIN/velmora-cli" --home "$WORK/home" --railworks "$RW" ap unpack \
   "$RW/Assets/Heritage/SteamDays/SteamDaysAssets.ap"
 

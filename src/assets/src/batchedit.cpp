@@ -127,7 +127,8 @@ void stage(WriteService& files, Prepared& p, const WriteOptions& write) {
             for (Output& done : p.outputs)
                 files.discard(done.prepared);
             p.passedOver = w.message;
-            p.diskFailed = w.failedStep == WriteStep::Write || w.failedStep == WriteStep::Sync;
+            p.diskFailed = w.failedStep == WriteStep::Write || w.failedStep == WriteStep::Sync ||
+                           w.error == std::errc::no_space_on_device || w.error == std::errc::io_error;
             return;
         }
         std::string().swap(o.bytes); // on the disk now; the memory goes back

@@ -378,6 +378,7 @@ WriteResult WriteService::prepare(const fs::path& requested, const Producer& pro
             m_ops->remove(file.temp);
         file.temp.clear();
         r.failedStep = step;
+        r.error = ec;
         r.message = failureText(target, step, ec, existed);
         return r;
     }

@@ -78,6 +78,7 @@ struct WriteResult {
     bool ok = false;
     std::string message;                 // on failure: the file, the step, the reason
     std::optional<WriteStep> failedStep; // empty when the failure came before any step
+    std::error_code error;               // the system's reason for a failed step, where it gave one
     fs::path target;                     // the file written (a link is written through)
     fs::path backup;                     // the numbered backup made, empty when none
     bool created = false;                // there was no file of that name before
