@@ -109,6 +109,21 @@ private slots:
         QVERIFY(!name.names()); // the folder box is empty: the dialog stays open and says so
         QVERIFY(name.problem()->text().contains("failed to complete"));
 
+        // The lamp dialogs offer the table's templates and the nine train types.
+        assets::LampTable table;
+        std::string error;
+        QVERIFY(assets::readLampTable(m_demo.ctx->dataPath() / "Templates/UKLights.txt", table, error));
+        ui::dlgHead head(table);
+        QCOMPARE(head.templates()->count(), static_cast<int>(table.heads.size()));
+        QCOMPARE(head.trainTypes()->count(), 9);
+        head.trainTypes()->setCurrentRow(4);
+        head.findChild<QPushButton*>("OKButton")->click();
+        QCOMPARE(head.choice()->second, std::size_t(4));
+        ui::dlgTail tail(table);
+        tail.templates()->selectRow(static_cast<int>(table.tails.size()) - 1);
+        tail.findChild<QPushButton*>("OKButton")->click();
+        QCOMPARE(*tail.choice(), table.tails.size() - 1);
+
         ui::dlgMass mass;
         mass.massBox()->setText("12,5t");
         mass.capacityBox()->setText("50");
