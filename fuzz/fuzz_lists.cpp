@@ -1,7 +1,9 @@
-// The comma and tab lists: RouteIndex.csv, MissingAssets.csv, MissingFiles.txt and the asset
-// lists in their three forms. What is written in a form must read back the same.
+// The comma and tab lists: RouteIndex.csv, MissingAssets.csv, MissingFiles.txt, the asset
+// lists in their three forms and the lamp table UKLights.txt. What is written in a form must
+// read back the same; every lamp template read is whole.
 #include "fuzzinput.h"
 #include "velmora/assets/assetgrid.h"
+#include "velmora/assets/rsedits.h"
 #include "velmora/core/routeindex.h"
 #include "velmora/core/services.h"
 
@@ -20,6 +22,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const auto file = fuzz::scratchFile(in, extension);
         std::vector<velmora::assets::AssetRow> rows;
         velmora::assets::loadAssetList(file, velmora::assets::listFormOf(file), rows);
+    }
+    velmora::assets::LampTable lamps;
+    std::string error;
+    if (velmora::assets::readLampTable(fuzz::scratchFile(in, ".txt"), lamps, error)) {
+        for (const auto* list : {&lamps.heads, &lamps.tails})
+            for (const auto& lamp : *list)
+                if (lamp.blueprint.size() < 3 || lamp.line == 0 || (list == &lamps.tails) != (lamp.columns[6] == "0"))
+                    __builtin_trap();
+    } else if (error.empty()) {
+        __builtin_trap(); // a refused table always says why
     }
     return 0;
 }
