@@ -61,14 +61,14 @@ bool encode(const fs::path& target, const std::string& xml, std::vector<Output>&
 }
 
 Prepared editOne(std::size_t index, const AssetRow& row, const fs::path& file, const fs::path& assets, const VariantName* name,
-                 const RowEditor& edit) {
+                 bool read, const RowEditor& edit) {
     Prepared out;
     RowInput input;
     input.row = &row;
     input.index = index;
     input.file = file;
     input.assets = assets;
-    if (const ConvertResult r = binToXmlText(file, input.xml); !r) {
+    if (const ConvertResult r = read ? binToXmlText(file, input.xml) : ConvertResult{true, {}}; !r) {
         out.passedOver = r.message.empty() ? file.string() + ": cannot be read" : r.message;
         return out;
     }
@@ -164,7 +164,8 @@ BatchResult runBatch(AppContext& ctx, const std::vector<AssetRow>& rows, const B
                         if (std::string bad = badVariantName(options.names[i]); !bad.empty())
                             return Prepared{{}, bad, {}};
                     }
-                    return editOne(i, rows[i], files[i], assets, variants ? &options.names[i] : nullptr, edit);
+                    return editOne(i, rows[i], files[i], assets, variants ? &options.names[i] : nullptr,
+                                   options.readRows, edit);
                 },
                 [&](std::string why) { return Prepared{{}, files[i].string() + ": " + why, {}}; });
             stage(ctx.files(), p, write);
@@ -264,8 +265,9 @@ BatchResult runBatch(AppContext& ctx, const std::vector<AssetRow>& rows, const B
         ++result.rowsWritten;
     }
     // The simulator builds its cache of a product's blueprints again once it is gone.
-    for (const auto& [provider, product] : products)
-        removeBlueprintCache(ctx, provider, product);
+    if (options.removesCache)
+        for (const auto& [provider, product] : products)
+            removeBlueprintCache(ctx, provider, product);
     ctx.resolver.invalidate();
     return result;
 }

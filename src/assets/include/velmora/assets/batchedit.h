@@ -71,6 +71,12 @@ struct BatchOptions {
     Store store = Store::InPlace;
     std::vector<VariantName> names; // Store::NewName: one a row, in row order
     int threads = 0;                // 0: one per core
+    // false: the rows are not documents to convert (textures overwritten whole); the edit gets
+    // an empty text and says what to write through RowEdit::files.
+    bool readRows = true;
+    // false: the batch changes no blueprint (only shapes or textures), so the simulator's
+    // cache of its products' blueprints (BluePrints.pak) is kept.
+    bool removesCache = true;
 };
 
 struct PassedOver {
