@@ -129,6 +129,9 @@ std::string geometryXml(Context& ctx, const std::string& nodeName, const std::ve
         x.ref("VertexType", vertexType);
         x.open("FloatParam").float32("e", 0.5).close();
         x.empty("VectorParam");
+        // The material's lighting; the emissive part glows a little, as on many add-ons.
+        x.floats("AmbientAsVec", {1, 1, 1, 1}).floats("DiffuseAsVec", {1, 1, 1, 1});
+        x.floats("SpecularAsVec", {0.25, 0.25, 0.25, 1}).floats("EmissiveAsVec", {0.125, 0.125, 0.0625, 1});
         x.close();
     }
     x.close();

@@ -61,6 +61,11 @@ std::size_t zeroEmissive(std::string& shapeXml);
 // GeometryID (without its [..] part) below Assets, found in any letter case. Empty when the
 // blueprint has no GeometryID or the shape does not exist.
 std::filesystem::path shapeOfRow(const RowInput& input, const PathResolver& resolver);
+// A blueprint's GeometryID without its [..] part; empty when it has none.
+std::string geometryOf(const std::string& blueprintXml);
+// Whether a file is a shape (.GeoPcDx) or a texture (.TgPcDx), whatever the letter case.
+bool isShapeFile(const std::filesystem::path& file);
+bool isTextureFile(const std::filesystem::path& file);
 
 // The typed category as the documents hold it: a leading "e" added when missing.
 std::string categoryText(std::string typed);
@@ -68,7 +73,8 @@ std::string categoryText(std::string typed);
 // behind </Description> when there is none.
 void putCategory(std::string& xml, const std::string& category);
 // Change Loco Name/Localized/Key on a blueprint's text: the display names as Change Name does,
-// every Key emptied, and EngineName with its English name where the blueprint has an EngineType.
+// the first Key emptied, and where the blueprint has an EngineType, EngineName and the English
+// name behind it take the name and the Key behind it is emptied too.
 void putLocoName(std::string& xml, const std::string& name);
 // Make English Only on a blueprint's text: in every localised string only the English line
 // stays (French .. Russian and the Other pairs are cut). Returns how many strings were cut.
