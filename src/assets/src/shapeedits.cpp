@@ -74,6 +74,24 @@ std::string wholeDistance(double value, double min, double max) {
     return text;
 }
 
+// Four values that are all 0, in whatever form they are written ("0.0000000", "0", "-0").
+bool allZero(const std::string& values) {
+    std::size_t count = 0;
+    for (const char* p = values.c_str(); *p;) {
+        char* end = nullptr;
+        const double v = std::strtod(p, &end);
+        if (end == p)
+            return false;
+        if (v != 0)
+            return false;
+        ++count;
+        p = end;
+        while (*p == ' ' || *p == '\t')
+            ++p;
+    }
+    return count == 4;
+}
+
 bool endsWith(const fs::path& file, std::string_view extension) {
     const std::string ext = file.extension().string();
     return ext.size() == extension.size() &&
@@ -126,7 +144,7 @@ std::size_t zeroEmissive(std::string& shapeXml) {
         std::string old;
         std::size_t read = pos;
         GetDetail(shapeXml, read, "EmissiveAsVec", old, text);
-        if (read && old != kZero) {
+        if (read && !allZero(old)) {
             PutDetail(shapeXml, pos, "EmissiveAsVec", kZero, text);
             ++changed;
         }
