@@ -407,12 +407,15 @@ TEST_F(AssetEdits, SnowOverwritesTexturesOnlyAndKeepsEachOldOne) {
 
     EditSettings s;
     s.command = EditCommand::Snow;
-    const BatchResult r = run(s, {kWinter, kSignalBox});
+    const std::string gone = "DemoRail/Class66Pack/Scenery/Textures/Gone_WI.TgPcDx";
+    const BatchResult r = run(s, {kWinter, kSignalBox, gone});
     ASSERT_EQ(r.rowsWritten, 1u) << describe(r);
     EXPECT_EQ(ReadTextFile(file(kWinter)), snow);
     EXPECT_EQ(ReadTextFile(file(kWinter).string() + ".bak"), old);
-    ASSERT_EQ(r.passedOver.size(), 1u);
+    ASSERT_EQ(r.passedOver.size(), 2u);
     EXPECT_NE(r.passedOver[0].reason.find("no texture"), std::string::npos);
+    EXPECT_NE(r.passedOver[1].reason.find("Gone_WI.TgPcDx: the texture is not there"), std::string::npos);
+    EXPECT_FALSE(fs::exists(file(gone))); // never made where there was none
     undoLast();
     EXPECT_EQ(ReadTextFile(file(kWinter)), old);
 

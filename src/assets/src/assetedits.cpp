@@ -100,6 +100,8 @@ RowEdit englishOnlyRow(const RowInput& input) {
 RowEdit snow(const EditSettings& settings, const RowInput& input) {
     if (!isTextureFile(input.file))
         return passOver(input, "Only textures (.TgPcDx) are given the deep snow texture; this is no texture.");
+    if (!fs::is_regular_file(input.file))
+        return passOver(input, input.file.string() + ": the texture is not there.");
     RowEdit e;
     e.changed = false;
     e.files.push_back({input.file, settings.snowTexture});
