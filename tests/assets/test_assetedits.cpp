@@ -341,6 +341,16 @@ TEST_F(AssetEdits, CategoryNamesAndEnglishOnlyGoIntoTheBlueprintsAndOneUndoTakes
     undoLast();
     EXPECT_EQ(ReadTextFile(file(kShed)), shedBytes);
 
+    // A blueprint without a Category gets one behind its Description, and still encodes.
+    std::string xml = text(kShed);
+    const std::size_t line = xml.rfind('\n', xml.find("<Category"));
+    xml.erase(line, xml.find('\n', line + 1) - line);
+    ASSERT_EQ(xml.find("<Category"), std::string::npos);
+    putCategory(xml, categoryText("ExcludeFromBrowserList"));
+    EXPECT_EQ(detail(xml, "Category"), "eExcludeFromBrowserList");
+    EXPECT_LT(xml.find("</Description>"), xml.find("<Category"));
+    EXPECT_TRUE(encodes(xml));
+
     // Two rows named Coach: Coach 1 and Coach 2.
     EditSettings name;
     name.command = EditCommand::Name;
