@@ -83,6 +83,7 @@ std::vector<Command> basicCommands();
 std::vector<Command> editorCommands();
 std::vector<Command> assetCommands();
 std::vector<Command> batchEditCommands();
+std::vector<Command> soundCommands();
 std::vector<Command> cloneCommands();
 std::vector<Command> contentCommands();
 std::vector<Command> routeCommands();
