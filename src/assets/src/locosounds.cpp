@@ -181,9 +181,10 @@ RowEdit hst(const SoundSettings& settings, const RowInput& input) {
     if (std::size_t pos = InStr(1, xml, "Class 43 Horn Sound", Match::Text)) {
         for (int i = 0; i < 14 && pos; ++i)
             pos = InStr(pos + 1, xml, "</e>", Match::Text);
-        if (pos)
-            pos = InStr(pos, xml, ">0<", Match::Binary);
-        if (pos)
+        // Only a zero of the horn's own matrix: a horn set already leaves the rest of the text be.
+        const std::size_t end = pos ? InStr(pos, xml, "</Element>", Match::Text) : 0;
+        pos = pos ? InStr(pos, xml, ">0<", Match::Binary) : 0;
+        if (pos && pos < end)
             xml.replace(pos, 1, "8.8");
     }
     replaceIfThere(xml, "RailVehicles\\Diesel\\HST\\Default\\Simulation\\HST Engine Simulation.xml",
