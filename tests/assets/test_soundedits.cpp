@@ -261,6 +261,13 @@ TEST_F(SoundEdits, WagonSoundChildIsExchangedOnlyWhereItIsTheStockOne) {
     EXPECT_EQ(e.passedOver, "Not changed:- DemoRail HTA Coal Hopper");
     EXPECT_EQ(e.xml.find(">Wagon Sound<"), npos);
 
+    // The stock sound named outside a reference is no sound to exchange.
+    RowInput named = input(kHta);
+    addChild(named.xml, child("Buffers", "DemoRail", "Class66Pack", "Scenery\\Buffers.xml"));
+    setValue(named.xml, "ParentNodeName", stock, named.xml.find(">Buffers<"));
+    ASSERT_TRUE(roundTrips(named.xml));
+    EXPECT_EQ(editSoundRow(s, named).passedOver, "Not changed:- DemoRail HTA Coal Hopper");
+
     // A bogie sound that is there already stays.
     setValue(other.xml, "BogieAudioControlName", "Mine\\Bogie");
     s.addBogie = true;
@@ -508,8 +515,18 @@ TEST_F(SoundEdits, OcclusionPackIsCheckedAndItsShapesInstalledOnce) {
     EXPECT_EQ(m_ctx->journal().entries().size(), entries);
     undoLast();
     EXPECT_FALSE(fs::exists(assets() / "Waggonz/37Occ/Shadow.GeoPcDx"));
-    fs::remove_all(pack);
+
+    // A file where the shapes' folder would go: the copy fails and says which file.
     fs::remove_all(assets() / "Waggonz");
+    std::ofstream(assets() / "Waggonz") << "in the way";
+    m_ctx->resolver.invalidate();
+    error = loadSoundSettings(*m_ctx, s);
+    EXPECT_NE(error.find("Shadow."), npos) << error;
+    EXPECT_NE(error.find("could not be copied"), npos) << error;
+    EXPECT_EQ(ReadTextFile(assets() / "Waggonz"), "in the way");
+    fs::remove(assets() / "Waggonz");
+    fs::remove_all(pack);
+    m_ctx->resolver.invalidate();
 }
 
 TEST_F(SoundEdits, CabShadowChildrenGoBehindTheLastChild) {

@@ -298,7 +298,11 @@ RowEdit wagonSounds(const SoundSettings& settings, const RowInput& input) {
     if (!found)
         found = InStr(1, xml, "Audio\\RailVehicles\\Wagons\\Wagon Sound.xml", Match::Text);
     if (found) {
-        if (const std::size_t id = InStrRev(xml, "<BlueprintID", found, Match::Text)) {
+        // Only the reference whose own value names the stock sound.
+        std::size_t id = InStrRev(xml, "<BlueprintID", found, Match::Text);
+        if (id && InStr(id, xml, "</BlueprintID>", Match::Text) < found)
+            id = 0;
+        if (id) {
             setTag(xml, id, "BlueprintID", kind.sound);
             changed = true;
             noteReferenceAt(settings, e, xml, id);
