@@ -11,6 +11,8 @@
 #include "velmora/core/textboundary.h"
 #include "velmora/core/xmltext.h"
 
+#include <algorithm>
+
 namespace velmora::assets {
 
 namespace fs = std::filesystem;
@@ -271,16 +273,13 @@ RowEdit wagonSounds(const SoundSettings& settings, const RowInput& input) {
     const WagonKind kind = wagonKind(settings.command);
     std::string xml = input.xml;
     RowEdit e;
-    bool changed = false;
     if (settings.addBogie) {
         std::size_t pos = InStr(1, xml, "<BogieAudioControlName", Match::Text);
         std::string bogie;
         if (pos)
             GetDetail(xml, pos, "BogieAudioControlName", bogie, kText);
-        if (pos && rs::trimmed(bogie).empty() && setTag(xml, 1, "BogieAudioControlName", kind.bogie)) {
-            changed = true;
+        if (pos && rs::trimmed(bogie).empty() && setTag(xml, 1, "BogieAudioControlName", kind.bogie))
             noteProxy(settings, e, kind.bogie);
-        }
     }
     if (settings.addWagonSound) {
         // Only the empty form: a list that holds other children gets no sound child.
@@ -289,7 +288,6 @@ RowEdit wagonSounds(const SoundSettings& settings, const RowInput& input) {
             const std::string block = fillTemplate(templateText(settings, "WagonSounds.txt", xml),
                                                    {{"aaaaaa", ids.next()}, {"bbbbbb", std::string(kind.childFile)}});
             xml.replace(empty - 1, 11, block);
-            changed = true;
             noteBlueprint(settings, e, "Kuju", "RailSimulator",
                           "Audio\\RailVehicles\\Wagons\\AP\\" + std::string(kind.childFile));
         }
@@ -304,16 +302,12 @@ RowEdit wagonSounds(const SoundSettings& settings, const RowInput& input) {
             id = 0;
         if (id) {
             setTag(xml, id, "BlueprintID", kind.sound);
-            changed = true;
             noteReferenceAt(settings, e, xml, id);
         }
     }
-    if (!changed)
+    if (xml == input.xml)
         return notChanged(settings, input);
-    e.changed = xml != input.xml;
     e.xml = std::move(xml);
-    if (!e.changed)
-        return notChanged(settings, input);
     return e;
 }
 
