@@ -33,7 +33,7 @@ Global options:
 std::vector<Command> allCommands() {
     std::vector<Command> all = basicCommands();
     for (auto&& group :
-         {editorCommands(), assetCommands(), batchEditCommands(), assetEditCommands(), cloneCommands(), contentCommands(), routeCommands(),
+         {editorCommands(), assetCommands(), batchEditCommands(), assetEditCommands(), soundCommands(), cloneCommands(), contentCommands(), routeCommands(),
           scenarioCommands(), scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands()})

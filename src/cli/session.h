@@ -84,6 +84,7 @@ std::vector<Command> editorCommands();
 std::vector<Command> assetCommands();
 std::vector<Command> batchEditCommands();
 std::vector<Command> assetEditCommands();
+std::vector<Command> soundCommands();
 std::vector<Command> cloneCommands();
 std::vector<Command> contentCommands();
 std::vector<Command> routeCommands();

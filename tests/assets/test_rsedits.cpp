@@ -2,6 +2,7 @@
 // result still encodes and decodes, and what a row that does not fit is told.
 
 #include "../common/demofixture.h"
+#include "blueprinttext.h"
 #include "serz/serz.h"
 #include "velmora/assets/checks.h"
 #include "velmora/assets/rsedits.h"
@@ -22,6 +23,9 @@
 
 using namespace velmora;
 using namespace velmora::assets;
+using velmora::test::count;
+using velmora::test::roundTrips;
+using velmora::test::valueOf;
 namespace fs = std::filesystem;
 
 namespace {
@@ -32,21 +36,6 @@ const std::string kMk1 = "Heritage/SteamDays/RailVehicles/Passenger/Mk1/Mk1_BSK.
 const std::string kBlack5 = "Heritage/SteamDays/RailVehicles/Steam/Black5/Engine/Black5.bin";
 const std::string kBlack5Bogie =
     "Heritage/SteamDays/RailVehicles/Steam/Black5/Engine/Bogies/Black5_Bogie.bin";
-
-std::size_t count(const std::string& text, const std::string& what) {
-    std::size_t n = 0;
-    for (std::size_t p = text.find(what); p != std::string::npos; p = text.find(what, p + 1))
-        ++n;
-    return n;
-}
-
-// The value of the first <tag ...> at or after `from`.
-std::string valueOf(const std::string& xml, const std::string& tag, std::size_t from = 0) {
-    std::size_t pos = from + 1;
-    std::string value;
-    GetDetail(xml, pos, tag, value);
-    return value;
-}
 
 // The sixteen matrix values of the child of this name.
 std::vector<std::string> matrixOf(const std::string& xml, const std::string& childName) {
@@ -59,16 +48,6 @@ std::vector<std::string> matrixOf(const std::string& xml, const std::string& chi
         values.push_back(xml.substr(gt + 1, xml.find('<', gt) - gt - 1));
     }
     return values;
-}
-
-// The edited text goes through the codec both ways.
-::testing::AssertionResult roundTrips(const std::string& xml) {
-    std::string bin, back;
-    if (const ConvertResult r = xmlTextToBin(xml, bin); !r)
-        return ::testing::AssertionFailure() << "does not encode: " << r.message;
-    if (const serz::Status s = serz::decode(bin, back); !s)
-        return ::testing::AssertionFailure() << "does not decode: " << s.message;
-    return ::testing::AssertionSuccess();
 }
 
 std::string templateFile(const std::string& name) {

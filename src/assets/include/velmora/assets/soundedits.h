@@ -67,7 +67,15 @@ struct SoundSettings {
     std::string notChanged;      // language entry 535: the start of a row's "not changed" line
     std::filesystem::path assets; // the simulator's Assets folder
     const PathResolver* resolver = nullptr;
+    // Where each row's random ids start from: 0 draws a fresh start for every row; any other
+    // value makes the ids repeatable (the row's place in the batch is mixed in).
+    unsigned long long seed = 0;
+    // The closing message (language entry 534), as loadSoundSettings read it.
+    std::string updated;
 };
+// The opening notice of a command in the user's language (its English text when the table
+// has no such entry), and the closing message.
+std::string soundNotice(AppContext& ctx, const SoundCommandInfo& info);
 // Reads the templates (a user's own copy in the program's writable Templates folder wins) and
 // for the occlusion commands the cab shadow and the occlusion folder, which it copies to
 // Assets\Waggonz\37Occ (47Occ) when missing, as its own journal entry. Returns an empty string
