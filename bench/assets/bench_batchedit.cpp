@@ -1,16 +1,18 @@
-// A rolling-stock batch edit (Correct Mass/Capacity) over 10,000 wagon blueprints, stored
-// safely: every file converted, changed, converted back and written through the write service
-// with its numbered backup, the whole batch one journal entry. In blueprints per second, on one
-// thread and on all, in one run.
+// Batch edits over 10,000 wagon blueprints (Correct Mass/Capacity, Change Category, Change
+// BogieAudioControlName), stored safely: every file converted, changed, converted back and
+// written through the write service with its numbered backup, the whole batch one journal
+// entry. In blueprints per second, on one thread and on all, in one run.
 //
 // The wagons are the scale-100 demo install's own wagon blueprints, copied over and over into a
 // scratch Assets tree beside it until there are 10,000 (the install itself holds a few hundred
 // vehicles); the backups of one run are cleared before the next.
 
 #include "benchinstall.h"
+#include "velmora/assets/assetedits.h"
 #include "velmora/assets/batchedit.h"
 #include "velmora/assets/checks.h"
 #include "velmora/assets/rsedits.h"
+#include "velmora/assets/soundedits.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
@@ -19,6 +21,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <thread>
 
@@ -78,30 +81,26 @@ void clearBackups(const fs::path& root) {
         fs::remove(p);
 }
 
-void MassEdit(benchmark::State& state) {
+// Times one batch command over the 10,000 wagons. `editFor(run)` gives the edit of each timed
+// run; it must change every wagon (a value they do not hold yet), so that every one is written.
+void timeBatch(benchmark::State& state, const std::string& command,
+               const std::function<assets::RowEditor(AppContext&, const fs::path& root, int run)>& editFor) {
     static std::vector<assets::AssetRow> rows;
     static const fs::path root = wagonInstall(rows);
     ScriptedUi ui;
     AppContext ctx(root.parent_path() / "batch-home", root.parent_path() / "batch-data", ui);
     ctx.setRailWorksOverride(root);
-    assets::RsSettings settings;
-    settings.command = assets::RsCommand::Mass;
-    settings.mass = "31.5";
-    settings.capacity = "50";
-    settings.assets = root / "Assets";
     assets::BatchOptions options;
-    options.command = "Correct Mass/Capacity of Selected";
+    options.command = command;
     options.threads = static_cast<int>(state.range(0));
     std::size_t written = 0;
     int run = 0;
     for (auto _ : state) {
         state.PauseTiming();
         clearBackups(root);
-        // A value the wagons do not hold yet, so that every one of them is written.
-        settings.mass = std::to_string(30 + ++run) + "." + std::to_string(state.range(0)) + "5";
+        const assets::RowEditor edit = editFor(ctx, root, static_cast<int>(++run * 10 + state.range(0)));
         state.ResumeTiming();
-        const auto result = assets::runBatch(
-            ctx, rows, options, [&](const assets::RowInput& in) { return assets::editRow(settings, in); }, nullptr);
+        const auto result = assets::runBatch(ctx, rows, options, edit, nullptr);
         written = result.rowsWritten;
         if (!result.error.empty() || written != rows.size()) {
             const std::string first = result.passedOver.empty() ? "" : ", the first: " + result.passedOver[0].reason;
@@ -115,6 +114,48 @@ void MassEdit(benchmark::State& state) {
         benchmark::Counter(static_cast<double>(written), benchmark::Counter::kIsIterationInvariantRate);
 }
 
+// Edit Rolling Stock: Correct Mass/Capacity of Selected.
+void MassEdit(benchmark::State& state) {
+    timeBatch(state, "Correct Mass/Capacity of Selected", [](AppContext&, const fs::path& root, int run) {
+        assets::RsSettings settings;
+        settings.command = assets::RsCommand::Mass;
+        settings.mass = std::to_string(30 + run) + ".5";
+        settings.capacity = "50";
+        settings.assets = root / "Assets";
+        return assets::RowEditor([settings](const assets::RowInput& in) { return assets::editRow(settings, in); });
+    });
+}
+
+// Edit Assets: Change Category.
+void CategoryEdit(benchmark::State& state) {
+    timeBatch(state, "Change Category", [](AppContext& ctx, const fs::path&, int run) {
+        assets::EditSettings settings;
+        settings.command = assets::EditCommand::Category;
+        settings.typed = "eBenchCategory" + std::to_string(run);
+        settings.count = kWagons;
+        settings.resolver = &ctx.resolver;
+        if (const std::string error = assets::loadEditSettings(ctx, settings); !error.empty())
+            std::cerr << error << "\n";
+        return assets::RowEditor([settings](const assets::RowInput& in) { return assets::editAssetRow(settings, in); });
+    });
+}
+
+// Update Sounds: Change BogieAudioControlName, a bogie sound the wagons do not have yet.
+void BogieSoundEdit(benchmark::State& state) {
+    timeBatch(state, "Change BogieAudioControlName", [](AppContext& ctx, const fs::path& root, int run) {
+        assets::SoundSettings settings;
+        settings.command = assets::SoundCommand::BogieName;
+        const auto& words = assets::bogieSounds();
+        settings.bogie = words[static_cast<std::size_t>(run) % words.size()];
+        settings.assets = root / "Assets";
+        if (const std::string error = assets::loadSoundSettings(ctx, settings); !error.empty())
+            std::cerr << error << "\n";
+        return assets::RowEditor([settings](const assets::RowInput& in) { return assets::editSoundRow(settings, in); });
+    });
+}
+
 } // namespace
 
 BENCHMARK(MassEdit)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
+BENCHMARK(CategoryEdit)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
+BENCHMARK(BogieSoundEdit)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);

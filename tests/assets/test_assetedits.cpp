@@ -447,7 +447,7 @@ TEST_F(AssetEdits, SourceFolderMirrorsThePathBelowAssets) {
     EXPECT_EQ(sourceFolderFor(*m_ctx, assetsFolder / "DemoRail/Class66Pack/Scenery/Textures", error),
               s_dir / "rw/Source/DemoRail/Class66Pack/Scenery/Textures");
     EXPECT_EQ(error, "");
-    for (const fs::path outside : {s_dir / "rw/Content/Routes", fs::path("/tmp"), assetsFolder / "../../x"}) {
+    for (const fs::path& outside : {s_dir / "rw/Content/Routes", fs::path("/tmp"), assetsFolder / "../../x"}) {
         error.clear();
         EXPECT_TRUE(sourceFolderFor(*m_ctx, outside, error).empty()) << outside;
         EXPECT_EQ(error, "You don't appear to have selected a path?");

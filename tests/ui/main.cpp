@@ -22,6 +22,7 @@ int runTestQdCheck(int argc, char** argv);
 int runTestApArchives(int argc, char** argv);
 int runTestFrmAssetsAP(int argc, char** argv);
 int runTestFrmAssetsBatch(int argc, char** argv);
+int runTestFrmAssetsEdits(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -30,7 +31,8 @@ int main(int argc, char** argv) {
     for (auto run : {runTestFrmEditor, runTestEditorDocument, runTestEditorSearch, runTestFrmAssets,
                      runTestFrmContent, runTestFrmDelRoute, runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
-                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch})
+                     runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch,
+                     runTestFrmAssetsEdits})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

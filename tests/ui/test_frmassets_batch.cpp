@@ -4,17 +4,11 @@
 #include "assets/dlgcoachname.h"
 #include "assets/dlgnewname.h"
 #include "assets/dlgrsedits.h"
-#include "assets/frmassets.h"
-#include "demoscreens.h"
-#include "velmora/core/convert.h"
-#include "velmora/core/journal.h"
-#include "velmora/core/xmltext.h"
+#include "assetscreen.h"
 #include "velmora/assets/renaming.h"
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
@@ -30,15 +24,6 @@ const char* const kLoco = "RailVehicles\\Diesel\\Class66\\Engine\\Class66_EWS.bi
 const char* const kWagon = "RailVehicles\\Freight\\HTA\\HTA_Coal.bin";
 const char* const kCoach = "RailVehicles\\Passenger\\Mk1\\Mk1_BSK.bin";
 
-std::string detail(const fs::path& file, const char* tag) {
-    std::string xml, value;
-    if (!binToXmlText(file, xml))
-        return "(does not decode)";
-    std::size_t pos = 1;
-    GetDetail(xml, pos, tag, value);
-    return value;
-}
-
 } // namespace
 
 class TestFrmAssetsBatch : public QObject {
@@ -46,29 +31,6 @@ class TestFrmAssetsBatch : public QObject {
     test::DemoScreens m_demo;
 
     fs::path assets() const { return m_demo.dir / "rw/Assets"; }
-
-    // The rolling stock of the install in the grid, and the rows of these paths selected in turn.
-    void listAndSelect(ui::frmAssets& screen, const std::vector<std::string>& paths) {
-        screen.findChild<QLineEdit*>("Text2")->setText(QString::fromStdString(assets().string()));
-        screen.findChild<QCheckBox*>("Check1")->setChecked(true);
-        screen.Command1_Click();
-        const auto rows = screen.rows();
-        screen.grid()->clearSelection();
-        for (const auto& path : paths) {
-            const auto it = std::find_if(rows.begin(), rows.end(), [&](const auto& r) { return r.path == path; });
-            QVERIFY2(it != rows.end(), path.c_str());
-            const int row = static_cast<int>(it - rows.begin());
-            screen.grid()->selectionModel()->select(screen.grid()->model()->index(row, 0),
-                                                    QItemSelectionModel::Select | QItemSelectionModel::Rows);
-        }
-        QCOMPARE(screen.selectedRows().size(), paths.size());
-    }
-
-    void undoLast() {
-        const auto last = lastUndoableEntry(m_demo.ctx->journal().entries());
-        QVERIFY(last);
-        QVERIFY(undoEntry(m_demo.ctx->files(), *last, false).ok);
-    }
 
 private slots:
     void initTestCase() { QVERIFY(m_demo.generate("uiassetsbatch")); }
@@ -79,18 +41,18 @@ private slots:
         ui::frmAssets screen(*m_demo.ctx);
         auto* rename = screen.findChild<QPushButton*>("Command17");
         QVERIFY(rename && rename->isEnabled());
-        listAndSelect(screen, {kWagon, kCoach});
+        test::listAndSelect(screen, assets(), {kWagon, kCoach});
         m_demo.ui->pushText("Fleet #");
         rename->click();
-        QCOMPARE(detail(assets() / "DemoRail/Class66Pack" / "RailVehicles/Freight/HTA/HTA_Coal.bin", "English"),
+        QCOMPARE(test::documentDetail(assets() / "DemoRail/Class66Pack" / "RailVehicles/Freight/HTA/HTA_Coal.bin", "English"),
                  std::string("Fleet 1"));
-        QCOMPARE(detail(assets() / "Heritage/SteamDays/RailVehicles/Passenger/Mk1/Mk1_BSK.bin", "English"),
+        QCOMPARE(test::documentDetail(assets() / "Heritage/SteamDays/RailVehicles/Passenger/Mk1/Mk1_BSK.bin", "English"),
                  std::string("Fleet 2"));
         const auto names = screen.selectedRows();
         QCOMPARE(names[0].name, std::string("Fleet 1"));
         QCOMPARE(m_demo.ctx->journal().entries().back().command, std::string("Change Name"));
-        undoLast();
-        QVERIFY(detail(assets() / "DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin", "English") != "Fleet 1");
+        test::undoLast(*m_demo.ctx);
+        QVERIFY(test::documentDetail(assets() / "DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin", "English") != "Fleet 1");
     }
 
     void theNamingDialogsKeepWhatTheUserTyped() {
@@ -136,7 +98,7 @@ private slots:
 
     void cloneSelectedAssetMakesAnIndependentLoco() {
         ui::frmAssets screen(*m_demo.ctx);
-        listAndSelect(screen, {kLoco});
+        test::listAndSelect(screen, assets(), {kLoco});
         screen.dialogs().newName = [](assets::CloneNames names, bool withCategory) {
             if (withCategory)
                 return std::optional<assets::CloneNames>();
@@ -148,26 +110,26 @@ private slots:
         screen.action("mnuClone")->trigger();
         const fs::path clone = assets() / "DemoRail/Class66Pack/RailVehicles/Diesel/Class66/EngineClone/Class66_Clone.bin";
         QVERIFY(fs::exists(clone));
-        QCOMPARE(detail(clone, "English"), std::string("Class 66 clone"));
-        QVERIFY(QString::fromStdString(detail(clone, "GeometryID")).contains("EngineClone"));
+        QCOMPARE(test::documentDetail(clone, "English"), std::string("Class 66 clone"));
+        QVERIFY(QString::fromStdString(test::documentDetail(clone, "GeometryID")).contains("EngineClone"));
         QVERIFY(m_demo.prompted("Your clone has been made."));
-        undoLast();
+        test::undoLast(*m_demo.ctx);
         QVERIFY(!fs::exists(clone));
     }
 
     void massEditInPlaceAndDeadVariantsStopAtCancel() {
         ui::frmAssets screen(*m_demo.ctx);
         const fs::path wagon = assets() / "DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin";
-        listAndSelect(screen, {kWagon});
+        test::listAndSelect(screen, assets(), {kWagon});
         screen.dialogs().mass = [] { return std::optional(std::pair<std::string, std::string>{"31.5", "50"}); };
         screen.action("mnuMass")->trigger();
-        QCOMPARE(detail(wagon, "Mass"), std::string("31.5"));
+        QCOMPARE(test::documentDetail(wagon, "Mass"), std::string("31.5"));
         QVERIFY(fs::exists(wagon.string() + ".bak"));
-        undoLast();
-        QVERIFY(detail(wagon, "Mass") != "31.5");
+        test::undoLast(*m_demo.ctx);
+        QVERIFY(test::documentDetail(wagon, "Mass") != "31.5");
 
         // Dead: a variant beside each source; Cancel on the second row ends the command there.
-        listAndSelect(screen, {kLoco, kCoach});
+        test::listAndSelect(screen, assets(), {kLoco, kCoach});
         int asked = 0;
         screen.dialogs().coachName = [&](const std::string& file, const std::string& display, const std::string& suffix) {
             return ++asked == 1 ? std::optional(assets::withSuffix(file, display, suffix)) : std::nullopt;
@@ -176,9 +138,9 @@ private slots:
         QCOMPARE(asked, 2);
         const fs::path dead = assets() / "DemoRail/Class66Pack/RailVehicles/Diesel/Class66/Engine/Class66_EWS_Dead.bin";
         QVERIFY(fs::exists(dead));
-        QVERIFY(detail(dead, "ChildName").empty()); // no children left: no engine sound
+        QVERIFY(test::documentDetail(dead, "ChildName").empty()); // no children left: no engine sound
         QVERIFY(!fs::exists(assets() / "Heritage/SteamDays/RailVehicles/Passenger/Mk1/Mk1_BSK_Dead.bin"));
-        undoLast();
+        test::undoLast(*m_demo.ctx);
     }
 };
 

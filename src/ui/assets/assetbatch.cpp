@@ -6,6 +6,7 @@
 #include "dlgcoachname.h"
 #include "dlgnewname.h"
 #include "dlgrsedits.h"
+#include "dlgsounds.h"
 #include "velmora/assets/renaming.h"
 
 #include <QMenu>
@@ -50,6 +51,13 @@ AssetBatchCommands::AssetBatchCommands(AppContext& ctx, QWidget* screen,
     m_dialogs.head = [screen](const assets::LampTable& table) { return dlgHead::ask(table, screen); };
     m_dialogs.tail = [screen](const assets::LampTable& table) { return dlgTail::ask(table, screen); };
     m_dialogs.mass = [screen] { return dlgMass::ask(screen); };
+    m_dialogs.freightAudio = [screen]() -> std::optional<std::pair<bool, bool>> {
+        const auto choice = dlgFreightAudio::ask(screen);
+        if (!choice)
+            return std::nullopt;
+        return std::pair{choice->addBogie, choice->addWagonSound};
+    };
+    m_dialogs.bogie = [screen] { return dlgBogie::ask(screen); };
 }
 
 std::string AssetBatchCommands::lang(int entry, const char* design) const {

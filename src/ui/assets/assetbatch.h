@@ -36,6 +36,8 @@ public:
         std::function<std::optional<std::pair<std::size_t, std::size_t>>(const assets::LampTable&)> head; // dlgHead
         std::function<std::optional<std::size_t>(const assets::LampTable&)> tail;                          // dlgTail
         std::function<std::optional<std::pair<std::string, std::string>>()> mass;                          // dlgMass
+        std::function<std::optional<std::pair<bool, bool>>()> freightAudio; // dlgFreightAudio: Check1, Check2
+        std::function<std::optional<std::string>()> bogie;                  // dlgBogie: BG_Steam ...
     };
 
     // `selected` gives the rows a command works on, in selection order.

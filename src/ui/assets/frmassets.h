@@ -4,7 +4,9 @@
 #include "listscreen.h"
 #include "velmora/assets/assetlist.h"
 #include "assetbatch.h"
+#include "velmora/assets/assetedits.h"
 #include "velmora/assets/checks.h"
+#include "velmora/assets/soundedits.h"
 #include "velmora/core/appcontext.h"
 
 #include <functional>
@@ -53,6 +55,9 @@ public slots:
     void copySelectionToClipboard();
     void Command17_Click();      // Rename Selected Asset: Change Name
     void mnuChangeName_Click();
+    void mnuMakeSource_Click();  // Make Equivalent Source Folder
+    void editAssets(assets::EditCommand command);       // the entries of mnuEdAss
+    void updateSounds(assets::SoundCommand command);    // the entries of mnuArmstrong and mnuOcc
 
 public:
     // The dialogs the batch commands ask through; tests put in their own answers.
@@ -95,8 +100,15 @@ private:
     assets::AssetChecks m_checks;
     void showReport(const assets::Report& report, const QString& title);
 
-    // The batch edits (frmassets_batch.cpp).
+    // The batch edits (frmassets_batch.cpp, frmassets_edits.cpp, frmassets_sounds.cpp).
     void buildBatchMenus();
+    void buildEditAssetsMenu();
+    void buildSoundMenus();
+    std::string lang(int entry, const char* design) const;
+    // The cells of `column` of the selected grid rows that the batch wrote take `values`
+    // (in row order); the rows passed over keep theirs.
+    void setWrittenCells(const std::vector<assets::AssetRow>& rows, const assets::BatchResult& result, int column,
+                         const std::vector<std::string>& values);
     AssetBatchCommands* m_batch = nullptr;
     QMenu* m_editAssetsMenu = nullptr; // mnuEdAss
     bool haveSelection();

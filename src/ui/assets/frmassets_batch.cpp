@@ -1,6 +1,6 @@
 // The commands of frmAssets that change the selected blueprints in a batch: Change Name
-// (Command17, "Rename Selected Asset") here, the clones and the rolling-stock edits through the
-// batch commands the asset screens share.
+// (Command17, "Rename Selected Asset") here, the Edit Assets menu and the sound updates beside
+// it, the clones and the rolling-stock edits through the batch commands the asset screens share.
 
 #include "frmassets.h"
 
@@ -19,9 +19,8 @@ void frmAssets::buildBatchMenus() {
     m_batch->addEditRsMenu(menuBar());
     m_editAssetsMenu = menuBar()->addMenu(caption(m_ctx, 378, "Edit Assets"));
     m_editAssetsMenu->setObjectName("mnuEdAss");
-    QAction* changeName = m_editAssetsMenu->addAction(caption(m_ctx, 499, "Change Name"));
-    changeName->setObjectName("mnuChangeName");
-    connect(changeName, &QAction::triggered, this, &frmAssets::mnuChangeName_Click);
+    buildEditAssetsMenu();
+    buildSoundMenus();
 }
 
 AssetBatchCommands::Dialogs& frmAssets::dialogs() { return m_batch->dialogs(); }
@@ -38,23 +37,7 @@ void frmAssets::mnuChangeName_Click() {
     assets::BatchOptions o;
     o.command = "Change Name";
     const auto result = m_batch->runRowBatch(*rows, o, assets::changeNameEditor(*typed, rows->size()));
-    // The grid's Name cells follow the rows that were written.
-    const auto names = assets::changedNames(*typed, rows->size());
-    const auto selected = grid()->selectionModel()->selectedRows();
-    std::size_t passed = 0;
-    for (std::size_t i = 0; i < rows->size() && i < static_cast<std::size_t>(selected.size()); ++i) {
-        const bool skipped = passed < result.passedOver.size() &&
-                             result.passedOver[passed].row == (*rows)[i].relativePath();
-        if (skipped) {
-            ++passed;
-            continue;
-        }
-        if (result.error.empty() && !result.stopped)
-            if (auto* cell = grid()->item(selected[static_cast<int>(i)].row(), 3)) {
-                cell->setText(toQt(names[i]));
-                cell->setData(Qt::UserRole, QByteArray::fromStdString(names[i]));
-            }
-    }
+    setWrittenCells(*rows, result, 3, assets::changedNames(*typed, rows->size()));
     m_batch->finishBatch(result, m_ctx.lang.has(519) ? m_ctx.lang.text(519) : "The selected items have been changed.");
 }
 
