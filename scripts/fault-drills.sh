@@ -3,7 +3,8 @@
 #   1. `velmora-cli save` of a 7 MB document killed with SIGKILL at random moments, N times:
 #      the document must be the whole old file or the whole new one every time.
 #   2. On a 2 MB tmpfs filled to the last byte: `save`, `assets use-in-scenarios`,
-#      `assets remove-children`, `assets edit-rs mass`, `assets clone-vehicle` and `ap unpack`
+#      `assets remove-children`, `assets edit-rs mass`, `assets edit lod`, `assets sounds bogie`,
+#      `assets clone-vehicle` and `ap unpack`
 #      must fail with exit code 2 and leave every original byte for byte.
 #   3. `velmora-cli ap unpack` of a route's archive killed at random moments, N times: every file
 #      it unpacked is whole (as 7zz unpacks it), and no file that was there before is touched.
@@ -148,6 +149,10 @@ else
 fi
 run_full "edit-rs mass" "$BIN/velmora-cli" --home "$WORK/home" --railworks "$RW" assets edit-rs mass \
   "DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin" "$engine" --mass 12.5 --capacity 40
+run_full "edit lod" "$BIN/velmora-cli" --home "$WORK/home" --railworks "$RW" assets edit lod \
+  "DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin" "$engine" --min 20 --max 3000
+run_full "sounds bogie" "$BIN/velmora-cli" --home "$WORK/home" --railworks "$RW" assets sounds bogie \
+  "DemoRail/Class66Pack/RailVehicles/Freight/HTA/HTA_Coal.bin" "$engine" --bogie BG_Steam
 run_full "clone-vehicle" "$BIN/velmora-cli" --home "$WORK/home" --railworks "$RW" --yes assets clone-vehicle \
   "$engine" --as DemoRail/Class66Pack/RailVehicles/Diesel/Class66Copy
 run_full "ap unpack" "$BIN/velmora-cli" --home "$WORK/home" --railworks "$RW" ap unpack \

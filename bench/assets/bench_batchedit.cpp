@@ -1,5 +1,5 @@
-// Batch edits over 10,000 wagon blueprints (Correct Mass/Capacity, Change Category, Change
-// BogieAudioControlName), stored safely: every file converted, changed, converted back and
+// Batch edits over 10,000 wagon blueprints (Correct Mass/Capacity, Change Loco Name/Localized/Key,
+// Change BogieAudioControlName), stored safely: every file converted, changed, converted back and
 // written through the write service with its numbered backup, the whole batch one journal
 // entry. In blueprints per second, on one thread and on all, in one run.
 //
@@ -126,12 +126,12 @@ void MassEdit(benchmark::State& state) {
     });
 }
 
-// Edit Assets: Change Category.
-void CategoryEdit(benchmark::State& state) {
-    timeBatch(state, "Change Category", [](AppContext& ctx, const fs::path&, int run) {
+// Edit Assets: Change Loco Name/Localized/Key (names numbered, Keys emptied).
+void LocoNameEdit(benchmark::State& state) {
+    timeBatch(state, "Change Loco Name/Localized/Key", [](AppContext& ctx, const fs::path&, int run) {
         assets::EditSettings settings;
-        settings.command = assets::EditCommand::Category;
-        settings.typed = "eBenchCategory" + std::to_string(run);
+        settings.command = assets::EditCommand::LocoName;
+        settings.typed = "Bench wagon " + std::to_string(run) + " #";
         settings.count = kWagons;
         settings.resolver = &ctx.resolver;
         if (const std::string error = assets::loadEditSettings(ctx, settings); !error.empty())
@@ -157,5 +157,5 @@ void BogieSoundEdit(benchmark::State& state) {
 } // namespace
 
 BENCHMARK(MassEdit)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
-BENCHMARK(CategoryEdit)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
+BENCHMARK(LocoNameEdit)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
 BENCHMARK(BogieSoundEdit)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
