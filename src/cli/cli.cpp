@@ -38,6 +38,8 @@ std::vector<Command> allCommands() {
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands()})
         all.insert(all.end(), group.begin(), group.end());
+    for (auto&& c : backupCommands())
+        all.push_back(c);
     return all;
 }
 
