@@ -78,13 +78,13 @@ int cmdReadWrite(Session& s) {
 }
 
 int cmdClearTemp(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {}, {"--railworks"});
+    const Arguments a = parseArguments(s.g.rest, {}, {"--simulator"});
     if (!a.problem.empty())
         return s.fail(a.problem);
     if (!a.plain.empty())
         return s.fail("unexpected argument '" + a.plain.front() + "'");
     s.start();
-    if (a.has("--railworks")) {
+    if (a.has("--simulator")) {
         if (!s.requireRoot())
             return Error;
         bk::clearSimulatorTemp(s.ctx);
@@ -131,8 +131,8 @@ std::vector<Command> backupCommands() {
          "makes every file and folder of the simulator (or of FOLDER inside it) Read/Write; links are named, not "
          "followed",
          cmdReadWrite, false, "--json: changed, seen, problems."},
-        {"clear-temp", "[--railworks]",
-         "empties the program's TempFiles folder, or with --railworks the simulator's Temp folder", cmdClearTemp,
+        {"clear-temp", "[--simulator]",
+         "empties the program's TempFiles folder, or with --simulator the simulator's Temp folder", cmdClearTemp,
          false},
         {"website", "[--version-page] [--open]",
          "the program's web site (or, with --version-page, the current version and the page naming the newest); "
