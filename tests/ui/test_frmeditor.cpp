@@ -9,6 +9,7 @@
 #include "routes/frmdelroute.h"
 #include "routes/frmlistrs.h"
 #include "scenarios/frmconsistdupe.h"
+#include "velmora/backup/housekeeping.h"
 #include "velmora/core/about.h"
 #include "velmora/core/editorcaptions.h"
 #include "velmora/core/settings.h"
@@ -137,7 +138,6 @@ private slots:
         }
         QVERIFY(editor->action("mnuOpenRS")->isEnabled());
         QVERIFY(!editor->action("mnuSaveRS")->isEnabled()); // nothing open yet
-        QVERIFY(!editor->action("mnuBackup")->isEnabled()); // its tool is not built yet
         QVERIFY(editor->action("mnuDont")->isEnabled());
         // What works is live; what does not says what it waits for.
         for (const char* name : {"mnuCSV", "mnuExcel", "mnuTxt", "mnuCTF", "mnuClearTemp", "mnuQDPreload",
@@ -148,7 +148,6 @@ private slots:
         editor->action("mnuCnt")->trigger();
         QCOMPARE(editor->findChildren<ui::frmContent*>().size(), 1);
         QVERIFY(editor->findChild<ui::frmContent*>()->isVisible());
-        QCOMPARE(editor->action("mnuBackup")->toolTip(), QString("Waits for the backup and housekeeping tools"));
         QCOMPARE(editor->action("mnuSaveRS")->toolTip(), QString("Works while a document is open"));
         everyDisabledEntrySaysWhy(*editor);
         QCOMPARE(editor->action("mnuEmail")->toolTip(), QString("Waits for the mail screen"));
@@ -235,6 +234,37 @@ private slots:
         temp.Command2_Click();
         QCOMPARE(temp.files()->count(), 0);
         QVERIFY(fs::is_directory(m_dir / "rw/Temp"));
+    }
+
+    void theBackupAndReadWriteEntriesCopyAndReport() {
+        auto editor = open();
+        for (const char* name : {"mnuBackup", "mnuInc", "mnuReadWrite", "mnuSelRW", "mnuVer", "mnuWeb"})
+            QVERIFY2(editor->action(name)->isEnabled(), name);
+        auto lastMessage = [&] { return m_ui->prompts.empty() ? std::string() : m_ui->prompts.back().text; };
+        writeFile(m_dir / "rw/Assets/Kuju/Caf\xc3\xa9, \"x\".bin", "a");
+        // With no backup folder set the user is told to set one, and nothing is made.
+        editor->action("mnuBackup")->trigger();
+        QCOMPARE(lastMessage(), std::string(backup::kNoBackupPath));
+        m_ctx->settings.railWorksBackup = (m_dir / "backups").string();
+        fs::create_directories(m_dir / "backups/VL_Backup1");
+        editor->action("mnuBackup")->trigger();
+        QVERIFY2(lastMessage().rfind("TrainSimulator 2019 Assets,Contents,Source and Root folders have been copied to\n" +
+                                         (m_dir / "backups/VL_Backup2").string(), 0) == 0,
+                 lastMessage().c_str());
+        QVERIFY(fs::exists(m_dir / "backups/VL_Backup2/Assets/Kuju/Caf\xc3\xa9, \"x\".bin"));
+        editor->action("mnuInc")->trigger();
+        QVERIFY(fs::exists(m_dir / "backups/Incremental Backup/RailWorks.exe"));
+        QVERIFY(lastMessage().find("Changed files in TrainSimulator 2019") != std::string::npos);
+
+        // Read/Write for the whole tree, then for a chosen folder; a folder outside is refused.
+        fs::permissions(m_dir / "rw/RailWorks.exe", fs::perms::owner_read);
+        editor->action("mnuReadWrite")->trigger();
+        QCOMPARE(lastMessage(), std::string("All files are now Read/Write"));
+        QVERIFY((fs::status(m_dir / "rw/RailWorks.exe").permissions() & fs::perms::owner_write) != fs::perms::none);
+        m_ui->pushPath(m_dir / "backups");
+        editor->action("mnuSelRW")->trigger();
+        QVERIFY(lastMessage().find("lies outside the Rail Works folder") != std::string::npos);
+        QCOMPARE(m_ui->prompts.back().icon, Icon::Warning);
     }
 
     void everyScreenTakesItsCaptionsFromTheLanguageTable() {

@@ -404,6 +404,12 @@ void frmEditor::connectCommands() {
     wire("mnuClearTemp", &frmEditor::mnuClearTemp_Click);
     wire("mnuQDPreload", &frmEditor::mnuQDPreload_Click);
     wire("mnuBuildQD", &frmEditor::mnuBuildQD_Click);
+    wire("mnuBackup", &frmEditor::mnuBackup_Click);
+    wire("mnuInc", &frmEditor::mnuInc_Click);
+    wire("mnuReadWrite", &frmEditor::mnuReadWrite_Click);
+    wire("mnuSelRW", &frmEditor::mnuSelRW_Click);
+    wire("mnuVer", &frmEditor::mnuVer_Click);
+    wire("mnuWeb", &frmEditor::mnuWeb_Click);
     // Tool screens made on first use and kept while the program runs (the content list closes
     // for good, as the asset list does).
     liveTool<frmCheckQD>("mnuCheckQD", [this] { return new frmCheckQD(m_ctx, this); });

@@ -161,6 +161,12 @@ public slots:
     void mnuClearTemp_Click();    // Clear Railworks\Temp
     void mnuQDPreload_Click();    // PreLoad Folder
     void mnuBuildQD_Click();      // Build QD Consists or Fragments
+    void mnuBackup_Click();       // a full backup into the next VL_Backup<n>
+    void mnuInc_Click();          // the incremental backup
+    void mnuReadWrite_Click();    // Make all RW files Read/Write
+    void mnuSelRW_Click();        // Make files in Selected folder Read/Write
+    void mnuVer_Click();          // Check for Newer Version
+    void mnuWeb_Click();          // Go to My Web Site
     void Command1_Click(); // Highlight XML
     void Command2_Click(); // Find in the tree
     void Command3_Click(); // Find All in the tree
