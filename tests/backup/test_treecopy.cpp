@@ -170,7 +170,9 @@ TEST(TreeCopy, NewerOnlyCopiesWhatChangedAndReplacesReadOnlyCopies) {
 TEST(TreeCopy, AnAbortStopsBetweenFilesAndLeavesNoHalfFile) {
     BackupFixture f;
     f.ui.cancelAfter = 2;
-    const auto r = copyAll(f, f.dir / "out");
+    TreeCopyOptions o;
+    o.threads = 1;
+    const auto r = copyTree(f.rw, simulatorParts(f.rw), f.dir / "out", o, &f.ui);
     EXPECT_TRUE(r.aborted);
     EXPECT_FALSE(r.complete());
     EXPECT_EQ(r.copied, 2u);
@@ -209,4 +211,26 @@ TEST(TreeCopy, PlainCopiesWhenCloningIsOffOrUnsupported) {
     EXPECT_EQ(maybe.copied, 5u);
     EXPECT_LE(maybe.cloned, maybe.copied);
     EXPECT_EQ(slurp(f.dir / "maybe/Assets/Kuju/RailSimulator/Audio/horn.dav"), std::string(70000, 'h'));
+}
+
+TEST(TreeCopy, TheReportIsTheSameWhateverTheNumberOfThreads) {
+    BackupFixture f;
+    for (int i = 0; i < 40; ++i)
+        f.dir.write("rw/Assets/Many/f" + std::to_string(i) + ".bin", std::string(static_cast<std::size_t>(i), 'x'));
+    for (const char* name : {"b.bin", "a.bin", "c.bin"})
+        fs::create_symlink(std::string("missing-") + name, f.rw / "Assets/Many" / name);
+    std::vector<TreeCopyReport> reports;
+    for (int threads : {1, 2, 4}) {
+        TreeCopyOptions o;
+        o.threads = threads;
+        reports.push_back(copyTree(f.rw, simulatorParts(f.rw), f.dir / ("t" + std::to_string(threads)), o, &f.ui));
+    }
+    for (const auto& r : reports) {
+        EXPECT_EQ(r.copied, 45u);
+        EXPECT_EQ(r.bytes, reports[0].bytes);
+        EXPECT_EQ(r.problems, reports[0].problems);
+        EXPECT_FALSE(r.aborted);
+    }
+    EXPECT_EQ(reports[0].problems.size(), 3u);
+    EXPECT_EQ(slurp(f.dir / "t4/Assets/Many/f39.bin"), std::string(39, 'x'));
 }

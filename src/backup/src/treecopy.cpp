@@ -1,7 +1,9 @@
-// The copying engine of the backups: a walk that plans, a check of room, then the copies.
+// The copying engine of the backups: a walk that plans, a check of room, then the copies, on
+// all cores: a backup is mostly many small files, each a handful of system calls.
 
 #include "velmora/backup/treecopy.h"
 
+#include "velmora/core/parallel.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 
@@ -22,6 +24,12 @@
 namespace velmora::backup {
 
 namespace {
+
+struct FileOutcome {
+    bool done = false;
+    bool cloned = false;
+    std::string why; // empty when copied
+};
 
 struct PlannedFile {
     fs::path relative;
@@ -281,34 +289,53 @@ TreeCopyReport copyTree(const fs::path& source, const std::vector<TreePart>& par
             report.problems.push_back(shownPath(target / folder) + ": the folder cannot be made (" + ec.message() +
                                       ")");
     }
-    if (ui)
-        ui->beginProgress("Copying " + std::to_string(plan.files.size()) + " files to " + target.string(),
-                          static_cast<std::int64_t>(plan.files.size()));
-    auto shown = std::chrono::steady_clock::now();
     const bool replace = options.rule == CopyRule::NewerOnly;
-    for (std::size_t i = 0; i < plan.files.size(); ++i) {
-        if (ui && ui->cancelled()) {
-            report.aborted = true;
-            break;
+    auto copyOne = [&](std::size_t i) {
+        FileOutcome o;
+        o.done = true;
+        o.why = copyFile(source / plan.files[i].relative, target / plan.files[i].relative, replace, options.clone,
+                         o.cloned);
+        return o;
+    };
+    const std::string label = "Copying " + std::to_string(plan.files.size()) + " files to " + target.string();
+    std::vector<FileOutcome> outcomes;
+    if (options.threads == 1) {
+        outcomes.resize(plan.files.size());
+        if (ui)
+            ui->beginProgress(label, static_cast<std::int64_t>(plan.files.size()));
+        auto shown = std::chrono::steady_clock::now();
+        for (std::size_t i = 0; i < plan.files.size(); ++i) {
+            if (ui && ui->cancelled()) {
+                report.aborted = true;
+                break;
+            }
+            outcomes[i] = copyOne(i);
+            const auto now = std::chrono::steady_clock::now();
+            if (ui && now - shown > std::chrono::milliseconds(150)) {
+                shown = now;
+                ui->progress(static_cast<std::int64_t>(i + 1), plan.files[i].relative.string());
+            }
         }
-        const PlannedFile& f = plan.files[i];
-        bool cloned = false;
-        const std::string why = copyFile(source / f.relative, target / f.relative, replace, options.clone, cloned);
-        if (!why.empty()) {
-            report.problems.push_back(shownPath(source / f.relative) + ": " + why);
+        if (ui)
+            ui->endProgress();
+    } else {
+        bool stopped = false;
+        outcomes = parallelMap<FileOutcome>(plan.files.size(), options.threads, ui, label, stopped, copyOne);
+        report.aborted = stopped;
+    }
+    // In the order of the walk, whatever the number of threads.
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        const FileOutcome& o = outcomes[i];
+        if (!o.done)
+            continue;
+        if (!o.why.empty()) {
+            report.problems.push_back(shownPath(source / plan.files[i].relative) + ": " + o.why);
         } else {
             ++report.copied;
-            report.cloned += cloned ? 1 : 0;
-            report.bytes += f.size;
-        }
-        const auto now = std::chrono::steady_clock::now();
-        if (ui && now - shown > std::chrono::milliseconds(150)) {
-            shown = now;
-            ui->progress(static_cast<std::int64_t>(i + 1), f.relative.string());
+            report.cloned += o.cloned ? 1 : 0;
+            report.bytes += plan.files[i].size;
         }
     }
-    if (ui)
-        ui->endProgress();
     return report;
 }
 

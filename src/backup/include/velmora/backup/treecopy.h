@@ -39,6 +39,9 @@ struct TreeCopyOptions {
     bool clone = true;
     // The room left on the target's file system; the system's answer when not set. Tests set it.
     std::function<std::optional<std::uint64_t>(const fs::path&)> freeSpace;
+    // Files copied at once: 0 for one a core. With 1 the copy stops at the very next file on
+    // Abort; otherwise Abort is seen a few times a second.
+    int threads = 0;
 };
 
 struct TreeCopyReport {
