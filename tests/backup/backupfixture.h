@@ -34,7 +34,8 @@ struct BackupFixture {
     BackupUi ui;
     AppContext ctx{dir / "home", dir / "data", ui};
     fs::path rw = dir / "rw";
-    fs::path backups = dir / "backups";
+    // The user's backup folder, with a name as awkward as users give them.
+    fs::path backups = dir / "Sauvegardes, été \"1\"";
 
     BackupFixture() {
         dir.write("rw/RailWorks.exe", "exe");

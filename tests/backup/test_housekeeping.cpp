@@ -18,7 +18,7 @@ TEST(FullBackup, TakesTheFirstFreeNumberWrittenWithoutPadding) {
     fs::create_directories(f.backups / "VL_Backup2");
     EXPECT_EQ(nextFullBackupFolder(f.backups), f.backups / "VL_Backup3");
     // Any entry of the name counts as taken: a file, or a link that leads nowhere.
-    f.dir.write("backups/VL_Backup3", "a file");
+    std::ofstream(f.backups / "VL_Backup3") << "a file";
     fs::create_symlink("nowhere", f.backups / "VL_Backup4");
     EXPECT_EQ(nextFullBackupFolder(f.backups), f.backups / "VL_Backup5");
     for (int n = 5; n <= 50; ++n)
@@ -50,7 +50,7 @@ TEST(FullBackup, BeyondTheFiftiethTheLastFolderIsBroughtUpToDate) {
     BackupFixture f;
     for (int n = 1; n <= 50; ++n)
         fs::create_directories(f.backups / ("VL_Backup" + std::to_string(n)));
-    f.dir.write("backups/VL_Backup50/Settings.xml", "stale");
+    std::ofstream(f.backups / "VL_Backup50/Settings.xml") << "stale";
     fs::last_write_time(f.backups / "VL_Backup50/Settings.xml", fs::file_time_type::clock::now() - std::chrono::hours(99));
     const BackupRun run = fullBackup(f.ctx);
     EXPECT_TRUE(run.ran);
