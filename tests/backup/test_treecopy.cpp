@@ -89,8 +89,11 @@ TEST(TreeCopy, PipesLinkLoopsAndLinksToFoldersAreNamedNotFollowed) {
 TEST(TreeCopy, AFileThatCannotBeReadIsNamedAndTheRestIsCopied) {
     BackupFixture f;
     // Gone between the plan and its copy (as a file on a failing disk is): named with the reason.
+    // One thread, so that nothing is copied before the progress box opens.
     f.ui.atStart = [&] { fs::remove(f.rw / "Settings.xml"); };
-    auto r = copyAll(f, f.dir / "out");
+    TreeCopyOptions one;
+    one.threads = 1;
+    auto r = copyTree(f.rw, simulatorParts(f.rw), f.dir / "out", one, &f.ui);
     EXPECT_TRUE(named(r, (f.rw / "Settings.xml").string(), "cannot be read"));
     EXPECT_EQ(r.copied, 4u);
     EXPECT_FALSE(fs::exists(f.dir / "out/Settings.xml"));
@@ -155,10 +158,16 @@ TEST(TreeCopy, NewerOnlyCopiesWhatChangedAndReplacesReadOnlyCopies) {
     f.dir.write("rw/RailWorks.exe", "old");
     fs::last_write_time(f.rw / "RailWorks.exe", when - std::chrono::hours(1));
     fs::remove(f.rw / "Content/Routes/r1/RouteProperties.xml");
+    // Newer with the same size: copied for its time alone.
+    const fs::path odd = f.rw / "Assets/Kuju/RailSimulator/Café, \"Ouest\".bin";
+    f.dir.write("rw/Assets/Kuju/RailSimulator/Café, \"Ouest\".bin", "BLUEPRINT");
+    fs::last_write_time(odd, fs::last_write_time(out / "Assets/Kuju/RailSimulator/Café, \"Ouest\".bin") +
+                                 std::chrono::seconds(5));
 
     r = copyAll(f, out, CopyRule::NewerOnly);
     EXPECT_TRUE(r.complete());
-    EXPECT_EQ(r.copied, 2u);
+    EXPECT_EQ(r.copied, 3u);
+    EXPECT_EQ(slurp(out / "Assets/Kuju/RailSimulator/Café, \"Ouest\".bin"), "BLUEPRINT");
     EXPECT_EQ(slurp(out / "Settings.xml"), "<s>new</s>");
     EXPECT_EQ(slurp(out / "Assets/Kuju/RailSimulator/Audio/horn.dav"), "short");
     EXPECT_EQ(slurp(out / "RailWorks.exe"), "exe");
