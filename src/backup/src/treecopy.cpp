@@ -18,7 +18,9 @@
 #endif
 #ifdef __linux__
 #include <linux/fs.h>
+#include <linux/magic.h>
 #include <sys/ioctl.h>
+#include <sys/vfs.h>
 #endif
 
 namespace velmora::backup {
@@ -138,15 +140,41 @@ void planPart(const fs::path& source, const fs::path& target, const TreePart& pa
     }
 }
 
+fs::path nearestExisting(fs::path p);
+
 std::optional<std::uint64_t> systemFreeSpace(const fs::path& path) {
-    fs::path p = path;
     std::error_code ec;
-    while (!p.empty() && !fs::exists(p, ec))
-        p = p.parent_path();
-    const fs::space_info info = fs::space(p.empty() ? fs::path(".") : p, ec);
+    const fs::space_info info = fs::space(nearestExisting(path), ec);
     if (ec)
         return std::nullopt;
     return info.available;
+}
+
+fs::path nearestExisting(fs::path p) {
+    std::error_code ec;
+    while (!p.empty() && !fs::exists(p, ec) && p != p.parent_path())
+        p = p.parent_path();
+    return p.empty() ? fs::path(".") : p;
+}
+
+// Clones on the one file system cost no room for their data: btrfs and XFS share the blocks.
+// (An XFS made without reflink support refuses each clone; the copies then fail for want of room
+// one by one, each named.)
+bool clonesShareBlocks(const fs::path& source, const fs::path& target) {
+#ifdef __linux__
+    struct stat a {}, b {};
+    struct statfs info {};
+    const fs::path there = nearestExisting(target);
+    if (::stat(source.c_str(), &a) != 0 || ::stat(there.c_str(), &b) != 0 || a.st_dev != b.st_dev ||
+        ::statfs(there.c_str(), &info) != 0)
+        return false;
+    const auto type = static_cast<unsigned long>(info.f_type);
+    return type == BTRFS_SUPER_MAGIC || type == XFS_SUPER_MAGIC;
+#else
+    (void)source;
+    (void)target;
+    return false;
+#endif
 }
 
 std::string systemError(int error) { return std::strerror(error); }
@@ -275,7 +303,7 @@ TreeCopyReport copyTree(const fs::path& source, const std::vector<TreePart>& par
     report.unchanged = plan.unchanged;
     report.problems = std::move(plan.problems);
     const auto room = options.freeSpace ? options.freeSpace(target) : systemFreeSpace(target);
-    if (room && *room < plan.bytes) {
+    if (room && *room < plan.bytes && !(options.clone && clonesShareBlocks(source, target))) {
         report.refused = "There is not enough room for the backup in " + target.string() + ": it needs " +
                          sizeText(plan.bytes) + ", " + sizeText(*room) + " are free.";
         return report;
