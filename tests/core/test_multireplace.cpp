@@ -227,3 +227,24 @@ TEST(SaveAsXml, EmptiesTheFolderAndNamesWhatCannotBeRead) {
     EXPECT_EQ(slurp(f.dir / "TempXML/a.xml"), documentXml("Red"));
     EXPECT_FALSE(fs::exists(f.dir / "TempXML/old.xml"));
 }
+
+TEST(MultiReplace, AbortBeforeTheEndWritesNothing) {
+    Fixture f;
+    std::vector<fs::path> files;
+    std::string bin;
+    ASSERT_TRUE(xmlTextToBin(documentXml("Red"), bin));
+    for (int i = 0; i < 1500; ++i)
+        files.push_back(f.dir.write("many/d" + std::to_string(i) + ".bin", bin));
+    f.ui.cancelAfter(0); // Abort at the first look at the progress
+    MultiReplaceOptions o;
+    o.find = "red";
+    o.replacement = "Blue";
+    o.threads = 1;
+    const auto r = replaceInFiles(f.ctx, files, o, &f.ui);
+    ASSERT_TRUE(r.stopped) << "the run ended before the first look at Abort";
+    EXPECT_EQ(describe(r), "Stopped: nothing was written.\n");
+    EXPECT_EQ(slurp(files.front()), bin);
+    EXPECT_TRUE(f.ctx.journal().entries().empty());
+    for (const auto& e : fs::directory_iterator(f.dir / "many"))
+        EXPECT_EQ(e.path().extension(), ".bin") << "no backup and no temporary file: " << e.path();
+}
