@@ -14,8 +14,8 @@ qsizetype findHit(const QString& text, const TextSearch& search, qsizetype from,
                   std::optional<QChar> joined) {
     if (search.what.isEmpty() || from < 0)
         return -1;
-    for (qsizetype at = text.indexOf(search.what, from, Qt::CaseInsensitive); at >= 0;
-         at = text.indexOf(search.what, at + 1, Qt::CaseInsensitive)) {
+    const Qt::CaseSensitivity cs = search.matchCase ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    for (qsizetype at = text.indexOf(search.what, from, cs); at >= 0; at = text.indexOf(search.what, at + 1, cs)) {
         if (!search.wholeWord)
             return at;
         const qsizetype end = at + search.what.size();

@@ -398,6 +398,7 @@ void frmEditor::connectCommands() {
     wire("mnuOstrand", &frmEditor::mnuOstrand_Click);
     wire("mnuEC", &frmEditor::mnuEC_Click);
     wire("mnuBuildCon", &frmEditor::mnuBuildCon_Click);
+    wire("mnuFindMult", &frmEditor::mnuFindMult_Click);
     wire("mnuCSV", &frmEditor::mnuCSV_Click);
     wire("mnuExcel", &frmEditor::mnuExcel_Click);
     wire("mnuCTF", &frmEditor::mnuCTF_Click);

@@ -154,6 +154,7 @@ public slots:
     void mnuOstrand_Click();      // the scenario list, the way into the scenario editor
     void mnuEC_Click();           // Compare Consists: a consist copied into another scenario
     void mnuBuildCon_Click();     // Build or Edit Consists: the saved consists
+    void mnuFindMult_Click();     // Find in Multiple Files, modal
     void mnuCSV_Click();          // a saved grid report in frmListRS
     void mnuExcel_Click();
     frmReport* mnuTxt_Click();    // a saved text report in frmReport

@@ -10,6 +10,7 @@
 #include "../consists/frmqd.h"
 #include "../routes/frmlistrs.h"
 #include "../consists/frmconsistbuilder.h"
+#include "frmfolder5.h"
 #include "../scenarios/frmconsistdupe.h"
 #include "velmora/assets/assetgrid.h"
 #include "velmora/core/services.h"
@@ -167,7 +168,6 @@ const Waiting kWaiting[] = {
     {{"mnuUndoLast"}, "Works once a command has changed a file"},
     {{"mnuDDS", "mnuView", "mnuEditDDS"}, "Works while a texture is open"},
     {{"mnuOpenTex", "mnuDDStoKrs", "mnuEmpt", "mnuRSBT", "mnuTgpcdx"}, "Waits for the texture tools"},
-    {{"mnuFindMult"}, "Waits for the search in multiple files"},
     {{"mnuAddProv", "mnuDRS", "mnuRouteInfo", "mnuMap"}, "Waits for the route editing tools"},
     {{"mnuMultiMarker", "mnuMkrDCSV", "mnuCSV2DCSV", "mnuMkRW", "mnuNoMarkers"}, "Waits for the marker tools"},
     {{"mnuDeveloper", "mnuDevFolders"}, "Waits for the developer folder tools"},
@@ -323,6 +323,11 @@ void frmEditor::mnuBuildCon_Click() {
     }
     m_consistBuilder->show();
     m_consistBuilder->raise();
+}
+
+void frmEditor::mnuFindMult_Click() {
+    frmFolder5 screen(m_ctx, this);
+    screen.exec();
 }
 
 void frmEditor::mnuCSV_Click() { openGridReport("Comma Separated (*.csv)|*.csv"); }

@@ -8,6 +8,7 @@ namespace velmora {
 struct TextSearch {
     QString what;
     bool wholeWord = false; // a hit must not have a letter, digit or "_" on either side
+    bool matchCase = false; // the views ignore case; a script may ask for it to count
 };
 
 // The first hit at or after `from` (zero-based), -1 when none.
