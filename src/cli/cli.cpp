@@ -36,7 +36,8 @@ std::vector<Command> allCommands() {
          {editorCommands(), assetCommands(), batchEditCommands(), assetEditCommands(), soundCommands(), cloneCommands(), contentCommands(), routeCommands(),
           scenarioCommands(), scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
-          qdCommands(), stockCommands(), archiveCommands(), historyCommands()})
+          qdCommands(), stockCommands(), archiveCommands(), historyCommands(),
+          textureCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

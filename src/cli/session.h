@@ -100,6 +100,7 @@ std::vector<Command> qdBuildCommands();
 std::vector<Command> consistBuilderCommands();
 std::vector<Command> qdCommands();
 std::vector<Command> archiveCommands();
+std::vector<Command> textureCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 
