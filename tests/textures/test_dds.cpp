@@ -121,10 +121,19 @@ protected:
         const DdsImport in = ddsToTexture(files, dds, back);
         ASSERT_TRUE(in.ok) << in.message;
         EXPECT_FALSE(in.backup.empty());
+        // Back into its own document nothing but the pixels could change, and they did not.
+        EXPECT_EQ(readAll(back), readAll(texture));
+
+        // Into a new file the document is built again from the header file.
+        const fs::path rebuilt = dir / ("new-" + texture.filename().string());
+        const DdsImport made = ddsToTexture(files, dds, rebuilt);
+        ASSERT_TRUE(made.ok) << made.message;
+        EXPECT_TRUE(made.backup.empty());
         TextureLevels again;
-        ASSERT_TRUE(readTextureFile(back, again, error)) << error;
+        ASSERT_TRUE(readTextureFile(rebuilt, again, error)) << error;
         EXPECT_EQ(again.levels, original.levels);
         EXPECT_EQ(again.format, original.format);
+        EXPECT_EQ(again.width, original.width);
     }
 
     // ImageMagick's view of the file, where it is installed.

@@ -140,7 +140,8 @@ bool readTextureHead(std::string_view xml, TextureLevels& out, std::string& erro
     return true;
 }
 
-bool readTextureXml(std::string_view xml, TextureLevels& out, TexturePieces* pieces, std::string& error) {
+bool readTextureXml(std::string_view xml, TextureLevels& out, TexturePieces* pieces, std::string& error,
+                    const std::vector<std::string_view>* blobs) {
     if (pieces)
         *pieces = {};
     if (!readTextureHead(xml, out, error))
@@ -183,6 +184,11 @@ bool readTextureXml(std::string_view xml, TextureLevels& out, TexturePieces* pie
         error = "Sorry, unable to convert files of the following type at this time:-Multiple-Texture file.";
         return false;
     }
+    if (blobs && blobs->size() != spans.size()) {
+        error = "the document holds " + std::to_string(blobs->size()) + " blobs but its text names " +
+                std::to_string(spans.size());
+        return false;
+    }
     out.levels.resize(spans.size());
     for (std::size_t i = 0; i < spans.size(); ++i) {
         const int w = levelSide(out.width, i), h = levelSide(out.height, i);
@@ -192,8 +198,16 @@ bool readTextureXml(std::string_view xml, TextureLevels& out, TexturePieces* pie
                     " bytes, a " + sizeText(w, h) + " " + formatShown(out.format) + " level needs " + std::to_string(need);
             return false;
         }
-        if (!hexBytes(xml.substr(spans[i].start, spans[i].end - spans[i].start), spans[i].size, i, out.levels[i], error))
+        if (blobs) {
+            if ((*blobs)[i].size() != spans[i].size) {
+                error = "blob " + std::to_string(i + 1) + " is short: its d:size says " + std::to_string(spans[i].size) +
+                        " bytes but it holds " + std::to_string((*blobs)[i].size());
+                return false;
+            }
+        } else if (!hexBytes(xml.substr(spans[i].start, spans[i].end - spans[i].start), spans[i].size, i,
+                             out.levels[i], error)) {
             return false;
+        }
     }
     if (pieces) {
         std::size_t from = 0;
@@ -211,10 +225,18 @@ std::string ddsBytes(const TextureLevels& t) {
     std::size_t total = kDdsHeader;
     for (const auto& l : t.levels)
         total += l.size();
-    std::string out(kDdsHeader, '\0');
+    std::string out = ddsHeader(t.format, t.width, t.height, t.levels.empty() ? 0 : t.levels.front().size(), t.levels.size());
     out.reserve(total);
+    for (const auto& l : t.levels)
+        out += l;
+    return out;
+}
+
+std::string ddsHeader(PixelFormat format, int width, int height, std::size_t firstLevel, std::size_t count) {
+    const TextureLevels t{format, width, height, {}};
+    std::string out(kDdsHeader, '\0');
     const bool dxt = compressed(t.format);
-    const bool mipped = t.levels.size() > 1;
+    const bool mipped = count > 1;
     std::memcpy(out.data(), "DDS ", 4);
     put32(out, 4, 124);
     // Caps, height, width, pixel format; then the linear size and the mip count.
@@ -223,8 +245,8 @@ std::string ddsBytes(const TextureLevels& t) {
     out[10] = static_cast<char>(dxt || mipped ? 0x0A : 0x08);
     put32(out, 12, static_cast<std::uint32_t>(t.height));
     put32(out, 16, static_cast<std::uint32_t>(t.width));
-    put32(out, 20, t.levels.empty() ? 0 : static_cast<std::uint32_t>(t.levels.front().size()));
-    put32(out, 28, static_cast<std::uint32_t>(t.levels.size()));
+    put32(out, 20, static_cast<std::uint32_t>(firstLevel));
+    put32(out, 28, static_cast<std::uint32_t>(count));
     put32(out, 76, 0x20);
     if (dxt) {
         out[80] = 0x04;
@@ -241,13 +263,21 @@ std::string ddsBytes(const TextureLevels& t) {
         out[108] = 0x08; // complex
         out[110] = 0x40; // with mip maps
     }
-    for (const auto& l : t.levels)
-        out += l;
     return out;
 }
 
 bool readDds(std::string_view bytes, TextureLevels& out, std::string& error) {
+    std::vector<std::string_view> views;
+    if (!readDdsLevels(bytes, out, views, error))
+        return false;
+    for (std::size_t i = 0; i < views.size(); ++i)
+        out.levels[i].assign(views[i]);
+    return true;
+}
+
+bool readDdsLevels(std::string_view bytes, TextureLevels& out, std::vector<std::string_view>& views, std::string& error) {
     out = {};
+    views.clear();
     if (bytes.size() < kDdsHeader) {
         error = "the file is cut short: it holds " + std::to_string(bytes.size()) + " bytes, less than a DDS header";
         return false;
@@ -312,9 +342,10 @@ bool readDds(std::string_view bytes, TextureLevels& out, std::string& error) {
     }
     std::size_t at = kDdsHeader;
     for (std::size_t s : sizes) {
-        out.levels.emplace_back(bytes.substr(at, s));
+        views.push_back(bytes.substr(at, s));
         at += s;
     }
+    out.levels.resize(views.size());
     return true;
 }
 
@@ -376,6 +407,10 @@ bool readHeaderFile(std::string_view text, TexturePieces& out, std::string& erro
 }
 
 std::string rebuildXml(const TexturePieces& p, const std::vector<std::string>& levels) {
+    return rebuildXml(p, std::vector<std::string_view>(levels.begin(), levels.end()));
+}
+
+std::string rebuildXml(const TexturePieces& p, const std::vector<std::string_view>& levels) {
     static const char* digits = "0123456789ABCDEF";
     std::size_t total = 0;
     for (const auto& piece : p.pieces)

@@ -5,6 +5,7 @@
 
 #include "velmora/core/convert.h"
 #include "velmora/core/filewrite.h"
+#include "serz/serz.h"
 
 #include <algorithm>
 
@@ -42,6 +43,72 @@ bool sameKind(PixelFormat a, PixelFormat b) {
     return a == b || (wide(a) && wide(b));
 }
 
+// A texture document read for its pixels: the XML with its blobs left empty, and the blobs'
+// bytes as views into the binary, so that megabytes of pixels never become text.
+struct BinaryTexture {
+    std::string binary;
+    std::string skeleton;
+    std::vector<serz::BlobPlace> places;
+    std::vector<std::string_view> blobs;
+};
+
+bool readBinaryTexture(const fs::path& file, BinaryTexture& t, std::string& error) {
+    if (!readBytes(file, t.binary, error))
+        return false;
+    serz::WriteOptions options;
+    options.blobPlaces = &t.places;
+    if (const serz::Status s = serz::decode(t.binary, t.skeleton, options); !s) {
+        error = named(file, s.message + " (byte " + std::to_string(s.offset) + ")");
+        return false;
+    }
+    for (const serz::BlobPlace& p : t.places)
+        t.blobs.push_back(std::string_view(t.binary).substr(p.offset, p.size));
+    return true;
+}
+
+// Format, size and pieces of a texture file; the levels stay in `t`.
+bool readTexture(const fs::path& file, BinaryTexture& t, TextureLevels& levels, TexturePieces* pieces,
+                 std::string& error) {
+    if (!readBinaryTexture(file, t, error))
+        return false;
+    if (!readTextureXml(t.skeleton, levels, pieces, error, &t.blobs)) {
+        error = named(file, error);
+        return false;
+    }
+    return true;
+}
+
+// The pieces as the header file gives them back, for comparing: its quotes and hashes are one.
+std::string asInHeaderFile(std::string piece) {
+    std::replace(piece.begin(), piece.end(), '"', '#');
+    return piece;
+}
+
+// When `texture` is the very document the header file was cut from, its binary with the new
+// levels in place of the old: every other byte stays as it was. False when it is another one.
+bool patchedInPlace(const fs::path& texture, const TexturePieces& pieces, const std::vector<std::string_view>& levels,
+                    std::string& bin) {
+    std::error_code ec;
+    if (!fs::is_regular_file(texture, ec))
+        return false;
+    BinaryTexture t;
+    std::string error;
+    if (!readBinaryTexture(texture, t, error) || t.places.size() != levels.size())
+        return false;
+    TextureLevels unused;
+    TexturePieces current;
+    // The pieces of the document as it stands, cut the same way.
+    if (!readTextureXml(t.skeleton, unused, &current, error, &t.blobs) || current.sizes != pieces.sizes)
+        return false;
+    for (std::size_t i = 0; i < current.pieces.size(); ++i)
+        if (asInHeaderFile(current.pieces[i]) != asInHeaderFile(pieces.pieces[i]))
+            return false;
+    for (std::size_t i = 0; i < levels.size(); ++i)
+        std::copy(levels[i].begin(), levels[i].end(), t.binary.begin() + static_cast<std::ptrdiff_t>(t.places[i].offset));
+    bin = std::move(t.binary);
+    return true;
+}
+
 } // namespace
 
 fs::path headerFileFor(const fs::path& dds) {
@@ -56,23 +123,24 @@ DdsExport textureToDds(WriteService& files, const fs::path& texture, const fs::p
         r.message = named(texture, "You do not appear to have opened a .TgPcDx file?");
         return r;
     }
-    std::string xml;
-    if (const ConvertResult c = binToXmlText(texture, xml); !c) {
-        r.message = c.message;
-        return r;
-    }
+    BinaryTexture t;
     TextureLevels levels;
     TexturePieces pieces;
-    std::string why;
-    if (!readTextureXml(xml, levels, &pieces, why)) {
-        r.message = named(texture, why);
+    if (!readTexture(texture, t, levels, &pieces, r.message))
         return r;
-    }
-    xml.clear();
-    xml.shrink_to_fit();
 
     const WriteOptions exportOptions{.backup = Backup::None};
-    const WriteResult image = files.write(dds, ddsBytes(levels), exportOptions);
+    const WriteResult image = files.write(
+        dds,
+        [&](const ByteSink& sink) {
+            const std::string header = ddsHeader(levels.format, levels.width, levels.height, t.blobs.front().size(),
+                                                 t.blobs.size());
+            std::error_code ec = sink(header.data(), header.size());
+            for (std::size_t i = 0; !ec && i < t.blobs.size(); ++i)
+                ec = sink(t.blobs[i].data(), t.blobs[i].size());
+            return ec;
+        },
+        exportOptions);
     if (!image) {
         r.message = image.message;
         return r;
@@ -123,27 +191,28 @@ DdsImport ddsToTexture(WriteService& files, const fs::path& dds, const fs::path&
     }
     document.levels.resize(pieces.sizes.size());
     TextureLevels edited;
-    if (!readDds(ddsData, edited, why)) {
+    std::vector<std::string_view> levels;
+    if (!readDdsLevels(ddsData, edited, levels, why)) {
         r.message = named(dds, why);
         return r;
     }
-    ddsData.clear();
-    ddsData.shrink_to_fit();
     if (edited.width != document.width || edited.height != document.height ||
         !sameKind(edited.format, document.format) || edited.levels.size() != document.levels.size()) {
         r.message = named(dds, "the picture is " + levelsShown(edited) + " but its texture was " + levelsShown(document) +
                                    "; save it again with the size, format and number of mip-maps of the texture");
         return r;
     }
-    for (std::size_t i = 0; i < edited.levels.size(); ++i)
-        if (edited.levels[i].size() != pieces.sizes[i]) {
+    for (std::size_t i = 0; i < levels.size(); ++i)
+        if (levels[i].size() != pieces.sizes[i]) {
             r.message = named(dds, "mip level " + std::to_string(i + 1) + " holds " +
-                                       std::to_string(edited.levels[i].size()) + " bytes but the texture's holds " +
+                                       std::to_string(levels[i].size()) + " bytes but the texture's holds " +
                                        std::to_string(pieces.sizes[i]));
             return r;
         }
     std::string bin;
-    if (const ConvertResult c = xmlTextToBin(rebuildXml(pieces, edited.levels), bin, headerPath.string()); !c) {
+    if (patchedInPlace(texture, pieces, levels, bin)) {
+        // The document the header file belongs to: only its pixels change.
+    } else if (const ConvertResult c = xmlTextToBin(rebuildXml(pieces, levels), bin, headerPath.string()); !c) {
         r.message = "Serz.exe was unable to convert your new texture to\na .TgPcDx file - Sorry but this is out of my "
                     "control.\n" + c.message;
         return r;
@@ -170,15 +239,11 @@ bool readTextureFile(const fs::path& file, TextureLevels& out, std::string& erro
         }
         return true;
     }
-    std::string xml;
-    if (const ConvertResult c = binToXmlText(file, xml); !c) {
-        error = c.message;
+    BinaryTexture t;
+    if (!readTexture(file, t, out, nullptr, error))
         return false;
-    }
-    if (!readTextureXml(xml, out, nullptr, error)) {
-        error = named(file, error);
-        return false;
-    }
+    for (std::size_t i = 0; i < t.blobs.size(); ++i)
+        out.levels[i].assign(t.blobs[i]);
     return true;
 }
 

@@ -41,16 +41,23 @@ struct TexturePieces {
 
 // Reads the format, size and blobs of a texture document's XML. The blob scan keeps positions
 // into the one text. False with the reason (no file name) when the document is not a texture
-// that converts: another format, more than 16 levels, a blob shorter than its level.
-bool readTextureXml(std::string_view xml, TextureLevels& out, TexturePieces* pieces, std::string& error);
+// that converts: another format, more than 16 levels, a blob shorter than its level. With
+// `blobs`, the XML's blobs are empty and their bytes are these, in order (read straight from
+// the binary document); they are checked but not copied: `out.levels` are left empty, one a blob.
+bool readTextureXml(std::string_view xml, TextureLevels& out, TexturePieces* pieces, std::string& error,
+                    const std::vector<std::string_view>* blobs = nullptr);
 // Only the format and size, from the text before the first blob; no levels.
 bool readTextureHead(std::string_view xml, TextureLevels& out, std::string& error);
 
 // The 128-byte DDS header and the levels after it.
 std::string ddsBytes(const TextureLevels& texture);
+std::string ddsHeader(PixelFormat format, int width, int height, std::size_t firstLevel, std::size_t count);
 // The levels of a DDS file as its header describes them. False with the reason when the header
 // is not one of the formats a texture uses, or the file is shorter or longer than its levels.
 bool readDds(std::string_view bytes, TextureLevels& out, std::string& error);
+// The same with the levels as views into `bytes`; `out.levels` are left empty, one a level.
+bool readDdsLevels(std::string_view bytes, TextureLevels& out, std::vector<std::string_view>& levels,
+                   std::string& error);
 
 // The header file's text: the count of blobs, their sizes, then every piece in double quotes,
 // its own double quotes written as "#". The reader turns every "#" back into a double quote.
@@ -59,6 +66,7 @@ bool readHeaderFile(std::string_view text, TexturePieces& out, std::string& erro
 
 // The document's XML again, each level's bytes as hexadecimal pairs in rows of four.
 std::string rebuildXml(const TexturePieces& pieces, const std::vector<std::string>& levels);
+std::string rebuildXml(const TexturePieces& pieces, const std::vector<std::string_view>& levels);
 
 // One level as a picture; an empty image (and the reason) when there is no such level.
 Image levelImage(const TextureLevels& texture, int mip, std::string* error = nullptr);
