@@ -342,6 +342,16 @@ TEST_F(DdsFiles, BadDdsFilesAreRefusedAndNothingIsWritten) {
     EXPECT_NE(lost.message.find("No header file found in TempFiles for this .dds file, cannot process further."), std::string::npos);
     EXPECT_EQ(readAll(texture), before);
 
+    // A texture whose second level is shorter than a 8x8 DXT5 level.
+    std::vector<std::string> cut = levels;
+    cut[1].resize(cut[1].size() / 2);
+    const fs::path shortBlob = document("Kurz, 'ä'.TgPcDx", textureXml("HC_IMAGE_FORMAT_COMPRESSED_INTERP_ALPHA", 16, cut));
+    const DdsExport refusedShort = textureToDds(files, shortBlob, dir / "short.dds");
+    EXPECT_FALSE(refusedShort.ok);
+    EXPECT_EQ(refusedShort.message, shortBlob.string() + ": mip level 2 is short: it holds 32 bytes, a 8x8 DXT5 ARGB level needs 64");
+    EXPECT_FALSE(fs::exists(dir / "short.dds"));
+    EXPECT_FALSE(fs::exists(dir / "short.dat"));
+
     // Not a texture at all, and a texture that does not exist.
     EXPECT_EQ(textureToDds(files, dds, dir / "x.dds").message, dds.string() + ": You do not appear to have opened a .TgPcDx file?");
     const DdsExport missing = textureToDds(files, dir / "Gone, \"é\".TgPcDx", dir / "y.dds");
