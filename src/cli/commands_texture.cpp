@@ -133,17 +133,12 @@ int cmdEmptyTemp(Session& s) {
                  Buttons::YesNo, Icon::Question, "Velmora") != Answer::Yes)
         return s.fail("nothing was deleted");
     const fs::path folder = tempDds(s);
-    std::error_code ec;
-    if (fs::is_directory(folder, ec)) {
-        const fs::path keepIn = s.ctx.appPath() / "Deleted" / localTimeText("%Y%m%d-%H%M%S");
-        const std::vector<std::string> problems = s.ctx.files().removeFolder(folder, keepIn);
-        for (const std::string& p : problems)
-            s.err << p << '\n';
-        if (!problems.empty())
-            return Error;
+    const std::string problems =
+        emptyTempDds(s.ctx.files(), folder, s.ctx.appPath() / "Deleted" / localTimeText("%Y%m%d-%H%M%S"));
+    if (!problems.empty()) {
+        s.err << problems;
+        return Error;
     }
-    if (!MakePath(folder))
-        return s.fail(folder.string() + ": the folder cannot be made");
     if (!s.g.quiet)
         s.out << "Emptied " << folder.string() << '\n';
     return Success;

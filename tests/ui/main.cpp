@@ -23,6 +23,7 @@ int runTestApArchives(int argc, char** argv);
 int runTestFrmAssetsAP(int argc, char** argv);
 int runTestFrmAssetsBatch(int argc, char** argv);
 int runTestFrmAssetsEdits(int argc, char** argv);
+int runTestTextureMenus(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -32,7 +33,7 @@ int main(int argc, char** argv) {
                      runTestFrmContent, runTestFrmDelRoute, runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
                      runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch,
-                     runTestFrmAssetsEdits})
+                     runTestFrmAssetsEdits, runTestTextureMenus})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

@@ -228,6 +228,18 @@ DdsImport ddsToTexture(WriteService& files, const fs::path& dds, const fs::path&
     return r;
 }
 
+std::string emptyTempDds(WriteService& files, const fs::path& folder, const fs::path& keepIn) {
+    std::string problems;
+    std::error_code ec;
+    if (fs::is_directory(folder, ec))
+        for (const std::string& p : files.removeFolder(folder, keepIn))
+            problems += p + "\n";
+    fs::create_directories(folder, ec);
+    if (ec)
+        problems += folder.string() + ": the folder cannot be made (" + ec.message() + ")\n";
+    return problems;
+}
+
 bool readTextureFile(const fs::path& file, TextureLevels& out, std::string& error) {
     if (endsWithNoCase(file.filename().string(), ".dds")) {
         std::string bytes;

@@ -166,7 +166,7 @@ const Waiting kWaiting[] = {
     {{"mnuFile2"}, "Works while the second window is open (Open 2nd Window)"},
     {{"mnuUndoLast"}, "Works once a command has changed a file"},
     {{"mnuDDS", "mnuView", "mnuEditDDS"}, "Works while a texture is open"},
-    {{"mnuOpenTex", "mnuDDStoKrs", "mnuEmpt", "mnuRSBT", "mnuTgpcdx"}, "Waits for the texture tools"},
+    {{"mnuRSBT", "mnuTgpcdx"}, "Waits for the texture tools"},
     {{"mnuBackup", "mnuInc", "mnuReadWrite", "mnuSelRW", "mnuVer", "mnuWeb"}, "Waits for the backup and housekeeping tools"},
     {{"mnuFindMult"}, "Waits for the search in multiple files"},
     {{"mnuAddProv", "mnuDRS", "mnuRouteInfo", "mnuMap"}, "Waits for the route editing tools"},

@@ -101,6 +101,11 @@ struct DdsImport {
 // another size, format or mip count than the document, is cut short, or has no header file.
 DdsImport ddsToTexture(WriteService& files, const std::filesystem::path& dds, const std::filesystem::path& texture);
 
+// Empties the texture tools' scratch folder: its files are moved below `keepIn` (recorded in
+// the journal, so an undo brings them back) and the folder is made again. The problems, one a
+// line; empty when all went.
+std::string emptyTempDds(WriteService& files, const std::filesystem::path& folder, const std::filesystem::path& keepIn);
+
 // The levels of a .TgPcDx or a .dds file, by its extension; false with a reason naming the file.
 bool readTextureFile(const std::filesystem::path& file, TextureLevels& out, std::string& error);
 
