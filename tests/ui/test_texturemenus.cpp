@@ -57,6 +57,16 @@ private slots:
         QVERIFY(fs::exists(m_dir / "home/TempDDS/Räder, 'neu'.dat"));
         QVERIFY2(ui.prompts.back().text.find("3. Number of Mip-Maps - 9") != std::string::npos, ui.prompts.back().text.c_str());
 
+        // The viewer and the paint program of the options; without one, how to set it.
+        QVERIFY(editor.action("mnuView")->isEnabled());
+        ctx.settings.graphicsViewer.clear();
+        editor.action("mnuView")->trigger();
+        QVERIFY(ui.prompts.back().text.find("To view DDS files you need to install a suitable Texture viewer") == 0);
+        const std::size_t before = ui.prompts.size();
+        ctx.settings.textureEditor = "/bin/true";
+        editor.action("mnuEditDDS")->trigger();
+        QCOMPARE(ui.prompts.size(), before);
+
         // No to the question: nothing is written.
         ui.pushPath(dds);
         editor.action("mnuDDStoKrs")->trigger();

@@ -417,7 +417,15 @@ void frmEditor::connectCommands() {
     });
     connect(this, &frmEditor::documentLoaded, this,
             [this] { action("mnuDDS")->setEnabled(m_path->text().endsWith(QLatin1String("TgPcDx"), Qt::CaseInsensitive)); });
-    connect(action("mnuDDS"), &QAction::triggered, this, [this] { mnuDDS_Click(m_ctx, fromQt(m_path->text())); });
+    connect(action("mnuDDS"), &QAction::triggered, this, [this] {
+        const bool made = mnuDDS_Click(m_ctx, fromQt(m_path->text()));
+        action("mnuView")->setEnabled(made);
+        action("mnuEditDDS")->setEnabled(made);
+    });
+    connect(action("mnuView"), &QAction::triggered, this,
+            [this] { openDdsWith(m_ctx, m_ctx.settings.graphicsViewer, fromQt(m_path->text())); });
+    connect(action("mnuEditDDS"), &QAction::triggered, this,
+            [this] { openDdsWith(m_ctx, m_ctx.settings.textureEditor, fromQt(m_path->text())); });
     connect(action("mnuDDStoKrs"), &QAction::triggered, this, [this] { mnuDDStoKrs_Click(m_ctx, fromQt(m_path->text())); });
     connect(action("mnuEmpt"), &QAction::triggered, this, [this] { mnuEmpt_Click(m_ctx); });
     for (const char* name : {"mnuOpenTex", "mnuDDStoKrs", "mnuEmpt"})

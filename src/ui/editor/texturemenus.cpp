@@ -2,6 +2,7 @@
 
 #include "velmora/core/appcontext.h"
 #include "velmora/core/journal.h"
+#include "velmora/core/process.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/textures/dds.h"
@@ -31,6 +32,19 @@ bool mnuDDS_Click(AppContext& ctx, const fs::path& texture) {
         textures::textureToDds(ctx.files(), texture, folder / (texture.stem().string() + ".dds"));
     ctx.ui().message(r.message, r.ok ? Icon::Information : Icon::Warning);
     return r.ok;
+}
+
+void openDdsWith(AppContext& ctx, const std::string& program, const fs::path& texture) {
+    const fs::path dds = tempDdsFolder(ctx) / (texture.stem().string() + ".dds");
+    std::error_code ec;
+    if (program.empty() || !fs::is_regular_file(program, ec)) {
+        ctx.ui().message("To view DDS files you need to install a suitable Texture viewer (e.g. IrfanView) on your PC "
+                         "\nand select the path from the Options menu.",
+                         Icon::Information);
+        return;
+    }
+    if (!startDetached(program, {dds.string()}, ctx.appPath()))
+        ctx.ui().message(program + ": the program cannot be started", Icon::Warning);
 }
 
 void mnuDDStoKrs_Click(AppContext& ctx, const fs::path& texture) {

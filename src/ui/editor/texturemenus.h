@@ -4,6 +4,7 @@
 // work is the textures library's.
 
 #include <filesystem>
+#include <string>
 
 namespace velmora {
 class AppContext;
@@ -17,6 +18,10 @@ std::filesystem::path tempDdsFolder(const AppContext& ctx);
 // Convert to .dds: `texture` (the open document) to TempDDS\Name.dds and its header file,
 // then the advice on keeping the format. True when the .dds was written.
 bool mnuDDS_Click(AppContext& ctx, const std::filesystem::path& texture);
+
+// View Texture and Edit Texture: the open texture's .dds in TempDDS shown by `program` (the
+// viewer or the paint program of the options); without one, says how to set it.
+void openDdsWith(AppContext& ctx, const std::string& program, const std::filesystem::path& texture);
 
 // Convert .dds to TgPcDx: a .dds chosen in TempDDS back into `texture` (the open one), or into
 // the texture of the same name beside it when none is open, after a yes.
