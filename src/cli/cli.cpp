@@ -37,7 +37,7 @@ std::vector<Command> allCommands() {
           scenarioCommands(), scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands(),
-          searchReplaceCommands()})
+          searchReplaceCommands(), textureCommands()})
         all.insert(all.end(), group.begin(), group.end());
     for (auto&& c : backupCommands())
         all.push_back(c);

@@ -101,6 +101,7 @@ std::vector<Command> consistBuilderCommands();
 std::vector<Command> qdCommands();
 std::vector<Command> archiveCommands();
 std::vector<Command> searchReplaceCommands();
+std::vector<Command> textureCommands();
 std::vector<Command> backupCommands();
 
 std::optional<long long> parseNumber(const std::string& s);

@@ -303,7 +303,10 @@ bool Decoder::instance(const Template& t) {
         m_out += "<d:blob d:size=\"";
         appendInt(m_out, size);
         m_out += "\">";
-        appendBlobHex(m_out, m_in.substr(m_pos, size), m_eol);
+        if (m_options.blobPlaces)
+            m_options.blobPlaces->push_back({m_pos, size});
+        else
+            appendBlobHex(m_out, m_in.substr(m_pos, size), m_eol);
         m_pos += size;
         m_out += "</d:blob>";
         m_out += m_eol;

@@ -16,6 +16,7 @@
 #include "../scenarios/frmshowroutes.h"
 #include "dialogs.h"
 #include "dlgsearch.h"
+#include "texturemenus.h"
 #include "xmlhighlighter.h"
 #include "xmltreemodel.h"
 #include "velmora/core/editorcaptions.h"
@@ -411,6 +412,31 @@ void frmEditor::connectCommands() {
     wire("mnuSelRW", &frmEditor::mnuSelRW_Click);
     wire("mnuVer", &frmEditor::mnuVer_Click);
     wire("mnuWeb", &frmEditor::mnuWeb_Click);
+    // The texture conversions of the Graphics Tools menu, on the open texture.
+    connect(action("mnuOpenTex"), &QAction::triggered, this, [this] {
+        if (const auto path = choosePath("Open RS Texture files", "RS Files (*.TgPcDx)|*.TgPcDx")) {
+            MakePath(tempDdsFolder(m_ctx));
+            // Opened as any binary document is, without asking again.
+            m_ctx.currentFile = *path;
+            m_openedFromRouteList = true;
+            mnuOpenRS_Click();
+        }
+    });
+    connect(this, &frmEditor::documentLoaded, this,
+            [this] { action("mnuDDS")->setEnabled(m_path->text().endsWith(QLatin1String("TgPcDx"), Qt::CaseInsensitive)); });
+    connect(action("mnuDDS"), &QAction::triggered, this, [this] {
+        const bool made = mnuDDS_Click(m_ctx, fromQt(m_path->text()));
+        action("mnuView")->setEnabled(made);
+        action("mnuEditDDS")->setEnabled(made);
+    });
+    connect(action("mnuView"), &QAction::triggered, this,
+            [this] { openDdsWith(m_ctx, m_ctx.settings.graphicsViewer, fromQt(m_path->text())); });
+    connect(action("mnuEditDDS"), &QAction::triggered, this,
+            [this] { openDdsWith(m_ctx, m_ctx.settings.textureEditor, fromQt(m_path->text())); });
+    connect(action("mnuDDStoKrs"), &QAction::triggered, this, [this] { mnuDDStoKrs_Click(m_ctx, fromQt(m_path->text())); });
+    connect(action("mnuEmpt"), &QAction::triggered, this, [this] { mnuEmpt_Click(m_ctx); });
+    for (const char* name : {"mnuOpenTex", "mnuDDStoKrs", "mnuEmpt"})
+        action(name)->setEnabled(true);
     // Tool screens made on first use and kept while the program runs (the content list closes
     // for good, as the asset list does).
     liveTool<frmCheckQD>("mnuCheckQD", [this] { return new frmCheckQD(m_ctx, this); });

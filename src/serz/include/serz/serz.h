@@ -6,10 +6,17 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace serz {
 
 enum class LineEnd { CrLf, Lf };
+
+// Where a blob's bytes lie in a binary document.
+struct BlobPlace {
+    std::uint64_t offset = 0;
+    std::uint32_t size = 0;
+};
 
 struct WriteOptions {
     LineEnd lineEnd = LineEnd::CrLf; // serz.exe writes CR LF
@@ -20,7 +27,12 @@ struct WriteOptions {
     // The most XML one document may give; 0 picks the default for the input's size
     // (xmlLimitFor). Real documents give 2 to 7 times their size.
     std::uint64_t maxXmlBytes = 0;
+    // When set, blobs are not written out as hexadecimal: each d:blob element is left empty and
+    // the place of its bytes in the binary is appended here, for readers that want the bytes
+    // themselves (a texture's pixels) and not their text.
+    std::vector<BlobPlace>* blobPlaces = nullptr;
 };
+
 
 // The XML one binary document of `binaryBytes` may give by default: 32 times its size, at least
 // 256 MiB, at most 8 GiB.
