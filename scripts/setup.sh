@@ -9,7 +9,7 @@ BUILD="${VELMORA_BUILD_DIR:-$ROOT/build}"
 PACKAGES=(
   build-essential cmake ninja-build pkg-config git
   qt6-base-dev qt6-charts-dev libqt6opengl6-dev libgl-dev
-  libzip-dev 7zip
+  libzip-dev 7zip imagemagick
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
 )

@@ -6,6 +6,7 @@
 
 #include <QAction>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QtTest>
 
 #include <algorithm>
@@ -31,6 +32,32 @@ private slots:
         std::ofstream(m_dir / "rw/RailWorks.exe") << "";
     }
     void cleanup() { fs::remove_all(m_dir); }
+
+    void rsBinToolOnlyWithItsFolderAndNeverAHang() {
+        ScriptedUi ui;
+        {
+            AppContext ctx(m_dir / "home", m_dir / "data", ui);
+            StartupOptions o;
+            o.railWorks = m_dir / "rw";
+            ui::frmEditor editor(ctx, o);
+            QVERIFY(!editor.action("mnuRSBT")->isVisible());
+        }
+        fs::create_directories(m_dir / "home/RSBinTool");
+        AppContext ctx(m_dir / "home", m_dir / "data", ui);
+        StartupOptions o;
+        o.railWorks = m_dir / "rw";
+        ui::frmEditor editor(ctx, o);
+        QVERIFY(editor.action("mnuRSBT")->isVisible());
+        QVERIFY(editor.action("mnuRSBT")->isEnabled());
+        editor.action("mnuRSBT")->trigger();
+        QVERIFY2(ui.prompts.back().text.find("rsbintool.exe: the program is not there") != std::string::npos,
+                 ui.prompts.back().text.c_str());
+        if (QStandardPaths::findExecutable("wine").isEmpty()) {
+            std::ofstream(m_dir / "home/RSBinTool/rsbintool.exe") << "MZ";
+            editor.action("mnuRSBT")->trigger();
+            QVERIFY2(ui.prompts.back().text.find("install Wine") != std::string::npos, ui.prompts.back().text.c_str());
+        }
+    }
 
     void aTextureOutToDdsAndBack() {
         const fs::path texture = m_dir / "Räder, 'neu'.TgPcDx";

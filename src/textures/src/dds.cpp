@@ -239,8 +239,10 @@ std::string ddsHeader(PixelFormat format, int width, int height, std::size_t fir
     const bool mipped = count > 1;
     std::memcpy(out.data(), "DDS ", 4);
     put32(out, 4, 124);
-    // Caps, height, width, pixel format; then the linear size and the mip count.
-    out[8] = 0x09;
+    // Caps, height, width, pitch and pixel format; then the linear size and the mip count. The
+    // height and width flags are required by the published layout, and readers that check them
+    // (ImageMagick) refuse a file without them.
+    out[8] = 0x0F;
     out[9] = 0x10;
     out[10] = static_cast<char>(dxt || mipped ? 0x0A : 0x08);
     put32(out, 12, static_cast<std::uint32_t>(t.height));

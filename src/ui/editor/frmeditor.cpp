@@ -435,7 +435,8 @@ void frmEditor::connectCommands() {
             [this] { openDdsWith(m_ctx, m_ctx.settings.textureEditor, fromQt(m_path->text())); });
     connect(action("mnuDDStoKrs"), &QAction::triggered, this, [this] { mnuDDStoKrs_Click(m_ctx, fromQt(m_path->text())); });
     connect(action("mnuEmpt"), &QAction::triggered, this, [this] { mnuEmpt_Click(m_ctx); });
-    for (const char* name : {"mnuOpenTex", "mnuDDStoKrs", "mnuEmpt"})
+    connect(action("mnuRSBT"), &QAction::triggered, this, [this] { mnuRSBT_Click(m_ctx); });
+    for (const char* name : {"mnuOpenTex", "mnuDDStoKrs", "mnuEmpt", "mnuRSBT"})
         action(name)->setEnabled(true);
     // Tool screens made on first use and kept while the program runs (the content list closes
     // for good, as the asset list does).

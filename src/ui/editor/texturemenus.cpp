@@ -7,6 +7,8 @@
 #include "velmora/core/userinterface.h"
 #include "velmora/textures/dds.h"
 
+#include <QStandardPaths>
+
 namespace velmora::ui {
 
 namespace fs = std::filesystem;
@@ -68,6 +70,32 @@ void mnuDDStoKrs_Click(AppContext& ctx, const fs::path& texture) {
         ctx.ui().message(r.message, Icon::Critical);
     else
         ctx.ui().message("Saved " + r.written.string() + (r.backup.empty() ? "" : "\nBackup: " + r.backup.string()));
+}
+
+void mnuRSBT_Click(AppContext& ctx) {
+    const fs::path tool = ctx.appPath() / "RSBinTool" / "rsbintool.exe";
+    std::error_code ec;
+    if (!fs::is_regular_file(tool, ec)) {
+        ctx.ui().message(tool.string() + ": the program is not there", Icon::Warning);
+        return;
+    }
+    std::string program = tool.string();
+    std::vector<std::string> arguments;
+#ifndef _WIN32
+    const QString wine = QStandardPaths::findExecutable("wine");
+    if (wine.isEmpty()) {
+        ctx.ui().message(tool.string() + ": RSBinTool is a Windows program; install Wine to run it here.",
+                         Icon::Information);
+        return;
+    }
+    arguments = {program};
+    program = wine.toStdString();
+#endif
+    ctx.ui().beginProgress("Waiting for RSBinTool to close", 0);
+    const ExecResult run = ExecCmd(program, arguments, ctx.appPath(), &ctx.ui(), WindowStyle::Normal);
+    ctx.ui().endProgress();
+    if (!run.started)
+        ctx.ui().message(tool.string() + ": the program cannot be started", Icon::Warning);
 }
 
 void mnuEmpt_Click(AppContext& ctx) {

@@ -27,6 +27,11 @@ void openDdsWith(AppContext& ctx, const std::string& program, const std::filesys
 // the texture of the same name beside it when none is open, after a yes.
 void mnuDDStoKrs_Click(AppContext& ctx, const std::filesystem::path& texture);
 
+// RSBinTool: the program's RSBinTool\rsbintool.exe run from the program's folder, waited for
+// behind a progress box whose Abort stops it. Elsewhere than Windows it runs through Wine, or
+// says that Wine is needed.
+void mnuRSBT_Click(AppContext& ctx);
+
 // Empty TempDDS, after a yes: its files are kept below Deleted, and the folder made again.
 void mnuEmpt_Click(AppContext& ctx);
 
