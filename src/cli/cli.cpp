@@ -37,10 +37,8 @@ std::vector<Command> allCommands() {
           scenarioCommands(), scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands(),
-          searchReplaceCommands(), textureCommands()})
+          searchReplaceCommands(), textureCommands(), backupCommands()})
         all.insert(all.end(), group.begin(), group.end());
-    for (auto&& c : backupCommands())
-        all.push_back(c);
     return all;
 }
 
