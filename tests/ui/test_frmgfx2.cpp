@@ -9,6 +9,7 @@
 #include "textures/frmgfx2.h"
 #include "textures/pictureview.h"
 #include "velmora/textures/dds.h"
+#include "velmora/textures/picture.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -23,6 +24,7 @@
 #include <QSpinBox>
 #include <QtTest>
 
+#include <algorithm>
 #include <fstream>
 
 using namespace velmora;
@@ -322,6 +324,37 @@ private slots:
         drag(QEvent::MouseMove, {100, 60}, Qt::LeftButton);
         drag(QEvent::MouseButtonRelease, {100, 60}, Qt::NoButton);
         QCOMPARE(bar->value(), start + 40);
+    }
+
+    void aLargeTextureIsWorkedOffTheGuiThread() {
+        // A 2048 DXT1 .dds with two levels, its blocks all different.
+        textures::TextureLevels t{textures::PixelFormat::Dxt1, 2048, 2048, {}};
+        for (int side : {2048, 1024}) {
+            std::string level(textures::levelSize(textures::PixelFormat::Dxt1, side, side), '\0');
+            for (std::size_t i = 0; i < level.size(); ++i)
+                level[i] = static_cast<char>((i * 2654435761u) >> 11);
+            t.levels.push_back(std::move(level));
+        }
+        const fs::path dds = m_demo.dir / "pics/Groß.dds";
+        std::ofstream(dds, std::ios::binary) << textures::ddsBytes(t);
+        ui::frmGFX2 screen(*m_demo.ctx, dds);
+        QCOMPARE(screen.windowTitle(), QString::fromUtf8("PicView - Groß.dds (2048x2048)"));
+        const textures::Image top = screen.document().picture();
+        auto worked = [&](const std::string& label) {
+            const auto& labels = m_demo.ui->progressLabels;
+            return std::find(labels.begin(), labels.end(), label) != labels.end();
+        };
+        QVERIFY(worked("Reading Groß.dds"));
+        screen.action("flip")->trigger();
+        QVERIFY(worked("Flipped"));
+        screen.mipBox()->setValue(1);
+        QVERIFY(!worked("Decoding mip level 1")); // a 1024 level is quick enough as it is
+        QCOMPARE(screen.document().picture().rgba, textures::flipped(textures::levelImage(t, 1)).rgba);
+        screen.mipBox()->setValue(0);
+        QVERIFY(worked("Decoding mip level 0"));
+        screen.action("flip")->trigger();
+        QCOMPARE(screen.document().picture().rgba, top.rgba);
+        fs::remove(dds);
     }
 
     void theMainScreenOpensItFromTheMenuAndFromShowImage() {

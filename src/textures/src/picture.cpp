@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace velmora::textures {
 
@@ -11,15 +12,33 @@ std::size_t at(int width, int x, int y) {
     return (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)) * 4;
 }
 
+// The in-place forms work on a picture the caller owns; the others copy first.
+void flipInPlace(Image& picture) {
+    if (!picture.valid())
+        return;
+    const std::size_t row = static_cast<std::size_t>(picture.width) * 4;
+    std::vector<std::uint8_t> spare(row);
+    for (int top = 0, bottom = picture.height - 1; top < bottom; ++top, --bottom) {
+        std::uint8_t* a = &picture.rgba[at(picture.width, 0, top)];
+        std::uint8_t* b = &picture.rgba[at(picture.width, 0, bottom)];
+        std::memcpy(spare.data(), a, row);
+        std::memcpy(a, b, row);
+        std::memcpy(b, spare.data(), row);
+    }
+}
+
+void greyInPlace(Image& picture) {
+    for (std::size_t i = 0; i + 3 < picture.rgba.size(); i += 4) {
+        const int y = (299 * picture.rgba[i] + 587 * picture.rgba[i + 1] + 114 * picture.rgba[i + 2] + 500) / 1000;
+        picture.rgba[i] = picture.rgba[i + 1] = picture.rgba[i + 2] = static_cast<std::uint8_t>(std::min(y, 255));
+    }
+}
+
 } // namespace
 
 Image flipped(const Image& picture) {
-    if (!picture.valid())
-        return picture;
     Image out = picture;
-    const std::size_t row = static_cast<std::size_t>(picture.width) * 4;
-    for (int y = 0; y < picture.height; ++y)
-        std::memcpy(&out.rgba[at(picture.width, 0, picture.height - 1 - y)], &picture.rgba[at(picture.width, 0, y)], row);
+    flipInPlace(out);
     return out;
 }
 
@@ -30,28 +49,32 @@ Image rotated(const Image& picture) {
     out.width = picture.height;
     out.height = picture.width;
     out.rgba.resize(picture.rgba.size());
-    // Source (x, y) lands at (height - 1 - y, x).
-    for (int y = 0; y < picture.height; ++y)
-        for (int x = 0; x < picture.width; ++x)
-            std::memcpy(&out.rgba[at(out.width, picture.height - 1 - y, x)], &picture.rgba[at(picture.width, x, y)], 4);
+    // Source (x, y) lands at (height - 1 - y, x). Done in tiles so that both pictures are read
+    // and written a cache's worth at a time: a large texture turns in a fraction of the time.
+    constexpr int kTile = 64;
+    const auto* src = picture.rgba.data();
+    auto* dst = out.rgba.data();
+    for (int ty = 0; ty < picture.height; ty += kTile)
+        for (int tx = 0; tx < picture.width; tx += kTile) {
+            const int yEnd = std::min(ty + kTile, picture.height), xEnd = std::min(tx + kTile, picture.width);
+            for (int y = ty; y < yEnd; ++y)
+                for (int x = tx; x < xEnd; ++x)
+                    std::memcpy(dst + at(out.width, picture.height - 1 - y, x), src + at(picture.width, x, y), 4);
+        }
     return out;
 }
 
 Image greyed(const Image& picture) {
     Image out = picture;
-    for (std::size_t i = 0; i + 3 < out.rgba.size(); i += 4) {
-        const int y = (299 * out.rgba[i] + 587 * out.rgba[i + 1] + 114 * out.rgba[i + 2] + 500) / 1000;
-        const auto v = static_cast<std::uint8_t>(std::min(y, 255));
-        out.rgba[i] = out.rgba[i + 1] = out.rgba[i + 2] = v;
-    }
+    greyInPlace(out);
     return out;
 }
 
 Image applied(Image picture, PictureStep step) {
     switch (step) {
-    case PictureStep::Flip: return flipped(picture);
+    case PictureStep::Flip: flipInPlace(picture); break;
     case PictureStep::Rotate: return rotated(picture);
-    case PictureStep::Grey: return greyed(picture);
+    case PictureStep::Grey: greyInPlace(picture); break;
     }
     return picture;
 }

@@ -39,6 +39,9 @@ namespace {
 
 const char* const kPictures = "*.TgPcDx;*.dds;*.png;*.jpg;*.jpeg;*.bmp;*.gif";
 
+// Pictures larger than this are decoded and turned off the GUI thread: a 2048 texture and up.
+constexpr std::size_t kLargePicture = std::size_t(2048) * 2048;
+
 QPushButton* button(const char* name, const QString& caption) {
     auto* b = new QPushButton(caption);
     b->setObjectName(name);
@@ -273,11 +276,20 @@ void frmGFX2::showPicture() {
     setWindowTitle(toQt(m_doc.caption()));
 }
 
+void frmGFX2::work(const std::string& label, std::size_t pixels, const std::function<void()>& job) {
+    if (pixels < kLargePicture)
+        job();
+    else
+        runInBackground(m_ctx, label, [&](UserInterface&) { job(); });
+}
+
 void frmGFX2::showMip(int mip) {
     if (m_doc.empty() || mip == m_doc.mip())
         return;
     std::string error;
-    if (!m_doc.showMip(mip, error)) {
+    bool ok = false;
+    work("Decoding mip level " + std::to_string(mip), m_doc.pixelsOf(mip), [&] { ok = m_doc.showMip(mip, error); });
+    if (!ok) {
         log("Not shown: " + error);
         m_ctx.ui().message(error, Icon::Warning, "PicView");
         const QSignalBlocker quiet(m_mip);
@@ -360,7 +372,7 @@ void frmGFX2::mnuFileExit_Click() { close(); }
 void frmGFX2::transform(void (PictureDocument::*step)(), const char* done) {
     if (m_doc.empty())
         return;
-    (m_doc.*step)();
+    work(done, m_doc.pixelsOf(m_doc.mip()), [&] { (m_doc.*step)(); });
     log(done);
     showPicture();
 }

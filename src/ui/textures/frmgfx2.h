@@ -10,6 +10,7 @@
 #include <QMainWindow>
 
 #include <filesystem>
+#include <functional>
 
 class QAction;
 class QCheckBox;
@@ -73,6 +74,8 @@ private:
     void showPicture();
     void showMip(int mip);
     void transform(void (PictureDocument::*step)(), const char* done);
+    // Runs `job` at once, or with a progress box off the GUI thread for a large picture.
+    void work(const std::string& label, std::size_t pixels, const std::function<void()>& job);
     void log(const std::string& what);
     void fillFiles();
 

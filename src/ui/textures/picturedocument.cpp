@@ -7,6 +7,7 @@
 #include <QImageReader>
 #include <QImageWriter>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <cstring>
@@ -52,15 +53,15 @@ bool PictureDocument::load(const fs::path& file, std::string& error) {
     if (ext == ".tgpcdx" || ext == ".dds") {
         textures::TextureLevels levels;
         if (textures::readTextureFile(file, levels, textureError) && !levels.levels.empty()) {
-            m_texture = std::move(levels);
-            m_levels.resize(m_texture.levels.size());
-            m_file = file;
-            if (decodeLevel(0, error)) {
-                m_shown = m_levels[0];
-                return true;
+            std::string why;
+            m_shown = textures::levelImage(levels, 0, &why);
+            if (!m_shown.valid()) {
+                error = named(file, why);
+                return false;
             }
-            clear();
-            return false;
+            m_texture = std::move(levels);
+            m_file = file;
+            return true;
         }
         if (ext == ".tgpcdx") {
             error = textureError;
@@ -77,31 +78,23 @@ bool PictureDocument::load(const fs::path& file, std::string& error) {
         return false;
     }
     m_file = file;
-    m_levels.push_back(fromQImage(picture));
-    m_shown = m_levels.front();
+    m_shown = fromQImage(picture);
     return true;
 }
 
 void PictureDocument::clear() {
     m_file.clear();
     m_texture = {};
-    m_levels.clear();
     m_steps.clear();
     m_shown = {};
     m_mip = 0;
 }
 
-bool PictureDocument::decodeLevel(int mip, std::string& error) {
-    const auto m = static_cast<std::size_t>(mip);
-    if (m_levels[m].valid())
-        return true;
-    std::string why;
-    m_levels[m] = textures::levelImage(m_texture, mip, &why);
-    if (!m_levels[m].valid()) {
-        error = named(m_file, why);
-        return false;
-    }
-    return true;
+std::size_t PictureDocument::pixelsOf(int mip) const {
+    if (!isTexture())
+        return m_shown.rgba.size() / 4;
+    const int w = std::max(1, m_texture.width >> mip), h = std::max(1, m_texture.height >> mip);
+    return static_cast<std::size_t>(w) * static_cast<std::size_t>(h);
 }
 
 bool PictureDocument::showMip(int mip, std::string& error) {
@@ -109,10 +102,16 @@ bool PictureDocument::showMip(int mip, std::string& error) {
         error = named(m_file, "there is no mip level " + std::to_string(mip) + "; it has " + std::to_string(mipCount()));
         return false;
     }
-    if (!decodeLevel(mip, error))
+    if (mip == m_mip)
+        return true;
+    std::string why;
+    textures::Image level = textures::levelImage(m_texture, mip, &why);
+    if (!level.valid()) {
+        error = named(m_file, why);
         return false;
+    }
     m_mip = mip;
-    m_shown = textures::applied(m_levels[static_cast<std::size_t>(mip)], m_steps);
+    m_shown = textures::applied(std::move(level), m_steps);
     return true;
 }
 

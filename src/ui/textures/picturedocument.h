@@ -33,10 +33,13 @@ public:
     // True for a texture read by the textures library (a .TgPcDx or a texture's .dds).
     bool isTexture() const { return !m_texture.levels.empty(); }
     // 1 for a plain picture.
-    int mipCount() const { return static_cast<int>(m_levels.size()); }
+    int mipCount() const { return isTexture() ? static_cast<int>(m_texture.levels.size()) : empty() ? 0 : 1; }
     int mip() const { return m_mip; }
-    // Shows mip level `mip` (0 the largest) with the same flips, turns and grey.
+    // Shows mip level `mip` (0 the largest) with the same flips, turns and grey. The levels are
+    // decoded as they are shown, so that a large texture is held once, not once a level.
     bool showMip(int mip, std::string& error);
+    // Pixels of mip level `mip`, for guessing how long it takes.
+    std::size_t pixelsOf(int mip) const;
 
     void flip() { step(textures::PictureStep::Flip); }
     void rotate() { step(textures::PictureStep::Rotate); }
@@ -65,11 +68,9 @@ public:
 
 private:
     void step(textures::PictureStep s);
-    bool decodeLevel(int mip, std::string& error);
 
     std::filesystem::path m_file;
-    textures::TextureLevels m_texture;   // the raw levels of a texture
-    std::vector<textures::Image> m_levels; // decoded on first use; a plain picture has one
+    textures::TextureLevels m_texture; // the raw levels of a texture
     std::vector<textures::PictureStep> m_steps;
     textures::Image m_shown;
     int m_mip = 0;
