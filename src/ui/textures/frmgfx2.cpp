@@ -248,8 +248,7 @@ bool frmGFX2::openPicture(const fs::path& file) {
     next.setZoom(m_doc.zoom());
     std::string error;
     bool ok = false;
-    const bool finished = runInBackground(m_ctx, "Reading " + file.filename().string(),
-                                          [&](UserInterface&) { ok = next.load(file, error); });
+    const bool finished = inBackground("Reading " + file.filename().string(), [&] { ok = next.load(file, error); });
     if (!finished)
         return false;
     if (!ok) {
@@ -276,11 +275,26 @@ void frmGFX2::showPicture() {
     setWindowTitle(toQt(m_doc.caption()));
 }
 
+bool frmGFX2::inBackground(const std::string& label, const std::function<void()>& job) {
+    // The job works on the document: until it ends the screen takes no clicks and no keys.
+    const QList<QAction*> actions = findChildren<QAction*>();
+    auto enable = [&](bool on) {
+        centralWidget()->setEnabled(on);
+        menuBar()->setEnabled(on);
+        for (QAction* a : actions)
+            a->setEnabled(on);
+    };
+    enable(false);
+    const bool finished = runInBackground(m_ctx, label, [&](UserInterface&) { job(); });
+    enable(true);
+    return finished;
+}
+
 void frmGFX2::work(const std::string& label, std::size_t pixels, const std::function<void()>& job) {
     if (pixels < kLargePicture)
         job();
     else
-        runInBackground(m_ctx, label, [&](UserInterface&) { job(); });
+        inBackground(label, job);
 }
 
 void frmGFX2::showMip(int mip) {

@@ -74,6 +74,8 @@ private:
     void showPicture();
     void showMip(int mip);
     void transform(void (PictureDocument::*step)(), const char* done);
+    // Runs `job` off the GUI thread with a progress box; false when it was aborted.
+    bool inBackground(const std::string& label, const std::function<void()>& job);
     // Runs `job` at once, or with a progress box off the GUI thread for a large picture.
     void work(const std::string& label, std::size_t pixels, const std::function<void()>& job);
     void log(const std::string& what);
