@@ -259,5 +259,22 @@ TEST(ReadDocument, OnlyRegularFilesAndWithinTheLimit) {
     EXPECT_FALSE(readDocument(dir / "small.bin", bytes, 4).ok);
     ASSERT_TRUE(readDocument(dir / "small.bin", bytes).ok);
     EXPECT_EQ(bytes, "SERZ1234");
+
+    // The same rules for a mapped document, and its bytes survive a move and outlive a
+    // replacement of the file under its name (as every write of the program does it).
+    DocumentBytes mapped;
+    EXPECT_FALSE(readDocument(fifo, mapped).ok);
+    EXPECT_FALSE(readDocument(big, mapped).ok);
+    EXPECT_TRUE(mapped.view().empty());
+    EXPECT_FALSE(readDocument(dir / "small.bin", mapped, 4).ok);
+    ASSERT_TRUE(readDocument(dir / "small.bin", mapped).ok);
+    DocumentBytes moved = std::move(mapped);
+    EXPECT_TRUE(mapped.view().empty());
+    { std::ofstream(dir / "new.bin", std::ios::binary) << "SERZ5678"; }
+    std::filesystem::rename(dir / "new.bin", dir / "small.bin");
+    EXPECT_EQ(moved.view(), "SERZ1234");
+    { std::ofstream(dir / "empty.bin", std::ios::binary); }
+    ASSERT_TRUE(readDocument(dir / "empty.bin", moved).ok);
+    EXPECT_TRUE(moved.view().empty());
     std::filesystem::remove_all(dir);
 }

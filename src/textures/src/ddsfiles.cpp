@@ -24,7 +24,8 @@ bool endsWithNoCase(const std::string& text, std::string_view tail) {
 
 std::string named(const fs::path& file, const std::string& what) { return file.string() + ": " + what; }
 
-bool readBytes(const fs::path& file, std::string& bytes, std::string& error) {
+template <typename Bytes>
+bool readBytes(const fs::path& file, Bytes& bytes, std::string& error) {
     const serz::Status read = serz::readDocument(file, bytes);
     if (!read) {
         error = read.message.find(file.string()) == std::string::npos ? named(file, read.message) : read.message;
@@ -46,7 +47,7 @@ bool sameKind(PixelFormat a, PixelFormat b) {
 // A texture document read for its pixels: the XML with its blobs left empty, and the blobs'
 // bytes as views into the binary, so that megabytes of pixels never become text.
 struct BinaryTexture {
-    std::string binary;
+    serz::DocumentBytes binary;
     std::string skeleton;
     std::vector<serz::BlobPlace> places;
     std::vector<std::string_view> blobs;
@@ -57,12 +58,12 @@ bool readBinaryTexture(const fs::path& file, BinaryTexture& t, std::string& erro
         return false;
     serz::WriteOptions options;
     options.blobPlaces = &t.places;
-    if (const serz::Status s = serz::decode(t.binary, t.skeleton, options); !s) {
+    if (const serz::Status s = serz::decode(t.binary.view(), t.skeleton, options); !s) {
         error = named(file, s.message + " (byte " + std::to_string(s.offset) + ")");
         return false;
     }
     for (const serz::BlobPlace& p : t.places)
-        t.blobs.push_back(std::string_view(t.binary).substr(p.offset, p.size));
+        t.blobs.push_back(t.binary.view().substr(p.offset, p.size));
     return true;
 }
 
@@ -84,16 +85,14 @@ std::string asInHeaderFile(std::string piece) {
     return piece;
 }
 
-// When `texture` is the very document the header file was cut from, its binary with the new
-// levels in place of the old: every other byte stays as it was. False when it is another one.
-bool patchedInPlace(const fs::path& texture, const TexturePieces& pieces, const std::vector<std::string_view>& levels,
-                    std::string& bin) {
+// True when `texture` is the very document the header file was cut from, read into `t`: then
+// only its blobs change and every other byte stays as it was.
+bool sameDocument(const fs::path& texture, const TexturePieces& pieces, std::size_t levelCount, BinaryTexture& t) {
     std::error_code ec;
     if (!fs::is_regular_file(texture, ec))
         return false;
-    BinaryTexture t;
     std::string error;
-    if (!readBinaryTexture(texture, t, error) || t.places.size() != levels.size())
+    if (!readBinaryTexture(texture, t, error) || t.places.size() != levelCount)
         return false;
     TextureLevels unused;
     TexturePieces current;
@@ -103,10 +102,21 @@ bool patchedInPlace(const fs::path& texture, const TexturePieces& pieces, const 
     for (std::size_t i = 0; i < current.pieces.size(); ++i)
         if (asInHeaderFile(current.pieces[i]) != asInHeaderFile(pieces.pieces[i]))
             return false;
-    for (std::size_t i = 0; i < levels.size(); ++i)
-        std::copy(levels[i].begin(), levels[i].end(), t.binary.begin() + static_cast<std::ptrdiff_t>(t.places[i].offset));
-    bin = std::move(t.binary);
     return true;
+}
+
+// The document's bytes with each blob's bytes taken from `levels` instead, straight to the sink.
+std::error_code writeWithLevels(const ByteSink& sink, const BinaryTexture& t, const std::vector<std::string_view>& levels) {
+    const std::string_view bin = t.binary.view();
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        if (std::error_code ec = sink(bin.data() + at, t.places[i].offset - at))
+            return ec;
+        if (std::error_code ec = sink(levels[i].data(), levels[i].size()))
+            return ec;
+        at = t.places[i].offset + t.places[i].size;
+    }
+    return sink(bin.data() + at, bin.size() - at);
 }
 
 } // namespace
@@ -174,7 +184,8 @@ DdsImport ddsToTexture(WriteService& files, const fs::path& dds, const fs::path&
         r.message = named(dds, "No header file found in TempFiles for this .dds file, cannot process further.");
         return r;
     }
-    std::string headerText, ddsData;
+    std::string headerText;
+    serz::DocumentBytes ddsData;
     if (!readBytes(headerPath, headerText, r.message) || !readBytes(dds, ddsData, r.message))
         return r;
     TexturePieces pieces;
@@ -192,7 +203,7 @@ DdsImport ddsToTexture(WriteService& files, const fs::path& dds, const fs::path&
     document.levels.resize(pieces.sizes.size());
     TextureLevels edited;
     std::vector<std::string_view> levels;
-    if (!readDdsLevels(ddsData, edited, levels, why)) {
+    if (!readDdsLevels(ddsData.view(), edited, levels, why)) {
         r.message = named(dds, why);
         return r;
     }
@@ -209,15 +220,21 @@ DdsImport ddsToTexture(WriteService& files, const fs::path& dds, const fs::path&
                                        std::to_string(pieces.sizes[i]));
             return r;
         }
-    std::string bin;
-    if (patchedInPlace(texture, pieces, levels, bin)) {
+    BinaryTexture current;
+    WriteResult written;
+    if (sameDocument(texture, pieces, levels.size(), current)) {
         // The document the header file belongs to: only its pixels change.
-    } else if (const ConvertResult c = xmlTextToBin(rebuildXml(pieces, levels), bin, headerPath.string()); !c) {
-        r.message = "Serz.exe was unable to convert your new texture to\na .TgPcDx file - Sorry but this is out of my "
-                    "control.\n" + c.message;
-        return r;
+        written = files.write(
+            texture, [&](const ByteSink& sink) { return writeWithLevels(sink, current, levels); }, WriteOptions{});
+    } else {
+        std::string bin;
+        if (const ConvertResult c = xmlTextToBin(rebuildXml(pieces, levels), bin, headerPath.string()); !c) {
+            r.message = "Serz.exe was unable to convert your new texture to\na .TgPcDx file - Sorry but this is out of my "
+                        "control.\n" + c.message;
+            return r;
+        }
+        written = files.write(texture, bin);
     }
-    const WriteResult written = files.write(texture, bin);
     if (!written) {
         r.message = written.message;
         return r;
@@ -242,10 +259,10 @@ std::string emptyTempDds(WriteService& files, const fs::path& folder, const fs::
 
 bool readTextureFile(const fs::path& file, TextureLevels& out, std::string& error) {
     if (endsWithNoCase(file.filename().string(), ".dds")) {
-        std::string bytes;
+        serz::DocumentBytes bytes;
         if (!readBytes(file, bytes, error))
             return false;
-        if (!readDds(bytes, out, error)) {
+        if (!readDds(bytes.view(), out, error)) {
             error = named(file, error);
             return false;
         }

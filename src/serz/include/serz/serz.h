@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -68,6 +69,28 @@ Status encode(std::string_view xml, std::string& binary, const ReadOptions& opti
 // The bytes of a document file: only a regular file (a FIFO or a device would block or never
 // end), at most `maxBytes` of it. On failure `bytes` is empty and the status names the file.
 Status readDocument(const std::filesystem::path& file, std::string& bytes,
+                    std::uint64_t maxBytes = kMaxDocumentBytes);
+
+// A large document's bytes (a texture) without copying them into the program's memory: the
+// file mapped read-only where the system can, else read whole. The program never truncates a
+// document in place (its writes replace the file), so a mapping stays whole while it is used.
+class DocumentBytes {
+public:
+    DocumentBytes() = default;
+    DocumentBytes(DocumentBytes&& other) noexcept;
+    DocumentBytes& operator=(DocumentBytes&& other) noexcept;
+    ~DocumentBytes();
+    std::string_view view() const { return {m_data, m_size}; }
+
+private:
+    friend Status readDocument(const std::filesystem::path&, DocumentBytes&, std::uint64_t);
+    void release();
+    const char* m_data = nullptr;
+    std::size_t m_size = 0;
+    bool m_mapped = false;
+    std::unique_ptr<char[]> m_read;
+};
+Status readDocument(const std::filesystem::path& file, DocumentBytes& bytes,
                     std::uint64_t maxBytes = kMaxDocumentBytes);
 
 // Appends the UTF-8 form of a code point (at most U+10FFFF).
