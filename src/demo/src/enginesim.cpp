@@ -20,11 +20,11 @@ void floats(XmlBuilder& x, Values values) {
         x.float32(name, value);
 }
 
-std::string curveXml(Context& ctx, const std::vector<std::pair<double, double>>& points) {
-    XmlBuilder x("cCSVContainer", ctx.rng.id());
+std::string curveXml(SplitMix& rng, const std::vector<std::pair<double, double>>& points) {
+    XmlBuilder x("cCSVContainer", rng.id());
     x.open("CsvItem");
     for (const auto& [a, b] : points)
-        x.open("cCSVItem", ctx.rng.id()).float32("X", a).float32("Y", b).str("Name", "").close();
+        x.open("cCSVItem", rng.id()).float32("X", a).float32("Y", b).str("Name", "").close();
     return x.finish();
 }
 
@@ -188,14 +188,20 @@ bool writeEngineSimulation(Context& ctx, const std::string& P, const std::string
                            const std::string& file, const std::string& engineType, Ref& sim) {
     const bool steam = engineType == "Steam";
     sim = {P, Q, folder + "\\Simulation\\" + file + "_EngineSim.xml"};
+    // The ids come from a stream of the simulation's own; the install's stream moves on by the
+    // thirteen draws a simulation has always taken, so that what comes after (route and
+    // scenario ids) stays the same whatever the simulation holds.
+    SplitMix rng = ctx.rng.fork(0x51);
+    for (int i = 1; i < 13; ++i)
+        ctx.rng.next();
     std::map<std::string, std::string> files; // by the row that names the curve: the CsvFile value
     for (const auto& [row, word, points] : curves(steam)) {
         const std::string below = folder + "\\Simulation\\" + file + "_" + word;
         files[row] = P + "\\" + Q + "\\" + below + ".dcsv";
-        if (!ctx.out.document(assetFile(P, Q, below, ".dcsv"), curveXml(ctx, points)))
+        if (!ctx.out.document(assetFile(P, Q, below, ".dcsv"), curveXml(rng, points)))
             return false;
     }
-    XmlBuilder x("cBlueprintLoader", ctx.rng.id());
+    XmlBuilder x("cBlueprintLoader", rng.id());
     x.open("Blueprint").open("cEngineSimBlueprint").str("Name", file + " simulation");
     x.open("EngineSimComponent").open(steam                      ? "cSteamEngineSimObjectBlueprint"
                                       : engineType == "Electric" ? "cElectricEngineSimObjectBlueprint"
