@@ -25,6 +25,7 @@ int runTestFrmAssetsBatch(int argc, char** argv);
 int runTestFrmAssetsEdits(int argc, char** argv);
 int runTestFrmFolder5(int argc, char** argv);
 int runTestTextureMenus(int argc, char** argv);
+int runTestPhysics(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -36,5 +37,6 @@ int main(int argc, char** argv) {
                      runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch,
                      runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus})
         failed += run(argc, argv);
+    failed += runTestPhysics(argc, argv);
     return failed == 0 ? 0 : 1;
 }
