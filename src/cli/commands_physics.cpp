@@ -137,8 +137,9 @@ int cmdSet(Session& s) {
         if (found.size() > 1) {
             std::string list;
             for (std::size_t k : found)
-                list += "\n  " + doc.rows[k].qualifiedName() + "@" + std::to_string(doc.rows[k].position);
-            return s.fail(name + " is ambiguous in " + file + "; name one of these (SECTION/NAME or NAME@POSITION):" + list);
+                list += "\n  " + std::string(doc.rows[k].section.empty() ? "/" : "") + doc.rows[k].qualifiedName() + "  (or " +
+                        doc.rows[k].item + "@" + std::to_string(doc.rows[k].position) + ")";
+            return s.fail(name + " is ambiguous in " + file + "; name one of these:" + list);
         }
         const PhysicsRow& row = doc.rows[found.front()];
         if (row.kind == physics::RowKind::Reference || row.kind == physics::RowKind::Table)
@@ -282,10 +283,11 @@ std::vector<Command> physicsCommands() {
          "           standard error\n"},
         {"physics set", "PATH NAME=VALUE... [--sim] [--steam|--diesel]",
          "changes values of the vehicle's grid (or with --sim the simulation's) and saves the document", cmdSet, true,
-         "NAME is a row's name as physics show gives it: NAME, SECTION/NAME, or NAME@POSITION where a name stands\n"
-         "in several sections (an ambiguous name is refused with the candidates). A number element takes only a\n"
-         "number of its type. All changes are made or none; the document is written once, the old one kept as\n"
-         "its numbered backup (.bak, .bak1 ...), one entry of the journal.\n"},
+         "NAME is a row's name as physics show gives it: NAME, SECTION/NAME, /NAME (outside every section) or\n"
+         "NAME@POSITION where a name stands in several places (an ambiguous name is refused with the\n"
+         "candidates). A number element takes only a number of its type. All changes are made or none; the\n"
+         "document is written once, the old one kept as its numbered backup (.bak, .bak1 ...), one entry of\n"
+         "the journal.\n"},
         {"physics table", "FILE.dcsv [--json] [--set X=Y]... [--add X,Y]... [--remove X]...",
          "shows a simulation table; --set, --add and --remove change its rows by X and save it", cmdTable, true,
          "--set X=Y gives the row whose X is X the value Y; --add X,Y adds a row in X order; --remove X takes a row\n"

@@ -99,6 +99,7 @@ TEST_F(PhysicsGrids, RowsComeInListOrderWithSectionsAndRepeats) {
     EXPECT_EQ(findRows(set.simulation.rows, "MaxForce").size(), 3u);
     EXPECT_EQ(valueOf(set.simulation, "Handbrake/MaxForce"), "20");
     EXPECT_EQ(valueOf(set.simulation, "dynamicbrakessystem/maxforce"), "200");
+    EXPECT_EQ(valueOf(set.simulation, "/MaxForce"), "409");
     // Each bogie gives its own rows; a reference shows provider, product and id and has no key.
     EXPECT_EQ(findRows(set.vehicle.rows, "BogeyPivotX").size(), 2u);
     const PhysicsRow& sim = set.vehicle.rows[rowOf(set.vehicle, "EngineSimulationContainer")];

@@ -281,14 +281,16 @@ std::vector<std::size_t> findRows(const std::vector<PhysicsRow>& rows, std::stri
         name = name.substr(0, at);
     }
     std::string_view sections, item = name;
+    bool topOnly = false; // "/Item": the row outside every section
     if (const std::size_t slash = name.rfind('/'); slash != std::string_view::npos) {
         sections = name.substr(0, slash);
         item = name.substr(slash + 1);
+        topOnly = slash == 0;
     }
     std::vector<std::size_t> out;
     for (std::size_t i = 0; i < rows.size(); ++i)
         if (sameText(rows[i].item, item) && endsWithSections(rows[i].section, sections) &&
-            (position == 0 || rows[i].position == position))
+            (!topOnly || rows[i].section.empty()) && (position == 0 || rows[i].position == position))
             out.push_back(i);
     return out;
 }

@@ -45,8 +45,8 @@ bool isSimulationBlueprint(std::string_view xml);
 // says EngineType Steam.
 SimKind simKindOf(std::string_view vehicleXml, std::string_view simXml);
 
-// Finds rows by what a user types: "Item", "Section/Item" (the last sections suffice) or
-// "Item@position". Letter case is ignored. Returns the indexes of every row that fits.
+// Finds rows by what a user types: "Item", "Section/Item" (the last sections suffice), "/Item"
+// (the row outside every section) or "Item@position". Letter case is ignored. Returns the indexes of every row that fits.
 std::vector<std::size_t> findRows(const std::vector<PhysicsRow>& rows, std::string_view name);
 
 // Writes a typed value (UTF-8) into the element of `row`, searched as "<key" from the row's
