@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <set>
 
 namespace velmora::routes {
 
@@ -339,8 +340,10 @@ std::vector<std::string> providerPairs(const std::vector<std::string>& paths) {
             continue;
         pairs.push_back(rest.substr(0, b));
     }
+    // The simulator finds a product whatever the letter case: one entry each, spelt as first met.
+    std::set<std::string> seen;
+    std::erase_if(pairs, [&](const std::string& pair) { return !seen.insert(foldName(pair)).second; });
     SortStrings(pairs, 0, static_cast<std::ptrdiff_t>(pairs.size()) - 1);
-    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
     return pairs;
 }
 
