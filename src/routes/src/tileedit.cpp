@@ -227,11 +227,12 @@ ProvidersResult fixProviders(AppContext& ctx, const RouteEntry& route, const std
         out.error = error;
         return out;
     }
+    // The template's block without the blanks around it, indented as the list's entries are.
+    std::size_t first = block.find_first_not_of(" \t\r\n"), last = block.find_last_not_of(" \t\r\n");
+    const std::string entry = block.substr(first, last - first + 1);
     std::string list = "\r\n";
     auto add = [&](const std::string& provider, const std::string& product) {
-        list += fillTemplate(block, {{"xxxxxxxx", listId()}, {"aaaaaa", provider}, {"bbbbbb", product}});
-        if (list.back() != '\n')
-            list += "\r\n";
+        list += "\t\t" + fillTemplate(entry, {{"xxxxxxxx", listId()}, {"aaaaaa", provider}, {"bbbbbb", product}}) + "\r\n";
     };
     for (const std::string& pair : pairs) {
         const std::size_t slash = pair.find('\\');
@@ -258,7 +259,7 @@ ProvidersResult fixProviders(AppContext& ctx, const RouteEntry& route, const std
         return out;
     const std::size_t from = open + std::string_view("<RBlueprintSetPreLoad>").size() - 1;
     std::string changed = text.substr(0, from) + list + text.substr(close - 1);
-    JournalCommand entry(&ctx.journal(), "Fix Prov/Prod in RouteProperties.xml of " + route.name);
+    JournalCommand command(&ctx.journal(), "Fix Prov/Prod in RouteProperties.xml of " + route.name);
     const WriteResult w = ctx.files().write(out.file, changed);
     if (!w) {
         out.error = w.message;
