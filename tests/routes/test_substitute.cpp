@@ -309,3 +309,25 @@ TEST_F(Substitute, ScenarioSceneryAndTrackNetworksAreTilesOfTheirKinds) {
     const auto s = run({{name("Alpenbahn/Gotthard/RailNetwork/Track/Bullhead.xml"), {}}}, ItemKind::Scenery, true);
     EXPECT_TRUE(s.changed.empty());
 }
+
+TEST_F(Substitute, TwoSubstitutionsKeepTwoBackupsAndALoftItemNeverTouchesScenery) {
+    const fs::path folder = scenery();
+    const auto before = folderBytes(folder);
+    const auto obj10 = name("Heritage/SteamDays/Scenery/Generated/Set0/Obj10.xml");
+    const auto obj11 = name("Heritage/SteamDays/Scenery/Generated/Set0/Obj11.xml");
+    // The scenery blueprint named as a loft item: the loft tiles are read, the scenery left alone.
+    const auto loft = run({{obj10, obj11}}, ItemKind::Loft);
+    ASSERT_TRUE(loft.ok()) << loft.error;
+    EXPECT_TRUE(loft.changed.empty());
+    EXPECT_EQ(folderBytes(folder), before);
+
+    ASSERT_TRUE(run({{obj10, obj11}}).written);
+    const fs::path tile = run({{obj11, obj10}}).changed.front().tile;
+    EXPECT_EQ(bytesOf(fs::path(tile.string() + ".bak")), before.at(tile.filename().string()));
+    EXPECT_TRUE(fs::exists(tile.string() + ".bak1")) << "the second keeps the first's result as the next name";
+    EXPECT_EQ(bytesOf(tile), before.at(tile.filename().string())) << "there and back again";
+    undoLast();
+    undoLast();
+    for (const auto& [file, bytes] : before)
+        EXPECT_EQ(bytesOf(folder / file), bytes) << file;
+}

@@ -180,9 +180,13 @@ std::vector<std::string> pairsUsedByRoute(AppContext& ctx, const RouteEntry& rou
     if (stopped)
         *stopped = r.aborted;
     unreadable = r.unreadable;
-    std::vector<std::string> paths = r.assetsUnique;
+    // Below the Assets folder, whatever folders the simulator's root itself lies in.
+    const AssetFiles assets(ctx);
+    std::vector<std::string> paths;
+    for (const auto& u : r.assetsUnique)
+        paths.push_back("Assets\\" + assets.relative(u));
     for (const auto& m : r.missing)
-        paths.push_back(m.path);
+        paths.push_back("Assets\\" + assets.relative(m.path));
     return providerPairs(paths);
 }
 
