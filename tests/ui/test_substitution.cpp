@@ -2,6 +2,7 @@
 // driven from frmListRS over the demo route's tiles, the provider list rebuilt, and undo.
 
 #include "routes/dlgmissshape.h"
+#include "routes/frmdelroute.h"
 #include "routes/frmlistrs.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/journal.h"
@@ -10,6 +11,7 @@
 #include "demoscreens.h"
 
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
@@ -165,6 +167,31 @@ private slots:
         QVERIFY(!routes::routeProviders(*m_ctx, route).empty());
         undoLast();
         QCOMPARE(ReadTextFile(properties), before);
+    }
+
+    void theRouteCheckStopsAfterTheShapesQuestionOnceSomethingWasSubstituted() {
+        ui::frmDelRoute screen(*m_ctx);
+        screen.routeList()->setCurrentRow(0);
+        // While the check asks about the list of shapes, a missing item is removed in its grid.
+        m_ui->onPrompt = [&](const ScriptedUi::Prompt& p) {
+            if (p.text.find("list of Shapes") == std::string::npos)
+                return;
+            m_ui->onPrompt = nullptr;
+            const auto lists = screen.findChildren<ui::frmListRS*>();
+            QVERIFY(!lists.empty());
+            ui::frmListRS* list = lists.front();
+            list->askMissShape = [](const ui::MissShape& prefill) { return std::optional<ui::MissShape>(prefill); };
+            list->Command1_Click();
+            list->grid()->selectRow(rowOf(list->grid(), "Coal_Drops"));
+            list->RemoveScenery_Click();
+        };
+        m_ui->pushAnswer(Answer::No);  // no list of shapes
+        m_ui->pushAnswer(Answer::Yes); // on to textures and sounds, were it asked
+        screen.Command4_Click();
+        QVERIFY(m_demo.prompted("The requested changes have been made."));
+        QVERIFY(!m_demo.prompted("Would you like to check for missing Texture/Audio/Animation & Script files?"));
+        QVERIFY(!screen.lastCheck().deepDone);
+        undoLast();
     }
 };
 
