@@ -37,7 +37,7 @@ std::vector<Command> allCommands() {
           scenarioCommands(), scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands(),
-          searchReplaceCommands(), textureCommands(), backupCommands(), physicsCommands()})
+          searchReplaceCommands(), textureCommands(), backupCommands(), physicsCommands(), routeSubstituteCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

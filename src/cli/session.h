@@ -88,6 +88,7 @@ std::vector<Command> soundCommands();
 std::vector<Command> cloneCommands();
 std::vector<Command> contentCommands();
 std::vector<Command> routeCommands();
+std::vector<Command> routeSubstituteCommands();
 std::vector<Command> scenarioCommands();
 std::vector<Command> scenarioTransferCommands();
 std::vector<Command> scenarioDetailsCommands();

@@ -27,6 +27,7 @@ int runTestFrmFolder5(int argc, char** argv);
 int runTestTextureMenus(int argc, char** argv);
 int runTestFrmGFX2(int argc, char** argv);
 int runTestPhysics(int argc, char** argv);
+int runTestSubstitution(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -37,7 +38,7 @@ int main(int argc, char** argv) {
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
                      runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch,
                      runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus,
-                     runTestFrmGFX2, runTestPhysics})
+                     runTestFrmGFX2, runTestPhysics, runTestSubstitution})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }
