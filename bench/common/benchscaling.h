@@ -1,0 +1,73 @@
+#pragma once
+// Scaling measured directly: the same work on one thread and on all threads, alternating in
+// one run so both see the same machine, with the cores the run could use and the load it met.
+
+#include <benchmark/benchmark.h>
+
+#include <sched.h>
+
+#include <algorithm>
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <thread>
+
+namespace velmora::bench {
+
+// The cores this process may run on (what `nproc` prints), not the machine's count.
+inline int coresSeen() {
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    if (sched_getaffinity(0, sizeof set, &set) == 0)
+        return CPU_COUNT(&set);
+    return static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+}
+
+// The one-minute load average when the run started (another session's work shows here).
+inline double loadAverage() {
+    std::ifstream in("/proc/loadavg");
+    double one = 0;
+    in >> one;
+    return one;
+}
+
+struct Scaling {
+    double oneThread = 1e300; // best seconds of the rounds
+    double allThreads = 1e300;
+    double oneWorst = 0;
+    double allWorst = 0;
+};
+
+// `work(threads)` runs the whole job with that many threads (0: one per core). Each round runs
+// one thread then all threads; the best of the rounds is reported, the worst shows the spread.
+inline Scaling measureScaling(const std::function<void(int)>& work, int rounds) {
+    Scaling s;
+    auto timed = [&](int threads) {
+        const auto t0 = std::chrono::steady_clock::now();
+        work(threads);
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    };
+    for (int r = 0; r < rounds; ++r) {
+        const double one = timed(1);
+        const double all = timed(0);
+        s.oneThread = std::min(s.oneThread, one);
+        s.oneWorst = std::max(s.oneWorst, one);
+        s.allThreads = std::min(s.allThreads, all);
+        s.allWorst = std::max(s.allWorst, all);
+    }
+    return s;
+}
+
+inline void reportScaling(benchmark::State& state, const Scaling& s, double load) {
+    state.counters["cores"] = coresSeen();
+    state.counters["load"] = load;
+    state.counters["1 thread s"] = s.oneThread;
+    state.counters["all threads s"] = s.allThreads;
+    state.counters["speedup"] = s.oneThread / s.allThreads;
+    // How far the slowest round was from the best, per side: the noise of a shared machine.
+    state.counters["1 thread spread"] = s.oneWorst / s.oneThread;
+    state.counters["all spread"] = s.allWorst / s.allThreads;
+}
+
+} // namespace velmora::bench
