@@ -214,13 +214,18 @@ void appendAltEncoding(std::string& out, double v) {
 std::optional<double> parseAltEncoding(std::string_view text) {
     if (text.size() != 16)
         return std::nullopt;
+    auto nibble = [](char c) -> int {
+        if (c >= '0' && c <= '9') return c - '0';
+        if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+        if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+        return -1;
+    };
     unsigned char bytes[8];
     for (int i = 0; i < 8; ++i) {
-        unsigned v = 0;
-        auto r = std::from_chars(text.data() + 2 * i, text.data() + 2 * i + 2, v, 16);
-        if (r.ec != std::errc() || r.ptr != text.data() + 2 * i + 2)
+        const int high = nibble(text[2 * i]), low = nibble(text[2 * i + 1]);
+        if (high < 0 || low < 0)
             return std::nullopt;
-        bytes[i] = static_cast<unsigned char>(v);
+        bytes[i] = static_cast<unsigned char>(high << 4 | low);
     }
     double d;
     std::memcpy(&d, bytes, 8);

@@ -3,6 +3,7 @@
 
 #include "serz/serz.h"
 
+#include <algorithm>
 #include <fstream>
 #include <new>
 #include <system_error>
@@ -29,12 +30,23 @@ Status readDocument(const std::filesystem::path& file, std::string& bytes, std::
     if (!in)
         return failed("cannot be read");
     try {
-        bytes.resize(static_cast<std::size_t>(size));
+        bytes.reserve(static_cast<std::size_t>(size));
     } catch (const std::bad_alloc&) {
         return failed("there is not enough memory to read it");
     }
-    in.read(bytes.data(), static_cast<std::streamsize>(size));
-    if (static_cast<std::uintmax_t>(in.gcount()) != size) {
+    // Read through a small stage and appended, so that the string is not first filled with
+    // zeros only to be written over (a pass over all of it). The pieces appended are kept
+    // small: the C library copies those with vector moves.
+    char stage[64 << 10];
+    while (bytes.size() < size) {
+        in.read(stage, static_cast<std::streamsize>(std::min<std::uintmax_t>(sizeof stage, size - bytes.size())));
+        const auto got = static_cast<std::size_t>(in.gcount());
+        if (got == 0)
+            break;
+        for (std::size_t at = 0; at < got; at += 4096)
+            bytes.append(stage + at, std::min<std::size_t>(4096, got - at));
+    }
+    if (bytes.size() != size) {
         bytes.clear();
         return failed("cannot be read");
     }
