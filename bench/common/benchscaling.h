@@ -5,6 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include <sched.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <chrono>
@@ -37,22 +38,39 @@ struct Scaling {
     double allThreads = 1e300;
     double oneWorst = 0;
     double allWorst = 0;
+    // Processor time (user and system, every thread) over wall time in the all-threads run of
+    // the best round: the cores kept busy. Near the core count unless the work waits on
+    // something or another process holds a core.
+    double busyCores = 0;
 };
+
+inline double processorSeconds() {
+    rusage u{};
+    getrusage(RUSAGE_SELF, &u);
+    return static_cast<double>(u.ru_utime.tv_sec + u.ru_stime.tv_sec) +
+           static_cast<double>(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+}
 
 // `work(threads)` runs the whole job with that many threads (0: one per core). Each round runs
 // one thread then all threads; the best of the rounds is reported, the worst shows the spread.
 inline Scaling measureScaling(const std::function<void(int)>& work, int rounds) {
     Scaling s;
+    double busy = 0;
     auto timed = [&](int threads) {
+        const double cpu0 = processorSeconds();
         const auto t0 = std::chrono::steady_clock::now();
         work(threads);
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+        const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+        busy = (processorSeconds() - cpu0) / wall;
+        return wall;
     };
     for (int r = 0; r < rounds; ++r) {
         const double one = timed(1);
         const double all = timed(0);
         s.oneThread = std::min(s.oneThread, one);
         s.oneWorst = std::max(s.oneWorst, one);
+        if (all < s.allThreads)
+            s.busyCores = busy;
         s.allThreads = std::min(s.allThreads, all);
         s.allWorst = std::max(s.allWorst, all);
     }
@@ -65,6 +83,7 @@ inline void reportScaling(benchmark::State& state, const Scaling& s, double load
     state.counters["1 thread s"] = s.oneThread;
     state.counters["all threads s"] = s.allThreads;
     state.counters["speedup"] = s.oneThread / s.allThreads;
+    state.counters["busy cores"] = s.busyCores;
     // How far the slowest round was from the best, per side: the noise of a shared machine.
     state.counters["1 thread spread"] = s.oneWorst / s.oneThread;
     state.counters["all spread"] = s.allWorst / s.allThreads;
