@@ -23,6 +23,9 @@ char* putUInt(char* p, unsigned long long v);
 char* putInteger(char* p, ValueType type, const char* bytes);
 char* putFloatG(char* p, double v, int exponentDigits);
 char* putFloatFixed7(char* p, double v);
+// The same by way of the shortest exact text; putFloatFixed7 takes it for values of 2^63 and
+// more, NaN and infinity.
+char* putFloatFixed7ByText(char* p, double v);
 char* putAltEncoding(char* p, double v);
 
 void appendInt(std::string& out, long long v);
