@@ -157,38 +157,35 @@ __extension__ typedef unsigned __int128 Wide;
 
 char* putFloatFixed7(char* p, double v) {
 #ifdef __SIZEOF_INT128__
-    // In integers when |v| < 2^63: v = m * 2^e, so |v| * 10^8 = m * 10^8 / 2^-e with m below
-    // 2^53 fits in 128 bits. Rounded to eight places, then by the eighth digit as the text way
-    // does; an eighth digit of 5 (which may be a tie) and an exact tie at the eighth place are
-    // left to the text way.
-    const double a = std::fabs(v);
-    if (a < 9.2e18) {
-        int e = 0;
-        const double frac = std::frexp(a, &e); // a = frac * 2^e, frac in [0.5, 1)
-        const auto m = static_cast<std::uint64_t>(std::ldexp(frac, 53));
-        const int shift = 53 - e; // a = m / 2^shift
-        Wide eighths = 0;
-        bool even = true; // the eighth place was reached without a tie
-        if (a == 0 || shift >= 127) {
-            eighths = 0; // far below the last place
-        } else if (shift <= 0) {
-            eighths = static_cast<Wide>(m << -shift) * 100000000u;
-        } else {
-            const Wide scaled = static_cast<Wide>(m) * 100000000u;
-            eighths = scaled >> shift;
-            const Wide rest = scaled - (eighths << shift), half = static_cast<Wide>(1) << (shift - 1);
-            if (rest > half)
-                ++eighths;
-            even = rest != half;
-        }
+    // In integers for normal values below 9e10 (every coordinate and matrix element): v =
+    // m / 2^shift with m below 2^53, so |v| * 10^8 = m * 10^8 / 2^shift is worked out in 128
+    // bits and fits in 64 once shifted. Rounded to eight places, then by the eighth digit as
+    // the text way does; an eighth digit of 5 (which may be a tie), an exact tie at the eighth
+    // place, zero, tiny and large values are left to the text way.
+    std::uint64_t bits;
+    std::memcpy(&bits, &v, 8);
+    const int exponent = static_cast<int>((bits >> 52) & 0x7FF);
+    const int shift = 1075 - exponent; // |v| = m / 2^shift
+    if ((bits << 1) == 0) {
+        if (bits >> 63)
+            *p++ = '-';
+        std::memcpy(p, "0.0000000", 9);
+        return p + 9;
+    }
+    if (exponent != 0 && shift > 16 && shift < 127) {
+        const std::uint64_t m = (bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{1} << 52);
+        const Wide scaled = static_cast<Wide>(m) * 100000000u;
+        auto eighths = static_cast<std::uint64_t>(scaled >> shift);
+        const Wide rest = scaled - (static_cast<Wide>(eighths) << shift), half = static_cast<Wide>(1) << (shift - 1);
+        if (rest > half)
+            ++eighths;
         const auto digit = static_cast<unsigned>(eighths % 10u);
-        if (even && digit != 5) {
-            const Wide q = eighths / 10u + (digit > 5 ? 1u : 0u);
-            if (std::signbit(v))
+        if (rest != half && digit != 5) {
+            const std::uint64_t q = eighths / 10u + (digit > 5 ? 1u : 0u);
+            if (bits >> 63)
                 *p++ = '-';
-            const auto whole = static_cast<std::uint64_t>(q / 10000000u);
             auto part = static_cast<std::uint32_t>(q % 10000000u);
-            p = std::to_chars(p, p + kIntegerRoom, whole).ptr;
+            p = std::to_chars(p, p + kIntegerRoom, q / 10000000u).ptr;
             *p++ = '.';
             for (int i = 6; i >= 0; --i) {
                 p[i] = static_cast<char>('0' + part % 10);

@@ -145,7 +145,12 @@ TEST(FloatText, FixedSevenInIntegersAgreesWithTheExactText) {
         if (!std::isnan(d) && !std::isinf(d)) {
             ASSERT_EQ(fast(d), byText(d)) << wide;
         }
+        // Coordinates and the like, up to past the largest value taken in integers.
+        const double scale = std::pow(10.0, static_cast<int>(random() % 14) - 2);
+        const double coordinate = (static_cast<double>(random()) / 4294967296.0 - 0.5) * scale;
+        ASSERT_EQ(fast(coordinate), byText(coordinate)) << coordinate;
     }
-    for (double edge : {9.2e18, 9.1999e18, 4503599627370496.5, 9007199254740993.0, 1e-320, 5e-8, 4.9999999e-8})
+    for (double edge : {9.2e18, 1.3743895e11, 1.3743896e11, 4503599627370496.5, 9007199254740993.0, 1e-320, 5e-8,
+                        4.9999999e-8, 0.0, 99999999.999999999})
         EXPECT_EQ(fast(edge), byText(edge)) << edge;
 }
