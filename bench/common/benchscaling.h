@@ -42,6 +42,7 @@ struct Scaling {
     // the best round: the cores kept busy. Near the core count unless the work waits on
     // something or another process holds a core.
     double busyCores = 0;
+    double busyOne = 0; // the same for the best one-thread run: at most 1
 };
 
 inline double processorSeconds() {
@@ -66,6 +67,8 @@ inline Scaling measureScaling(const std::function<void(int)>& work, int rounds) 
     };
     for (int r = 0; r < rounds; ++r) {
         const double one = timed(1);
+        if (one < s.oneThread)
+            s.busyOne = busy;
         const double all = timed(0);
         s.oneThread = std::min(s.oneThread, one);
         s.oneWorst = std::max(s.oneWorst, one);
@@ -84,6 +87,7 @@ inline void reportScaling(benchmark::State& state, const Scaling& s, double load
     state.counters["all threads s"] = s.allThreads;
     state.counters["speedup"] = s.oneThread / s.allThreads;
     state.counters["busy cores"] = s.busyCores;
+    state.counters["1 thread busy"] = s.busyOne;
     // How far the slowest round was from the best, per side: the noise of a shared machine.
     state.counters["1 thread spread"] = s.oneWorst / s.oneThread;
     state.counters["all spread"] = s.allWorst / s.allThreads;
