@@ -4,6 +4,7 @@
 
 #include "velmora/assets/assetlist.h"
 #include "benchinstall.h"
+#include "benchscaling.h"
 
 #include <benchmark/benchmark.h>
 
@@ -35,8 +36,27 @@ void AddToList(benchmark::State& state) {
         benchmark::Counter(static_cast<double>(converted), benchmark::Counter::kIsIterationInvariantRate);
 }
 
+// One thread against one per core, alternating in one run: the ratio is the gain of the
+// second core (and the cores the run saw and the load it met say what the machine allowed).
+void AddToListScaling(benchmark::State& state) {
+    static const fs::path root = demoInstall();
+    const double load = velmora::bench::loadAverage();
+    velmora::bench::Scaling s;
+    for (auto _ : state) {
+        s = velmora::bench::measureScaling(
+            [&](int threads) {
+                velmora::assets::AssetListOptions options;
+                options.threads = threads;
+                benchmark::DoNotOptimize(velmora::assets::buildAssetList(root / "Assets", options).rows.size());
+            },
+            3);
+    }
+    velmora::bench::reportScaling(state, s, load);
+}
+
 } // namespace
 
+BENCHMARK(AddToListScaling)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
 BENCHMARK(AddToList)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
 
 BENCHMARK_MAIN();

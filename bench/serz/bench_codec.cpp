@@ -5,10 +5,16 @@
 
 #include <benchmark/benchmark.h>
 
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 
 namespace {
 
@@ -73,6 +79,23 @@ std::string trackNetwork() {
     return bin;
 }
 
+// Scenery entities shaped like a large scenario's, `count` of them (about 400 bytes of XML each).
+std::string sceneryXml(int count) {
+    std::string xml = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+                      "<cRecordSet xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\" d:version=\"1.0\">\r\n<Record>\r\n";
+    for (int i = 0; i < count; ++i) {
+        xml += "\t<cDynamicEntity d:id=\"" + std::to_string(100000 + i) + "\">\r\n"
+               "\t\t<Name d:type=\"cDeltaString\">Item " + std::to_string(i % 500) + "</Name>\r\n"
+               "\t\t<X d:type=\"sFloat32\" d:alt_encoding=\"0000000000405E40\" d:precision=\"string\">121</X>\r\n"
+               "\t\t<M d:numElements=\"4\" d:elementType=\"sFloat32\" d:precision=\"string\">1.0000000 0.0000000 -0.5000000 0.2500000</M>\r\n"
+               "\t\t<Id d:type=\"sUInt64\">" + std::to_string(11157694588110849463ull - static_cast<unsigned>(i)) + "</Id>\r\n"
+               "\t\t<Flag d:type=\"bool\">1</Flag>\r\n"
+               "\t</cDynamicEntity>\r\n";
+    }
+    xml += "</Record>\r\n</cRecordSet>\r\n";
+    return xml;
+}
+
 const std::string& document(int which) {
     if (which == 2) {
         static const std::string tracks = trackNetwork();
@@ -80,20 +103,8 @@ const std::string& document(int which) {
     }
     static const std::string texture = slurp(std::filesystem::path(VELMORA_TESTDATA) / "WheelCompleteMap.TgPcDx");
     static const std::string large = [] {
-        std::string xml = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
-                          "<cRecordSet xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\" d:version=\"1.0\">\r\n<Record>\r\n";
-        for (int i = 0; i < 200000; ++i) {
-            xml += "\t<cDynamicEntity d:id=\"" + std::to_string(100000 + i) + "\">\r\n"
-                   "\t\t<Name d:type=\"cDeltaString\">Item " + std::to_string(i % 500) + "</Name>\r\n"
-                   "\t\t<X d:type=\"sFloat32\" d:alt_encoding=\"0000000000405E40\" d:precision=\"string\">121</X>\r\n"
-                   "\t\t<M d:numElements=\"4\" d:elementType=\"sFloat32\" d:precision=\"string\">1.0000000 0.0000000 -0.5000000 0.2500000</M>\r\n"
-                   "\t\t<Id d:type=\"sUInt64\">" + std::to_string(11157694588110849463ull - static_cast<unsigned>(i)) + "</Id>\r\n"
-                   "\t\t<Flag d:type=\"bool\">1</Flag>\r\n"
-                   "\t</cDynamicEntity>\r\n";
-        }
-        xml += "</Record>\r\n</cRecordSet>\r\n";
         std::string bin;
-        serz::encode(xml, bin);
+        serz::encode(sceneryXml(200000), bin);
         return bin;
     }();
     return which == 0 ? texture : large;
@@ -123,6 +134,86 @@ void Encode(benchmark::State& state) {
     state.counters["xml MB/s"] = benchmark::Counter(static_cast<double>(xml.size()), benchmark::Counter::kIsIterationInvariantRate);
 }
 
+// The conversions of a document of about 500 MB of XML, each in a process of its own so that
+// its peak resident memory (ru_maxrss) is the conversion's alone. Writing the files takes about
+// 600 MB of disk and a minute, so it runs only with VELMORA_BENCH_SERZ_LARGE=1.
+const char* g_self = nullptr;
+
+std::filesystem::path largeDir() { return std::filesystem::path(VELMORA_BENCH_DIR); }
+
+// Runs this program with the arguments; the child's peak resident memory in MB, or -1.
+double childPeakMb(std::vector<std::string> args) {
+    const pid_t pid = fork();
+    if (pid == 0) {
+        std::vector<char*> argv{const_cast<char*>(g_self)};
+        for (auto& a : args)
+            argv.push_back(a.data());
+        argv.push_back(nullptr);
+        execv(g_self, argv.data());
+        _exit(127);
+    }
+    int status = 0;
+    rusage usage{};
+    if (pid < 0 || wait4(pid, &status, 0, &usage) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        return -1;
+    return static_cast<double>(usage.ru_maxrss) / 1024.0;
+}
+
+// The child's side: "--make-large BIN XML" writes the document both ways; "--decode IN OUT" and
+// "--encode IN OUT" convert one file.
+int childMain(int argc, char** argv) {
+    const std::string what = argv[1];
+    if (argc != 4)
+        return 2;
+    std::string in, out;
+    serz::Status st;
+    if (what == "--make-large") {
+        out = sceneryXml(1250000);
+        st = serz::encode(out, in);
+        std::ofstream(argv[2], std::ios::binary).write(in.data(), static_cast<std::streamsize>(in.size()));
+    } else {
+        st = serz::readDocument(argv[2], in);
+        if (!st)
+            return 3;
+        st = what == "--decode" ? serz::decode(in, out) : serz::encode(in, out);
+    }
+    if (!st) {
+        std::cerr << st.message << '\n';
+        return 4;
+    }
+    std::ofstream file(argv[3], std::ios::binary);
+    file.write(out.data(), static_cast<std::streamsize>(out.size()));
+    return file.good() ? 0 : 5;
+}
+
+void LargeConversionMemory(benchmark::State& state) {
+    if (!std::getenv("VELMORA_BENCH_SERZ_LARGE")) {
+        state.SkipWithError("set VELMORA_BENCH_SERZ_LARGE=1 to convert the 500 MB document");
+        return;
+    }
+    std::filesystem::create_directories(largeDir());
+    const auto bin = largeDir() / "serz-large.bin", xml = largeDir() / "serz-large.xml";
+    const auto outXml = largeDir() / "serz-large-out.xml", outBin = largeDir() / "serz-large-out.bin";
+    if (!std::filesystem::exists(bin) || !std::filesystem::exists(xml))
+        childPeakMb({"--make-large", bin.string(), xml.string()});
+    double decodePeak = 0, encodePeak = 0;
+    for (auto _ : state) {
+        decodePeak = childPeakMb({"--decode", bin.string(), outXml.string()});
+        encodePeak = childPeakMb({"--encode", xml.string(), outBin.string()});
+    }
+    const double binMb = static_cast<double>(std::filesystem::file_size(bin)) / (1 << 20);
+    const double xmlMb = static_cast<double>(std::filesystem::file_size(xml)) / (1 << 20);
+    state.counters["binary MiB"] = binMb;
+    state.counters["xml MiB"] = xmlMb;
+    state.counters["decode peak MiB"] = decodePeak;
+    state.counters["encode peak MiB"] = encodePeak;
+    // 1 means the conversion held no more than its input and its output.
+    state.counters["decode peak/(in+out)"] = decodePeak / (binMb + xmlMb);
+    state.counters["encode peak/(in+out)"] = encodePeak / (binMb + xmlMb);
+    std::filesystem::remove(outXml);
+    std::filesystem::remove(outBin);
+}
+
 } // namespace
 
 // Argument 0: the 1024x1024 texture (blob-heavy); 1: 200,000 scenery entities; 2: a track
@@ -130,4 +221,17 @@ void Encode(benchmark::State& state) {
 BENCHMARK(Decode)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(Encode)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
-BENCHMARK_MAIN();
+BENCHMARK(LargeConversionMemory)->Unit(benchmark::kSecond)->Iterations(1);
+
+int main(int argc, char** argv) {
+    g_self = "/proc/self/exe";
+    if (argc > 1 && (std::strcmp(argv[1], "--make-large") == 0 || std::strcmp(argv[1], "--decode") == 0 ||
+                     std::strcmp(argv[1], "--encode") == 0))
+        return childMain(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

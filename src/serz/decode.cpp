@@ -8,6 +8,7 @@
 #include <array>
 #include <cstring>
 #include <new>
+#include <stdexcept>
 #include <vector>
 
 namespace serz {
@@ -18,14 +19,128 @@ constexpr char kHeader[8] = {'S', 'E', 'R', 'Z', 0, 0, 1, 0};
 
 struct Template {
     Kind kind = Kind::None;
+    ValueType valueType = ValueType::Unknown; // of values and arrays
     std::uint32_t name = 0;
     std::uint32_t type = 0;
 };
 
+// The XML is written through a cursor into a small stage that is appended to the string when
+// full, so that no byte of the string is first filled with zeros and then written again. A
+// piece larger than the stage (a long text, a blob) goes straight into the string, which is
+// then extended for it. Room is made once per token; the pieces are copied in unchecked.
+class Sink {
+public:
+    explicit Sink(std::string& s) : m_s(s) {}
+
+    // `capacity`: taken at once (pages never written cost no memory).
+    void start(std::size_t capacity) {
+        m_s.clear();
+        m_s.reserve(capacity);
+        m_direct = false;
+        p = m_stage;
+        m_end = m_stage + kStage;
+    }
+    void room(std::size_t n) {
+        if (static_cast<std::size_t>(m_end - p) < n)
+            makeRoom(n);
+    }
+    std::size_t size() const {
+        return m_direct ? static_cast<std::size_t>(p - m_s.data()) : m_s.size() + static_cast<std::size_t>(p - m_stage);
+    }
+    void finish() { settle(); }
+    void clear() {
+        m_s.clear();
+        m_direct = false;
+        p = m_stage;
+        m_end = m_stage + kStage;
+    }
+
+    // Unchecked: room() was made for them.
+    void put(char c) { *p++ = c; }
+    void put(std::string_view t) {
+        std::memcpy(p, t.data(), t.size());
+        p += t.size();
+    }
+    template <std::size_t N> void put(const char (&literal)[N]) {
+        std::memcpy(p, literal, N - 1);
+        p += N - 1;
+    }
+    // Needs room for 16 bytes at least.
+    void tabs(std::size_t n) {
+        static constexpr char kTabs[17] = "\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t";
+        if (n <= 16)
+            std::memcpy(p, kTabs, 16);
+        else
+            std::memset(p, '\t', n);
+        p += n;
+    }
+
+    char* p = nullptr;
+    static constexpr std::size_t kStage = 4096;
+
+private:
+    // What is written goes into the string: the stage is appended, or the string cut back to
+    // the end of a direct piece.
+    void settle() {
+        if (m_direct) {
+            m_s.resize(static_cast<std::size_t>(p - m_s.data()));
+            m_direct = false;
+        } else {
+            m_s.append(m_stage, p);
+        }
+        p = m_stage;
+        m_end = m_stage + kStage;
+    }
+    void makeRoom(std::size_t n) {
+        settle();
+        if (n <= kStage)
+            return;
+        const std::size_t at = m_s.size();
+        m_s.resize(at + n);
+        m_direct = true;
+        p = m_s.data() + at;
+        m_end = p + n;
+    }
+
+    std::string& m_s;
+    char m_stage[kStage];
+    char* m_end = nullptr;
+    bool m_direct = false;
+};
+
+// The XML form of a name from the string table, made once when the name is first used: "<"
+// and the name, then "</", the name, ">" and the line break; an open tag takes the first part,
+// a close tag the rest.
+struct NameForm {
+    std::uint32_t at = 0;    // in the name text
+    std::uint32_t open = 0;  // length of "<Name"
+    std::uint32_t close = 0; // length of "</Name>" and the line break
+};
+
+// The attributes of a scalar as the converter writes them, up to the value's text.
+std::string_view scalarHead(ValueType vt) {
+    switch (vt) {
+    case ValueType::Bool: return " d:type=\"bool\">";
+    case ValueType::SInt8: return " d:type=\"sInt8\">";
+    case ValueType::UInt8: return " d:type=\"sUInt8\">";
+    case ValueType::SInt16: return " d:type=\"sInt16\">";
+    case ValueType::UInt16: return " d:type=\"sUInt16\">";
+    case ValueType::SInt32: return " d:type=\"sInt32\">";
+    case ValueType::UInt32: return " d:type=\"sUInt32\">";
+    case ValueType::SInt64: return " d:type=\"sInt64\">";
+    case ValueType::UInt64: return " d:type=\"sUInt64\">";
+    case ValueType::Float32: return " d:type=\"sFloat32\" d:alt_encoding=\"";
+    case ValueType::Float64: return " d:type=\"sFloat64\" d:alt_encoding=\"";
+    case ValueType::String: return " d:type=\"cDeltaString\">";
+    case ValueType::Unknown: break;
+    }
+    return {};
+}
+
 class Decoder {
 public:
     Decoder(std::string_view in, std::string& out, const WriteOptions& options)
-        : m_in(in), m_out(out), m_options(options), m_eol(options.lineEnd == LineEnd::CrLf ? "\r\n" : "\n"),
+        : m_in(in), m_sink(out), m_options(options), m_eol(options.lineEnd == LineEnd::CrLf ? "\r\n" : "\n"),
           m_limit(options.maxXmlBytes ? options.maxXmlBytes : xmlLimitFor(in.size())) {}
 
     Status run();
@@ -62,28 +177,30 @@ private:
     bool token();
     bool fullToken(Kind kind);
     bool instance(const Template& t);
-    bool scalar(std::string_view name, std::string_view type);
-    bool array(std::string_view name, std::string_view type);
+    bool scalar(const Template& t);
+    bool array(const Template& t);
+
+    void startOutput();
+    const NameForm& nameForm(std::uint32_t index);
+    std::string_view openPart(const NameForm& f) const { return {m_names.data() + f.at, f.open}; }
+    std::string_view closePart(const NameForm& f) const { return {m_names.data() + f.at + f.open, f.close}; }
 
     void flushPending(bool selfClose);
-    void indent() { m_out.append(m_depth, '\t'); }
-    void openTag(std::string_view name) {
+    // Room for the indentation, the tags of this name and `more` bytes; the pending open
+    // element is written first.
+    const NameForm& openTag(std::uint32_t name, std::size_t more) {
         flushPending(false);
-        indent();
-        m_out += '<';
-        appendName(m_out, name);
-    }
-    void closeTag(std::string_view name) {
-        m_out += "</";
-        appendName(m_out, name);
-        m_out += '>';
-        m_out += m_eol;
+        const NameForm& f = nameForm(name);
+        m_sink.room(m_depth + 16 + f.open + f.close + more);
+        m_sink.tabs(m_depth);
+        m_sink.put(openPart(f));
+        return f;
     }
 
     std::string_view m_in;
-    std::string& m_out;
+    Sink m_sink;
     const WriteOptions& m_options;
-    const char* m_eol;
+    std::string_view m_eol;
     std::uint64_t m_limit;
     std::size_t m_pos = 0;
     std::size_t m_tokenStart = 0;
@@ -91,6 +208,8 @@ private:
     std::size_t m_errorAt = 0;
 
     std::vector<std::string_view> m_strings;
+    std::vector<NameForm> m_forms; // by string index; open == 0 until first used as a name
+    std::string m_names;
     std::array<Template, 255> m_ring{};
     std::size_t m_fullTokens = 0;
 
@@ -145,97 +264,131 @@ bool Decoder::strref(std::uint32_t& index) {
     m_pos = p;
     index = static_cast<std::uint32_t>(m_strings.size());
     m_strings.push_back(m_in.substr(start, p - start));
+    m_forms.emplace_back();
     return true;
+}
+
+const NameForm& Decoder::nameForm(std::uint32_t index) {
+    NameForm& f = m_forms[index];
+    if (f.open != 0)
+        return f;
+    const std::size_t at = m_names.size();
+    m_names += '<';
+    appendName(m_names, m_strings[index]);
+    const std::size_t open = m_names.size() - at;
+    m_names += "</";
+    m_names.append(m_names, at + 1, open - 1);
+    m_names += '>';
+    m_names += m_eol;
+    f.at = static_cast<std::uint32_t>(at);
+    f.open = static_cast<std::uint32_t>(open);
+    f.close = static_cast<std::uint32_t>(m_names.size() - at - open);
+    return f;
+}
+
+void Decoder::startOutput() {
+    // Real documents give 2 to 7 times their size. A large one takes the capacity of the most
+    // it may give at once, so that the text is never copied to a larger block (which would
+    // hold the old block and the new at the same time); only the pages written are ever
+    // touched. A small one takes a little more than it will probably need.
+    const std::uint64_t expected = std::min<std::uint64_t>(m_in.size() * std::uint64_t{8} + 4096, m_limit);
+    if (m_in.size() >= (std::size_t{1} << 20)) {
+        try {
+            m_sink.start(static_cast<std::size_t>(m_limit));
+            return;
+        } catch (const std::bad_alloc&) {
+            // No address space for all of it: grow as needed.
+        } catch (const std::length_error&) {
+        }
+    }
+    m_sink.start(static_cast<std::size_t>(expected));
 }
 
 void Decoder::flushPending(bool selfClose) {
     if (!m_pending)
         return;
     m_pending = false;
-    indent();
-    m_out += '<';
-    appendName(m_out, m_strings[m_pendingName]);
+    const NameForm& f = nameForm(m_pendingName);
+    static constexpr std::string_view kRoot = " xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\" d:version=\"1.0\"";
+    m_sink.room(m_depth + 16 + f.open + kRoot.size() + 16 + kIntegerRoom + m_eol.size());
+    m_sink.tabs(m_depth);
+    m_sink.put(openPart(f));
     if (m_pendingRoot)
-        m_out += " xmlns:d=\"http://www.kuju.com/TnT/2003/Delta\" d:version=\"1.0\"";
+        m_sink.put(kRoot);
     if (m_pendingId != 0) {
-        m_out += " d:id=\"";
-        appendInt(m_out, m_pendingId);
-        m_out += '"';
+        m_sink.put(" d:id=\"");
+        m_sink.p = putInt(m_sink.p, m_pendingId);
+        m_sink.put('"');
     }
-    m_out += selfClose ? "/>" : ">";
-    m_out += m_eol;
-    if (!selfClose)
+    if (selfClose) {
+        m_sink.put("/>");
+    } else {
+        m_sink.put('>');
         ++m_depth;
+    }
+    m_sink.put(m_eol);
 }
 
-bool Decoder::scalar(std::string_view name, std::string_view type) {
-    const ValueType vt = valueTypeNamed(type);
-    if (vt == ValueType::Unknown)
-        return fail("unknown value type '" + std::string(type) + "'");
-    openTag(name);
+bool Decoder::scalar(const Template& t) {
+    const ValueType vt = t.valueType;
     if (vt == ValueType::String) {
         std::uint32_t s = 0;
         if (!strref(s))
             return false;
-        m_out += " d:type=\"cDeltaString\">";
-        appendEscaped(m_out, m_strings[s]);
-        closeTag(name);
+        const std::string_view text = m_strings[s];
+        // An entity is at most six bytes for one.
+        const NameForm& f = openTag(t.name, 32 + text.size() * 6);
+        m_sink.put(scalarHead(vt));
+        m_sink.p = putEscaped(m_sink.p, text);
+        m_sink.put(closePart(f));
         return true;
     }
-    m_out += " d:type=\"";
-    m_out += type;
-    m_out += '"';
     const std::size_t size = valueSize(vt);
     if (!need(size))
         return false;
     const char* p = m_in.data() + m_pos;
     m_pos += size;
+    const NameForm& f = openTag(t.name, 80 + kAltEncodingRoom + kFloatGRoom);
+    m_sink.put(scalarHead(vt));
     if (vt == ValueType::Float32 || vt == ValueType::Float64) {
         const double d = floatAt(vt, p);
-        m_out += " d:alt_encoding=\"";
-        appendAltEncoding(m_out, d);
-        m_out += "\" d:precision=\"string\">";
-        appendFloatG(m_out, d, m_options.exponentDigits);
+        m_sink.p = putAltEncoding(m_sink.p, d);
+        m_sink.put("\" d:precision=\"string\">");
+        m_sink.p = putFloatG(m_sink.p, d, m_options.exponentDigits);
     } else {
-        m_out += '>';
-        appendInteger(m_out, vt, p);
+        m_sink.p = putInteger(m_sink.p, vt, p);
     }
-    closeTag(name);
+    m_sink.put(closePart(f));
     return true;
 }
 
-bool Decoder::array(std::string_view name, std::string_view type) {
-    const ValueType vt = valueTypeNamed(type);
-    if (vt == ValueType::Unknown || vt == ValueType::String)
-        return fail("unknown array element type '" + std::string(type) + "'");
+bool Decoder::array(const Template& t) {
+    const ValueType vt = t.valueType;
     std::uint8_t count = 0;
     if (!u8(count))
         return false;
     const std::size_t size = valueSize(vt);
     if (!need(size * count))
         return false;
-    openTag(name);
-    m_out += " d:numElements=\"";
-    appendInt(m_out, count);
-    m_out += "\" d:elementType=\"";
-    m_out += type;
-    m_out += '"';
+    const std::string_view type = m_strings[t.type];
     const bool isFloat = vt == ValueType::Float32 || vt == ValueType::Float64;
+    const NameForm& f = openTag(t.name, 80 + type.size() + std::size_t{count} * ((isFloat ? kFloatFixedRoom : kIntegerRoom) + 1));
+    m_sink.put(" d:numElements=\"");
+    m_sink.p = putUInt(m_sink.p, count);
+    m_sink.put("\" d:elementType=\"");
+    m_sink.put(type);
+    m_sink.put('"');
     if (isFloat)
-        m_out += " d:precision=\"string\"";
-    m_out += '>';
+        m_sink.put(" d:precision=\"string\"");
+    m_sink.put('>');
     for (std::uint8_t i = 0; i < count; ++i) {
         if (i)
-            m_out += ' ';
+            m_sink.put(' ');
         const char* p = m_in.data() + m_pos;
         m_pos += size;
-        if (isFloat) {
-            appendFloatFixed7(m_out, floatAt(vt, p));
-        } else {
-            appendInteger(m_out, vt, p);
-        }
+        m_sink.p = isFloat ? putFloatFixed7(m_sink.p, floatAt(vt, p)) : putInteger(m_sink.p, vt, p);
     }
-    closeTag(name);
+    m_sink.put(closePart(f));
     return true;
 }
 
@@ -269,47 +422,52 @@ bool Decoder::instance(const Template& t) {
             flushPending(true);
         } else {
             --m_depth;
-            indent();
-            closeTag(m_strings[name]);
+            const NameForm& f = nameForm(name);
+            m_sink.room(m_depth + 16 + f.close);
+            m_sink.tabs(m_depth);
+            m_sink.put(closePart(f));
         }
         if (m_stack.empty())
             m_rootDone = true;
         return true;
     }
-    case Kind::Value: return scalar(m_strings[t.name], m_strings[t.type]);
-    case Kind::Array: return array(m_strings[t.name], m_strings[t.type]);
+    case Kind::Value: return scalar(t);
+    case Kind::Array: return array(t);
     case Kind::Reference: {
         std::int32_t target = 0;
         if (!raw(target))
             return false;
-        openTag(m_strings[t.name]);
-        m_out += " d:type=\"ref\">";
-        appendInt(m_out, target);
-        closeTag(m_strings[t.name]);
+        const NameForm& f = openTag(t.name, 16 + kIntegerRoom);
+        m_sink.put(" d:type=\"ref\">");
+        m_sink.p = putInt(m_sink.p, target);
+        m_sink.put(closePart(f));
         return true;
     }
     case Kind::Nil:
         flushPending(false);
-        indent();
-        m_out += "<d:nil/>";
-        m_out += m_eol;
+        m_sink.room(m_depth + 16 + 10);
+        m_sink.tabs(m_depth);
+        m_sink.put("<d:nil/>");
+        m_sink.put(m_eol);
         return true;
     case Kind::Blob: {
         std::uint32_t size = 0;
         if (!raw(size) || !need(size))
             return false;
         flushPending(false);
-        indent();
-        m_out += "<d:blob d:size=\"";
-        appendInt(m_out, size);
-        m_out += "\">";
+        // Two digits a byte, a space or a line break between groups of eight.
+        m_sink.room(m_depth + 16 + 48 + kIntegerRoom + std::size_t{size} * 2 + (std::size_t{size} / 8 + 1) * 2);
+        m_sink.tabs(m_depth);
+        m_sink.put("<d:blob d:size=\"");
+        m_sink.p = putUInt(m_sink.p, size);
+        m_sink.put("\">");
         if (m_options.blobPlaces)
             m_options.blobPlaces->push_back({m_pos, size});
         else
-            appendBlobHex(m_out, m_in.substr(m_pos, size), m_eol);
+            m_sink.p = putBlobHex(m_sink.p, m_in.substr(m_pos, size), m_eol);
         m_pos += size;
-        m_out += "</d:blob>";
-        m_out += m_eol;
+        m_sink.put("</d:blob>");
+        m_sink.put(m_eol);
         return true;
     }
     case Kind::Hint:
@@ -319,7 +477,7 @@ bool Decoder::instance(const Template& t) {
 }
 
 bool Decoder::fullToken(Kind kind) {
-    Template t{kind, 0, 0};
+    Template t{kind, ValueType::Unknown, 0, 0};
     switch (kind) {
     case Kind::Open:
     case Kind::Close:
@@ -328,10 +486,17 @@ bool Decoder::fullToken(Kind kind) {
             return false;
         break;
     case Kind::Value:
-    case Kind::Array:
+    case Kind::Array: {
         if (!strref(t.name) || !strref(t.type))
             return false;
+        const std::string_view type = m_strings[t.type];
+        t.valueType = valueTypeNamed(type);
+        if (kind == Kind::Value && t.valueType == ValueType::Unknown)
+            return fail("unknown value type '" + std::string(type) + "'");
+        if (kind == Kind::Array && (t.valueType == ValueType::Unknown || t.valueType == ValueType::String))
+            return fail("unknown array element type '" + std::string(type) + "'");
         break;
+    }
     case Kind::Nil:
     case Kind::Blob: break;
     case Kind::Hint: {
@@ -373,18 +538,19 @@ bool Decoder::token() {
 }
 
 Status Decoder::run() {
-    m_out.clear();
-    if (m_in.size() < 8 || std::memcmp(m_in.data(), kHeader, 8) != 0)
+    if (m_in.size() < 8 || std::memcmp(m_in.data(), kHeader, 8) != 0) {
+        m_sink.clear();
         return Status{false, "not a simulator document: the header is not SERZ 00 00 01 00", 0, 0};
+    }
     m_pos = 8;
-    m_out.clear();
-    m_out.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(m_in.size() * std::uint64_t{7}, m_limit)));
-    m_out += "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
-    m_out += m_eol;
+    startOutput();
+    m_sink.room(64);
+    m_sink.put("<?xml version=\"1.0\" encoding=\"utf-8\"?>");
+    m_sink.put(m_eol);
     while (m_pos < m_in.size()) {
         if (!token())
             break;
-        if (m_out.size() > m_limit) {
+        if (m_sink.size() > m_limit) {
             fail("the XML would be larger than " + std::to_string(m_limit) + " bytes");
             break;
         }
@@ -394,9 +560,10 @@ Status Decoder::run() {
     if (m_error.empty() && !m_rootDone)
         fail("the document holds no element");
     if (!m_error.empty()) {
-        m_out.clear();
+        m_sink.clear();
         return Status{false, m_error + " (at byte " + std::to_string(m_errorAt) + ")", m_errorAt, 0};
     }
+    m_sink.finish();
     return Status::success();
 }
 

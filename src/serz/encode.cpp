@@ -4,178 +4,127 @@
 #include "numbers.h"
 #include "serz/serz.h"
 #include "tokens.h"
+#include "writer.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <new>
-#include <unordered_map>
 #include <vector>
 
 namespace serz {
 
 namespace {
 
-struct Attribute {
-    std::string_view name;
-    std::string_view value; // still escaped
+// The attributes the converter's dialect gives a meaning to, values still escaped; others are
+// ignored. The first of a name counts.
+struct Attributes {
+    std::optional<std::string_view> type, id, altEncoding, numElements, elementType, size;
+
+    void set(std::string_view name, std::string_view value) {
+        std::optional<std::string_view>* slot = nullptr;
+        switch (name.size()) {
+        case 6:
+            if (name == "d:type") slot = &type;
+            else if (name == "d:size") slot = &size;
+            break;
+        case 4:
+            if (name == "d:id") slot = &id;
+            break;
+        case 14:
+            if (name == "d:alt_encoding") slot = &altEncoding;
+            break;
+        case 13:
+            if (name == "d:numElements") slot = &numElements;
+            else if (name == "d:elementType") slot = &elementType;
+            break;
+        default: break;
+        }
+        if (slot && !*slot)
+            *slot = value;
+    }
 };
 
-// The writer side: strings, templates and the token bytes.
-class Writer {
-public:
-    explicit Writer(std::string& out) : m_out(out) {
-        m_out.assign("SERZ\0\0\1\0", 8);
-        m_ring.fill(kEmpty);
-    }
-
-    // Writes the token's head: a back-reference to its template, or the escape, the kind and
-    // the strings of a new template. False when the string table is full.
-    bool head(Kind kind, const std::string& name, const std::string& type) {
-        const auto n = hasName(kind) ? known(name) : std::optional<std::uint16_t>(0);
-        const auto t = type.empty() && !hasType(kind) ? std::optional<std::uint16_t>(0) : known(type);
-        if (n && t) {
-            const auto it = m_templates.find(key(kind, *n, *t));
-            if (it != m_templates.end()) {
-                m_out += static_cast<char>(it->second);
-                return true;
-            }
-        }
-        m_out += '\xFF';
-        m_out += static_cast<char>(kind);
-        std::uint16_t ni = 0, ti = 0;
-        if (hasName(kind) && !strref(name, ni))
-            return false;
-        if (hasType(kind) && !strref(type, ti))
-            return false;
-        const std::uint64_t k = key(kind, ni, ti);
-        if (m_ring[m_next] != kEmpty)
-            m_templates.erase(m_ring[m_next]);
-        m_ring[m_next] = k;
-        m_templates[k] = static_cast<std::uint8_t>(m_next);
-        m_next = (m_next + 1) % 255;
-        return true;
-    }
-
-    // Text whose last character is cut short cannot be stored: a reader would run past it.
-    static bool storable(const std::string& s) {
-        std::size_t p = 0;
-        while (p < s.size())
-            p += utf8Length(static_cast<unsigned char>(s[p]));
-        return p == s.size();
-    }
-
-    bool strref(const std::string& s, std::uint16_t& index) {
-        const auto it = m_strings.find(s);
-        if (it != m_strings.end()) {
-            index = it->second;
-            put16(index);
-            return true;
-        }
-        if (m_strings.size() >= 0xFFFF)
-            return false;
-        index = static_cast<std::uint16_t>(m_strings.size());
-        m_strings.emplace(s, index);
-        put16(0xFFFF);
-        // Counted the way a reader walks them, so that text that is not proper UTF-8 still
-        // comes back as the same bytes.
-        std::uint32_t chars = 0;
-        for (std::size_t p = 0; p < s.size(); p += utf8Length(static_cast<unsigned char>(s[p])))
-            ++chars;
-        put32(chars);
-        m_out += s;
-        return true;
-    }
-
-    void put8(std::uint8_t v) { m_out += static_cast<char>(v); }
-    void put16(std::uint16_t v) { m_out.append(reinterpret_cast<const char*>(&v), 2); }
-    void put32(std::uint32_t v) { m_out.append(reinterpret_cast<const char*>(&v), 4); }
-    void putRaw(const void* p, std::size_t n) { m_out.append(static_cast<const char*>(p), n); }
-    std::size_t size() const { return m_out.size(); }
-    void patch32(std::size_t at, std::uint32_t v) { std::memcpy(m_out.data() + at, &v, 4); }
-
-private:
-    static constexpr std::uint64_t kEmpty = ~0ull;
-    static bool hasName(Kind k) { return k == Kind::Open || k == Kind::Close || k == Kind::Value || k == Kind::Array || k == Kind::Reference; }
-    static bool hasType(Kind k) { return k == Kind::Value || k == Kind::Array; }
-    static std::uint64_t key(Kind k, std::uint16_t n, std::uint16_t t) {
-        return (std::uint64_t(static_cast<std::uint8_t>(k)) << 32) | (std::uint64_t(n) << 16) | t;
-    }
-    std::optional<std::uint16_t> known(const std::string& s) const {
-        const auto it = m_strings.find(s);
-        if (it == m_strings.end())
-            return std::nullopt;
-        return it->second;
-    }
-
-    std::string& m_out;
-    std::unordered_map<std::string, std::uint16_t> m_strings;
-    std::unordered_map<std::uint64_t, std::uint8_t> m_templates;
-    std::array<std::uint64_t, 255> m_ring{};
-    std::size_t m_next = 0;
-};
+// Classes of characters for the scanner, one table look-up a character.
+enum : std::uint8_t { kBlank = 1, kNameEnd = 2, kAttrNameEnd = 4 };
+constexpr std::array<std::uint8_t, 256> kClasses = [] {
+    std::array<std::uint8_t, 256> c{};
+    for (unsigned char b : {' ', '\t', '\r', '\n'})
+        c[b] |= kBlank | kNameEnd;
+    for (unsigned char b : {'/', '>'})
+        c[b] |= kNameEnd | kAttrNameEnd;
+    for (unsigned char b : {'=', ' '})
+        c[b] |= kAttrNameEnd;
+    return c;
+}();
+inline bool is(char c, std::uint8_t cls) { return kClasses[static_cast<unsigned char>(c)] & cls; }
+// Blanks between the parts of a tag and between elements.
+inline bool isBlank(char c) { return is(c, kBlank); }
 
 class Encoder {
 public:
     Encoder(std::string_view in, std::string& out, const ReadOptions& options)
-        : m_in(in), m_writer(out), m_options(options) {}
+        : m_in(in), m_writer(out, in.size() / 2), m_options(options) {}
 
     Status run();
 
 private:
+    // The line of an error is counted from the place reached only when there is one.
     bool fail(std::string message) {
         if (m_error.empty()) {
             m_error = std::move(message);
-            m_errorLine = m_line;
+            const std::size_t end = std::min(m_pos, m_in.size());
+            m_errorLine = 1 + static_cast<std::size_t>(std::count(m_in.begin(), m_in.begin() + static_cast<std::ptrdiff_t>(end), '\n'));
         }
         return false;
     }
     void skipSpace() {
+        // Indentation is runs of tabs: up to eight of them are passed over in one step.
+        constexpr std::uint64_t kTabs = 0x0909090909090909ull;
         while (m_pos < m_in.size()) {
-            const char c = m_in[m_pos];
-            if (c == '\n')
-                ++m_line;
-            else if (c != ' ' && c != '\t' && c != '\r')
+            if (m_in[m_pos] == '\t' && m_in.size() - m_pos >= 8) {
+                std::uint64_t w;
+                std::memcpy(&w, m_in.data() + m_pos, 8);
+                const std::uint64_t other = w ^ kTabs; // little-endian: the first byte is the lowest
+                m_pos += other ? static_cast<std::size_t>(__builtin_ctzll(other) / 8) : 8;
+            } else if (isBlank(m_in[m_pos])) {
+                ++m_pos;
+            } else {
                 return;
-            ++m_pos;
+            }
         }
     }
     bool skipPast(std::string_view end) {
         const std::size_t at = m_in.find(end, m_pos);
         if (at == std::string_view::npos)
             return fail("'" + std::string(end) + "' is missing");
-        countLines(m_pos, at + end.size());
         m_pos = at + end.size();
         return true;
     }
-    void countLines(std::size_t from, std::size_t to) {
-        for (std::size_t i = from; i < to; ++i)
-            if (m_in[i] == '\n')
-                ++m_line;
-    }
+    // The character at `at`, or NUL past the end.
+    char at(std::size_t i) const { return i < m_in.size() ? m_in[i] : '\0'; }
 
     bool element();
-    bool startTag(std::string_view& name, std::vector<Attribute>& attributes, bool& selfClosing);
+    bool startTag(std::string_view& name, Attributes& attributes, bool& selfClosing);
     bool closeTag(std::string_view name);
     bool text(std::string_view& raw);
     bool unescape(std::string_view raw, std::string& out);
-    std::optional<std::string_view> attribute(const std::vector<Attribute>& a, std::string_view name) const;
-    static std::string binaryName(std::string_view xmlName);
     void countChild() {
         if (!m_frames.empty())
             ++m_frames.back().children;
     }
 
-    bool value(const std::string& name, std::string_view type, std::string_view raw, const std::vector<Attribute>& a);
+    bool value(Interned& name, std::string_view type, std::string_view raw, const Attributes& a);
     bool number(ValueType vt, std::string_view text, std::optional<std::string_view> alt, std::string& bytes);
-    bool array(const std::string& name, const std::vector<Attribute>& a, std::string_view raw);
-    bool blob(const std::vector<Attribute>& a, std::string_view raw);
+    bool array(Interned& name, const Attributes& a, std::string_view raw);
+    bool blob(const Attributes& a, std::string_view raw);
 
     struct Frame {
         std::string_view xmlName;
-        std::string name;
+        Interned* name;
         std::size_t countAt;
         std::uint32_t children = 0;
     };
@@ -184,46 +133,24 @@ private:
     Writer m_writer;
     const ReadOptions& m_options;
     std::size_t m_pos = 0;
-    std::size_t m_line = 1;
     std::string m_error;
     std::size_t m_errorLine = 0;
     std::vector<Frame> m_frames;
     bool m_rootSeen = false;
-    std::string m_scratch;
+    // Kept from element to element so that their memory is taken once.
+    std::string m_bytes;
+    std::string m_text;
 };
 
-std::string Encoder::binaryName(std::string_view xmlName) {
-    std::string name;
-    name.reserve(xmlName.size() + 4);
-    for (char c : xmlName) {
-        if (c == '-')
-            name += "::";
-        else
-            name += c;
-    }
-    return name;
-}
-
-std::optional<std::string_view> Encoder::attribute(const std::vector<Attribute>& a, std::string_view name) const {
-    for (const auto& x : a)
-        if (x.name == name)
-            return x.value;
-    return std::nullopt;
-}
-
-bool Encoder::startTag(std::string_view& name, std::vector<Attribute>& attributes, bool& selfClosing) {
+bool Encoder::startTag(std::string_view& name, Attributes& attributes, bool& selfClosing) {
     // m_pos is just past '<'.
     const std::size_t start = m_pos;
-    while (m_pos < m_in.size()) {
-        const char c = m_in[m_pos];
-        if (c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '/' || c == '>')
-            break;
+    while (m_pos < m_in.size() && !is(m_in[m_pos], kNameEnd))
         ++m_pos;
-    }
     name = m_in.substr(start, m_pos - start);
     if (name.empty())
         return fail("an element has no name");
-    attributes.clear();
+    attributes = {};
     for (;;) {
         skipSpace();
         if (m_pos >= m_in.size())
@@ -234,42 +161,47 @@ bool Encoder::startTag(std::string_view& name, std::vector<Attribute>& attribute
             return true;
         }
         if (m_in[m_pos] == '/') {
-            if (m_pos + 1 >= m_in.size() || m_in[m_pos + 1] != '>')
+            if (at(m_pos + 1) != '>')
                 return fail("a stray '/' in the tag <" + std::string(name));
             m_pos += 2;
             selfClosing = true;
             return true;
         }
         const std::size_t a = m_pos;
-        while (m_pos < m_in.size() && m_in[m_pos] != '=' && m_in[m_pos] != ' ' && m_in[m_pos] != '>' && m_in[m_pos] != '/')
+        while (m_pos < m_in.size() && !is(m_in[m_pos], kAttrNameEnd))
             ++m_pos;
         const std::string_view attrName = m_in.substr(a, m_pos - a);
         skipSpace();
-        if (m_pos >= m_in.size() || m_in[m_pos] != '=')
+        if (at(m_pos) != '=')
             return fail("the attribute " + std::string(attrName) + " of <" + std::string(name) + "> has no value");
         ++m_pos;
         skipSpace();
-        if (m_pos >= m_in.size() || (m_in[m_pos] != '"' && m_in[m_pos] != '\''))
+        const char quote = at(m_pos);
+        if (quote != '"' && quote != '\'')
             return fail("the value of " + std::string(attrName) + " is not in quotes");
-        const char quote = m_in[m_pos++];
+        ++m_pos;
         const std::size_t end = m_in.find(quote, m_pos);
         if (end == std::string_view::npos)
             return fail("the value of " + std::string(attrName) + " has no closing quote");
-        attributes.push_back({attrName, m_in.substr(m_pos, end - m_pos)});
-        countLines(m_pos, end);
+        attributes.set(attrName, m_in.substr(m_pos, end - m_pos));
         m_pos = end + 1;
     }
 }
 
 bool Encoder::closeTag(std::string_view name) {
-    if (m_in.compare(m_pos, 2, "</") != 0)
+    if (at(m_pos) != '<' || at(m_pos + 1) != '/')
         return fail("<" + std::string(name) + "> is not closed");
     m_pos += 2;
+    // The usual case: the name and '>' right after it.
+    if (m_in.size() - m_pos > name.size() && m_in[m_pos + name.size()] == '>' && m_in.compare(m_pos, name.size(), name) == 0) {
+        m_pos += name.size() + 1;
+        return true;
+    }
     const std::size_t end = m_in.find('>', m_pos);
     if (end == std::string_view::npos)
         return fail("a closing tag has no '>'");
     std::string_view closing = m_in.substr(m_pos, end - m_pos);
-    while (!closing.empty() && (closing.back() == ' ' || closing.back() == '\t' || closing.back() == '\r' || closing.back() == '\n'))
+    while (!closing.empty() && isBlank(closing.back()))
         closing.remove_suffix(1);
     if (closing != name)
         return fail("</" + std::string(closing) + "> closes <" + std::string(name) + ">");
@@ -282,7 +214,6 @@ bool Encoder::text(std::string_view& raw) {
     if (end == std::string_view::npos)
         return fail("the document ends inside a value");
     raw = m_in.substr(m_pos, end - m_pos);
-    countLines(m_pos, end);
     m_pos = end;
     return true;
 }
@@ -358,9 +289,8 @@ bool Encoder::number(ValueType vt, std::string_view t, std::optional<std::string
         if (alt && m_options.floats == FloatImport::Lossless) {
             if (const auto exact = parseAltEncoding(*alt)) {
                 for (int digits : {3, 2}) {
-                    m_scratch.clear();
-                    appendFloatG(m_scratch, *exact, digits);
-                    if (m_scratch == t) {
+                    char printed[kFloatGRoom];
+                    if (std::string_view(printed, static_cast<std::size_t>(putFloatG(printed, *exact, digits) - printed)) == t) {
                         d = exact;
                         break;
                     }
@@ -383,12 +313,12 @@ bool Encoder::number(ValueType vt, std::string_view t, std::optional<std::string
     return fail("unknown value type");
 }
 
-bool Encoder::value(const std::string& name, std::string_view type, std::string_view raw, const std::vector<Attribute>& a) {
+bool Encoder::value(Interned& name, std::string_view type, std::string_view raw, const Attributes& a) {
     if (type == "ref") {
         std::int32_t target = 0;
         if (!parseInt(raw, target))
             return fail("'" + std::string(raw) + "' is not a reference id");
-        if (!m_writer.head(Kind::Reference, name, {}))
+        if (!m_writer.head(Kind::Reference, &name, nullptr))
             return fail("the document holds more than 65,535 strings");
         m_writer.putRaw(&target, 4);
         countChild();
@@ -397,30 +327,31 @@ bool Encoder::value(const std::string& name, std::string_view type, std::string_
     const ValueType vt = valueTypeNamed(type);
     if (vt == ValueType::Unknown)
         return fail("unknown value type '" + std::string(type) + "'");
-    if (!m_writer.head(Kind::Value, name, std::string(type)))
+    if (!m_writer.head(Kind::Value, &name, &m_writer.type(vt)))
         return fail("the document holds more than 65,535 strings");
     countChild();
     if (vt == ValueType::String) {
-        std::string s;
-        if (!unescape(raw, s))
+        // Text without entities is stored as it stands in the input.
+        const bool plain = raw.find('&') == std::string_view::npos;
+        if (!plain && !unescape(raw, m_text))
             return false;
+        const std::string_view s = plain ? raw : std::string_view(m_text);
         if (!Writer::storable(s))
-            return fail("the text of <" + name + "> ends in the middle of a UTF-8 character");
-        std::uint16_t index = 0;
-        if (!m_writer.strref(s, index))
+            return fail("the text of <" + std::string(name.text) + "> ends in the middle of a UTF-8 character");
+        if (!m_writer.text(s, plain))
             return fail("the document holds more than 65,535 strings");
         return true;
     }
-    std::string bytes;
-    if (!number(vt, raw, attribute(a, "d:alt_encoding"), bytes))
+    m_bytes.clear();
+    if (!number(vt, raw, a.altEncoding, m_bytes))
         return false;
-    m_writer.putRaw(bytes.data(), bytes.size());
+    m_writer.putRaw(m_bytes.data(), m_bytes.size());
     return true;
 }
 
-bool Encoder::array(const std::string& name, const std::vector<Attribute>& a, std::string_view raw) {
-    const auto countText = attribute(a, "d:numElements");
-    const auto type = attribute(a, "d:elementType");
+bool Encoder::array(Interned& name, const Attributes& a, std::string_view raw) {
+    const auto countText = a.numElements;
+    const auto type = a.elementType;
     unsigned count = 0;
     if (!countText || !parseInt(*countText, count) || count > 255)
         return fail("d:numElements must be a count from 0 to 255");
@@ -429,7 +360,8 @@ bool Encoder::array(const std::string& name, const std::vector<Attribute>& a, st
     const ValueType vt = valueTypeNamed(*type);
     if (vt == ValueType::Unknown || vt == ValueType::String)
         return fail("unknown array element type '" + std::string(*type) + "'");
-    std::string bytes;
+    std::string& bytes = m_bytes;
+    bytes.clear();
     unsigned seen = 0;
     std::size_t p = 0;
     while (p < raw.size()) {
@@ -447,7 +379,7 @@ bool Encoder::array(const std::string& name, const std::vector<Attribute>& a, st
     }
     if (seen != count)
         return fail("d:numElements says " + std::to_string(count) + " but the array holds " + std::to_string(seen));
-    if (!m_writer.head(Kind::Array, name, std::string(*type)))
+    if (!m_writer.head(Kind::Array, &name, &m_writer.type(vt)))
         return fail("the document holds more than 65,535 strings");
     m_writer.put8(static_cast<std::uint8_t>(count));
     m_writer.putRaw(bytes.data(), bytes.size());
@@ -455,12 +387,13 @@ bool Encoder::array(const std::string& name, const std::vector<Attribute>& a, st
     return true;
 }
 
-bool Encoder::blob(const std::vector<Attribute>& a, std::string_view raw) {
-    const auto sizeText = attribute(a, "d:size");
+bool Encoder::blob(const Attributes& a, std::string_view raw) {
+    const auto sizeText = a.size;
     std::uint32_t size = 0;
     if (!sizeText || !parseInt(*sizeText, size))
         return fail("a blob has no valid d:size");
-    std::string bytes;
+    std::string& bytes = m_bytes;
+    bytes.clear();
     bytes.reserve(size);
     int high = -1;
     for (char c : raw) {
@@ -481,7 +414,7 @@ bool Encoder::blob(const std::vector<Attribute>& a, std::string_view raw) {
         return fail("a blob has an odd number of hex digits");
     if (bytes.size() != size)
         return fail("d:size says " + std::to_string(size) + " bytes but the blob holds " + std::to_string(bytes.size()));
-    if (!m_writer.head(Kind::Blob, {}, {}))
+    if (!m_writer.head(Kind::Blob, nullptr, nullptr))
         return fail("the document holds more than 65,535 strings");
     m_writer.put32(size);
     m_writer.putRaw(bytes.data(), bytes.size());
@@ -493,7 +426,7 @@ bool Encoder::element() {
     // m_pos is at '<' of a start tag.
     ++m_pos;
     std::string_view xmlName;
-    std::vector<Attribute> attrs;
+    Attributes attrs;
     bool selfClosing = false;
     if (!startTag(xmlName, attrs, selfClosing))
         return false;
@@ -505,7 +438,7 @@ bool Encoder::element() {
             return false;
         if (m_frames.empty())
             return fail("the root cannot be nil");
-        if (!m_writer.head(Kind::Nil, {}, {}))
+        if (!m_writer.head(Kind::Nil, nullptr, nullptr))
             return false;
         countChild();
         return true;
@@ -518,20 +451,24 @@ bool Encoder::element() {
             return fail("the root cannot be a blob");
         return blob(attrs, raw);
     }
-    const std::string name = binaryName(xmlName);
-    if (!Writer::storable(name))
+    Interned& name = m_writer.name(xmlName);
+    if (!name.storable)
         return fail("the name <" + std::string(xmlName) + "> ends in the middle of a UTF-8 character");
-    const auto type = attribute(attrs, "d:type");
-    const bool isArray = attribute(attrs, "d:numElements").has_value();
+    const auto type = attrs.type;
+    const bool isArray = attrs.numElements.has_value();
     bool leafText = false;
     if (!type && !isArray && !selfClosing) {
         // A leaf with text and no type is a string; anything else is an element.
-        const std::size_t lt = m_in.find('<', m_pos);
-        if (lt == std::string_view::npos)
+        std::size_t q = m_pos;
+        while (q < m_in.size() && isBlank(m_in[q]))
+            ++q;
+        if (q < m_in.size() && m_in[q] != '<') {
+            const std::size_t lt = m_in.find('<', q);
+            if (lt == std::string_view::npos)
+                return fail("<" + std::string(xmlName) + "> is not closed");
+            leafText = at(lt + 1) == '/';
+        } else if (q >= m_in.size()) {
             return fail("<" + std::string(xmlName) + "> is not closed");
-        if (m_in.compare(lt, 2, "</") == 0) {
-            const std::string_view between = m_in.substr(m_pos, lt - m_pos);
-            leafText = between.find_first_not_of(" \t\r\n") != std::string_view::npos;
         }
     }
     if (type || isArray || leafText) {
@@ -545,20 +482,20 @@ bool Encoder::element() {
     }
 
     std::int32_t id = 0;
-    if (const auto idText = attribute(attrs, "d:id"); idText && !parseInt(*idText, id))
+    if (const auto idText = attrs.id; idText && !parseInt(*idText, id))
         return fail("d:id=\"" + std::string(*idText) + "\" is not a 32-bit id");
     countChild();
-    if (!m_writer.head(Kind::Open, name, {}))
+    if (!m_writer.head(Kind::Open, &name, nullptr))
         return fail("the document holds more than 65,535 strings");
     m_writer.putRaw(&id, 4);
     const std::size_t countAt = m_writer.size();
     m_writer.put32(0);
     m_rootSeen = true;
     if (selfClosing) {
-        m_writer.head(Kind::Close, name, {});
+        m_writer.head(Kind::Close, &name, nullptr);
         return true;
     }
-    m_frames.push_back({xmlName, name, countAt, 0});
+    m_frames.push_back({xmlName, &name, countAt, 0});
     return true;
 }
 
@@ -577,21 +514,22 @@ Status Encoder::run() {
                 fail("text between the elements of <" + std::string(m_frames.back().xmlName) + ">");
             break;
         }
-        if (m_in.compare(m_pos, 2, "<?") == 0) {
+        const char next = at(m_pos + 1);
+        if (next == '?') {
             skipPast("?>");
-        } else if (m_in.compare(m_pos, 4, "<!--") == 0) {
+        } else if (next == '!' && m_in.compare(m_pos, 4, "<!--") == 0) {
             skipPast("-->");
-        } else if (m_in.compare(m_pos, 2, "</") == 0) {
+        } else if (next == '/') {
             if (m_frames.empty()) {
                 fail("a closing tag without an open element");
                 break;
             }
-            Frame frame = std::move(m_frames.back());
+            const Frame frame = m_frames.back();
             m_frames.pop_back();
             if (!closeTag(frame.xmlName))
                 break;
             m_writer.patch32(frame.countAt, frame.children);
-            m_writer.head(Kind::Close, frame.name, {});
+            m_writer.head(Kind::Close, frame.name, nullptr);
         } else {
             element();
         }

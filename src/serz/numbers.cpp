@@ -72,47 +72,44 @@ void roundSix(double a, char* digits, int& count, int& exponent) {
 
 } // namespace
 
-void appendInt(std::string& out, long long v) {
-    char buf[24];
-    auto r = std::to_chars(buf, buf + sizeof buf, v);
-    out.append(buf, r.ptr);
-}
+char* putInt(char* p, long long v) { return std::to_chars(p, p + kIntegerRoom, v).ptr; }
 
-void appendUInt(std::string& out, unsigned long long v) {
-    char buf[24];
-    auto r = std::to_chars(buf, buf + sizeof buf, v);
-    out.append(buf, r.ptr);
-}
+char* putUInt(char* p, unsigned long long v) { return std::to_chars(p, p + kIntegerRoom, v).ptr; }
 
-void appendInteger(std::string& out, ValueType type, const char* p) {
+char* putInteger(char* p, ValueType type, const char* b) {
     switch (type) {
-    case ValueType::Bool: out += (*p != 0) ? '1' : '0'; return;
-    case ValueType::SInt8: appendInt(out, static_cast<std::int8_t>(*p)); return;
-    case ValueType::UInt8: appendUInt(out, static_cast<std::uint8_t>(*p)); return;
-    case ValueType::SInt16: { std::int16_t v; std::memcpy(&v, p, 2); appendInt(out, v); return; }
-    case ValueType::UInt16: { std::uint16_t v; std::memcpy(&v, p, 2); appendUInt(out, v); return; }
-    case ValueType::SInt32: { std::int32_t v; std::memcpy(&v, p, 4); appendInt(out, v); return; }
-    case ValueType::UInt32: { std::uint32_t v; std::memcpy(&v, p, 4); appendUInt(out, v); return; }
-    case ValueType::SInt64: { std::int64_t v; std::memcpy(&v, p, 8); appendInt(out, v); return; }
-    case ValueType::UInt64: { std::uint64_t v; std::memcpy(&v, p, 8); appendUInt(out, v); return; }
-    default: return;
+    case ValueType::Bool: *p = (*b != 0) ? '1' : '0'; return p + 1;
+    case ValueType::SInt8: return putInt(p, static_cast<std::int8_t>(*b));
+    case ValueType::UInt8: return putUInt(p, static_cast<std::uint8_t>(*b));
+    case ValueType::SInt16: { std::int16_t v; std::memcpy(&v, b, 2); return putInt(p, v); }
+    case ValueType::UInt16: { std::uint16_t v; std::memcpy(&v, b, 2); return putUInt(p, v); }
+    case ValueType::SInt32: { std::int32_t v; std::memcpy(&v, b, 4); return putInt(p, v); }
+    case ValueType::UInt32: { std::uint32_t v; std::memcpy(&v, b, 4); return putUInt(p, v); }
+    case ValueType::SInt64: { std::int64_t v; std::memcpy(&v, b, 8); return putInt(p, v); }
+    case ValueType::UInt64: { std::uint64_t v; std::memcpy(&v, b, 8); return putUInt(p, v); }
+    default: return p;
     }
 }
 
-void appendFloatG(std::string& out, double v, int exponentDigits) {
-    if (std::isnan(v)) {
-        out += "nan";
-        return;
-    }
-    if (std::isinf(v)) {
-        out += v < 0 ? "-inf" : "inf";
-        return;
-    }
+namespace {
+
+char* putText(char* p, std::string_view s) {
+    std::memcpy(p, s.data(), s.size());
+    return p + s.size();
+}
+
+} // namespace
+
+char* putFloatG(char* p, double v, int exponentDigits) {
+    if (std::isnan(v))
+        return putText(p, "nan");
+    if (std::isinf(v))
+        return putText(p, v < 0 ? "-inf" : "inf");
     if (std::signbit(v))
-        out += '-';
+        *p++ = '-';
     if (v == 0) {
-        out += '0';
-        return;
+        *p++ = '0';
+        return p;
     }
     char buf[8];
     int count = 0, exponent = 0;
@@ -122,42 +119,89 @@ void appendFloatG(std::string& out, double v, int exponentDigits) {
         --count;
     const std::string_view digits(buf, static_cast<std::size_t>(count));
     if (exponent < -4 || exponent >= 6) {
-        out += digits[0];
+        *p++ = digits[0];
         if (digits.size() > 1) {
-            out += '.';
-            out.append(digits.substr(1));
+            *p++ = '.';
+            p = putText(p, digits.substr(1));
         }
-        out += 'e';
-        out += exponent < 0 ? '-' : '+';
-        std::string e = std::to_string(exponent < 0 ? -exponent : exponent);
-        if (static_cast<int>(e.size()) < exponentDigits)
-            e.insert(0, static_cast<std::size_t>(exponentDigits) - e.size(), '0');
-        out += e;
-        return;
+        *p++ = 'e';
+        *p++ = exponent < 0 ? '-' : '+';
+        char e[8];
+        const char* eEnd = std::to_chars(e, e + sizeof e, exponent < 0 ? -exponent : exponent).ptr;
+        const int width = static_cast<int>(eEnd - e);
+        for (int i = width; i < std::min(exponentDigits, 16); ++i)
+            *p++ = '0';
+        return putText(p, std::string_view(e, static_cast<std::size_t>(width)));
     }
     if (exponent < 0) {
-        out += "0.";
-        out.append(static_cast<std::size_t>(-exponent - 1), '0');
-        out += digits;
-        return;
+        p = putText(p, "0.");
+        for (int i = 0; i < -exponent - 1; ++i)
+            *p++ = '0';
+        return putText(p, digits);
     }
     const std::size_t intDigits = static_cast<std::size_t>(exponent) + 1;
     if (digits.size() <= intDigits) {
-        out += digits;
-        out.append(intDigits - digits.size(), '0');
-        return;
+        p = putText(p, digits);
+        for (std::size_t i = digits.size(); i < intDigits; ++i)
+            *p++ = '0';
+        return p;
     }
-    out.append(digits.substr(0, intDigits));
-    out += '.';
-    out.append(digits.substr(intDigits));
+    p = putText(p, digits.substr(0, intDigits));
+    *p++ = '.';
+    return putText(p, digits.substr(intDigits));
 }
 
-void appendFloatFixed7(std::string& out, double v) {
-    if (std::isnan(v) || std::isinf(v)) {
-        appendFloatG(out, v, 3);
-        return;
+#ifdef __SIZEOF_INT128__
+__extension__ typedef unsigned __int128 Wide;
+#endif
+
+char* putFloatFixed7(char* p, double v) {
+#ifdef __SIZEOF_INT128__
+    // In integers for normal values below 9e10 (every coordinate and matrix element): v =
+    // m / 2^shift with m below 2^53, so |v| * 10^8 = m * 10^8 / 2^shift is worked out in 128
+    // bits and fits in 64 once shifted. Rounded to eight places, then by the eighth digit as
+    // the text way does; an eighth digit of 5 (which may be a tie), an exact tie at the eighth
+    // place, zero, tiny and large values are left to the text way.
+    std::uint64_t bits;
+    std::memcpy(&bits, &v, 8);
+    const int exponent = static_cast<int>((bits >> 52) & 0x7FF);
+    const int shift = 1075 - exponent; // |v| = m / 2^shift
+    if ((bits << 1) == 0) {
+        if (bits >> 63)
+            *p++ = '-';
+        std::memcpy(p, "0.0000000", 9);
+        return p + 9;
     }
-    char buf[400];
+    if (exponent != 0 && shift > 16 && shift < 127) {
+        const std::uint64_t m = (bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{1} << 52);
+        const Wide scaled = static_cast<Wide>(m) * 100000000u;
+        auto eighths = static_cast<std::uint64_t>(scaled >> shift);
+        const Wide rest = scaled - (static_cast<Wide>(eighths) << shift), half = static_cast<Wide>(1) << (shift - 1);
+        if (rest > half)
+            ++eighths;
+        const auto digit = static_cast<unsigned>(eighths % 10u);
+        if (rest != half && digit != 5) {
+            const std::uint64_t q = eighths / 10u + (digit > 5 ? 1u : 0u);
+            if (bits >> 63)
+                *p++ = '-';
+            auto part = static_cast<std::uint32_t>(q % 10000000u);
+            p = std::to_chars(p, p + kIntegerRoom, q / 10000000u).ptr;
+            *p++ = '.';
+            for (int i = 6; i >= 0; --i) {
+                p[i] = static_cast<char>('0' + part % 10);
+                part /= 10;
+            }
+            return p + 7;
+        }
+    }
+#endif
+    return putFloatFixed7ByText(p, v);
+}
+
+char* putFloatFixed7ByText(char* p, double v) {
+    if (std::isnan(v) || std::isinf(v))
+        return putFloatG(p, v, 3);
+    char buf[kFloatFixedRoom];
     const double a = std::fabs(v);
     auto r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::fixed, 8);
     char* last = r.ptr;
@@ -167,32 +211,68 @@ void appendFloatFixed7(std::string& out, double v) {
         last = r.ptr;
     }
     if (std::signbit(v))
-        out += '-';
+        *p++ = '-';
     if (carry)
-        out += '1';
-    out.append(buf, last);
+        *p++ = '1';
+    return putText(p, std::string_view(buf, static_cast<std::size_t>(last - buf)));
 }
 
-void appendAltEncoding(std::string& out, double v) {
-    static const char* hex = "0123456789ABCDEF";
+char* putAltEncoding(char* p, double v) {
+    static constexpr char hex[] = "0123456789ABCDEF";
     unsigned char bytes[8];
     std::memcpy(bytes, &v, 8);
     for (unsigned char b : bytes) {
-        out += hex[b >> 4];
-        out += hex[b & 15];
+        *p++ = hex[b >> 4];
+        *p++ = hex[b & 15];
     }
+    return p;
+}
+
+void appendInt(std::string& out, long long v) {
+    char buf[kIntegerRoom];
+    out.append(buf, putInt(buf, v));
+}
+
+void appendUInt(std::string& out, unsigned long long v) {
+    char buf[kIntegerRoom];
+    out.append(buf, putUInt(buf, v));
+}
+
+void appendInteger(std::string& out, ValueType type, const char* bytes) {
+    char buf[kIntegerRoom];
+    out.append(buf, putInteger(buf, type, bytes));
+}
+
+void appendFloatG(std::string& out, double v, int exponentDigits) {
+    char buf[kFloatGRoom];
+    out.append(buf, putFloatG(buf, v, exponentDigits));
+}
+
+void appendFloatFixed7(std::string& out, double v) {
+    char buf[kFloatFixedRoom + 2];
+    out.append(buf, putFloatFixed7(buf, v));
+}
+
+void appendAltEncoding(std::string& out, double v) {
+    char buf[kAltEncodingRoom];
+    out.append(buf, putAltEncoding(buf, v));
 }
 
 std::optional<double> parseAltEncoding(std::string_view text) {
     if (text.size() != 16)
         return std::nullopt;
+    auto nibble = [](char c) -> int {
+        if (c >= '0' && c <= '9') return c - '0';
+        if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+        if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+        return -1;
+    };
     unsigned char bytes[8];
     for (int i = 0; i < 8; ++i) {
-        unsigned v = 0;
-        auto r = std::from_chars(text.data() + 2 * i, text.data() + 2 * i + 2, v, 16);
-        if (r.ec != std::errc() || r.ptr != text.data() + 2 * i + 2)
+        const int high = nibble(text[2 * i]), low = nibble(text[2 * i + 1]);
+        if (high < 0 || low < 0)
             return std::nullopt;
-        bytes[i] = static_cast<unsigned char>(v);
+        bytes[i] = static_cast<unsigned char>(high << 4 | low);
     }
     double d;
     std::memcpy(&d, bytes, 8);

@@ -11,6 +11,23 @@
 
 namespace serz {
 
+// The put* forms write into a buffer that has room for at least the bound given and return the
+// end of what they wrote; the append* forms add to a string.
+constexpr std::size_t kIntegerRoom = 24;
+constexpr std::size_t kFloatGRoom = 32;     // "%g" with up to 16 exponent digits
+constexpr std::size_t kFloatFixedRoom = 400; // "%.7f" of the largest double
+constexpr std::size_t kAltEncodingRoom = 16;
+
+char* putInt(char* p, long long v);
+char* putUInt(char* p, unsigned long long v);
+char* putInteger(char* p, ValueType type, const char* bytes);
+char* putFloatG(char* p, double v, int exponentDigits);
+char* putFloatFixed7(char* p, double v);
+// The same by way of the shortest exact text; putFloatFixed7 takes it for values of 2^63 and
+// more, NaN and infinity.
+char* putFloatFixed7ByText(char* p, double v);
+char* putAltEncoding(char* p, double v);
+
 void appendInt(std::string& out, long long v);
 void appendUInt(std::string& out, unsigned long long v);
 // An integer of the given type from its little-endian bytes.

@@ -3,6 +3,8 @@
 
 #include "serz/serz.h"
 
+#include <algorithm>
+#include <cstring>
 #include <fstream>
 #include <new>
 #include <system_error>
@@ -18,10 +20,11 @@ namespace serz {
 
 namespace {
 
-// Checks the file, then reads it whole into the room `reserve(size)` gives (nullptr when there
-// is not enough memory).
-template <typename Reserve>
-Status readWhole(const std::filesystem::path& file, std::uint64_t maxBytes, Reserve reserve) {
+// Checks the file, then reads it whole: `reserve(size)` once (false when there is not enough
+// memory), then `append(data, n)` piece by piece. Read through a small stage, so that no room is
+// first filled with zeros only to be written over.
+template <typename Reserve, typename Append>
+Status readWhole(const std::filesystem::path& file, std::uint64_t maxBytes, Reserve reserve, Append append) {
     auto failed = [&](const std::string& why) { return Status{false, file.string() + ": " + why, 0, 0}; };
     std::error_code ec;
     const auto status = std::filesystem::status(file, ec);
@@ -39,15 +42,24 @@ Status readWhole(const std::filesystem::path& file, std::uint64_t maxBytes, Rese
     std::ifstream in(file, std::ios::binary);
     if (!in)
         return failed("cannot be read");
-    char* room = nullptr;
+    bool room = false;
     try {
         room = reserve(static_cast<std::size_t>(size));
     } catch (const std::bad_alloc&) {
     }
-    if (!room && size > 0)
+    if (!room)
         return failed("there is not enough memory to read it");
-    in.read(room, static_cast<std::streamsize>(size));
-    if (static_cast<std::uintmax_t>(in.gcount()) != size)
+    static thread_local char stage[64 << 10];
+    std::uintmax_t done = 0;
+    while (done < size) {
+        in.read(stage, static_cast<std::streamsize>(std::min<std::uintmax_t>(sizeof stage, size - done)));
+        const auto got = static_cast<std::size_t>(in.gcount());
+        if (got == 0)
+            break;
+        append(stage, got);
+        done += got;
+    }
+    if (done != size)
         return failed("cannot be read");
     return Status::success();
 }
@@ -56,10 +68,17 @@ Status readWhole(const std::filesystem::path& file, std::uint64_t maxBytes, Rese
 
 Status readDocument(const std::filesystem::path& file, std::string& bytes, std::uint64_t maxBytes) {
     bytes.clear();
-    const Status s = readWhole(file, maxBytes, [&](std::size_t size) {
-        bytes.resize(size);
-        return bytes.data();
-    });
+    const Status s = readWhole(
+        file, maxBytes,
+        [&](std::size_t size) {
+            bytes.reserve(size);
+            return true;
+        },
+        [&](const char* data, std::size_t n) {
+            // Small appends: the C library copies those with vector moves.
+            for (std::size_t at = 0; at < n; at += 4096)
+                bytes.append(data + at, std::min<std::size_t>(4096, n - at));
+        });
     if (!s)
         bytes.clear();
     return s;
@@ -113,13 +132,19 @@ Status readDocument(const std::filesystem::path& file, DocumentBytes& bytes, std
         }
     }
 #endif
-    const Status s = readWhole(file, maxBytes, [&](std::size_t room) {
-        // Left uninitialised: the read fills every byte.
-        bytes.m_read = std::make_unique_for_overwrite<char[]>(room);
-        bytes.m_data = bytes.m_read.get();
-        bytes.m_size = room;
-        return bytes.m_read.get();
-    });
+    std::size_t filled = 0;
+    const Status s = readWhole(
+        file, maxBytes,
+        [&](std::size_t size) {
+            bytes.m_read = std::make_unique_for_overwrite<char[]>(size);
+            bytes.m_data = bytes.m_read.get();
+            bytes.m_size = size;
+            return true;
+        },
+        [&](const char* data, std::size_t n) {
+            std::memcpy(bytes.m_read.get() + filled, data, n);
+            filled += n;
+        });
     if (!s)
         bytes = {};
     return s;

@@ -1,5 +1,7 @@
 #include "tokens.h"
 
+#include <cstring>
+
 namespace serz {
 
 ValueType valueTypeNamed(std::string_view n) {
@@ -52,18 +54,28 @@ void appendName(std::string& out, std::string_view name) {
     }
 }
 
+namespace {
+
+// The entity of a character the XML text cannot hold as it is, or null.
+inline const char* entityOf(char c) {
+    switch (c) {
+    case '\'': return "&apos;";
+    case '"': return "&quot;";
+    case '&': return "&amp;";
+    case '<': return "&lt;";
+    case '>': return "&gt;";
+    default: return nullptr;
+    }
+}
+
+} // namespace
+
 void appendEscaped(std::string& out, std::string_view text) {
     std::size_t from = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const char* entity = nullptr;
-        switch (text[i]) {
-        case '\'': entity = "&apos;"; break;
-        case '"': entity = "&quot;"; break;
-        case '&': entity = "&amp;"; break;
-        case '<': entity = "&lt;"; break;
-        case '>': entity = "&gt;"; break;
-        default: continue;
-        }
+        const char* entity = entityOf(text[i]);
+        if (!entity)
+            continue;
         out.append(text, from, i - from);
         out += entity;
         from = i + 1;
@@ -71,19 +83,42 @@ void appendEscaped(std::string& out, std::string_view text) {
     out.append(text, from, std::string_view::npos);
 }
 
+char* putEscaped(char* p, std::string_view text) {
+    for (const char c : text) {
+        if (const char* entity = entityOf(c)) {
+            const std::size_t n = std::strlen(entity);
+            std::memcpy(p, entity, n);
+            p += n;
+        } else {
+            *p++ = c;
+        }
+    }
+    return p;
+}
+
 void appendBlobHex(std::string& out, std::string_view bytes, const char* eol) {
-    static const char* hex = "0123456789ABCDEF";
+    const std::string_view lineEnd(eol);
+    const std::size_t at = out.size();
+    out.resize(at + bytes.size() * 2 + (bytes.size() / 8 + 1) * lineEnd.size());
+    out.resize(static_cast<std::size_t>(putBlobHex(out.data() + at, bytes, lineEnd) - out.data()));
+}
+
+char* putBlobHex(char* p, std::string_view bytes, std::string_view eol) {
+    static constexpr char hex[] = "0123456789ABCDEF";
     for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (i > 0) {
-            if (i % 32 == 0)
-                out += eol;
-            else if (i % 8 == 0)
-                out += ' ';
+        if (i > 0 && i % 8 == 0) {
+            if (i % 32 == 0) {
+                std::memcpy(p, eol.data(), eol.size());
+                p += eol.size();
+            } else {
+                *p++ = ' ';
+            }
         }
         const auto b = static_cast<unsigned char>(bytes[i]);
-        out += hex[b >> 4];
-        out += hex[b & 15];
+        *p++ = hex[b >> 4];
+        *p++ = hex[b & 15];
     }
+    return p;
 }
 
 } // namespace serz

@@ -50,7 +50,11 @@ inline std::size_t utf8Length(unsigned char lead) {
 void appendName(std::string& out, std::string_view name);
 // Text with ' " & < > as entities; everything else, control characters too, as it is.
 void appendEscaped(std::string& out, std::string_view text);
+// The same into a buffer with room for six bytes a byte of text; returns the end written.
+char* putEscaped(char* p, std::string_view text);
 // The bytes as upper-case hex, 8 bytes a group, 4 groups a line.
 void appendBlobHex(std::string& out, std::string_view bytes, const char* eol);
+// The same into a buffer with room for two bytes a byte and a line break every eight bytes.
+char* putBlobHex(char* p, std::string_view bytes, std::string_view eol);
 
 } // namespace serz

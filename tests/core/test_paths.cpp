@@ -5,6 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+#include <vector>
+
 using namespace velmora;
 using velmora::test::TempDir;
 namespace fs = std::filesystem;
@@ -144,4 +148,35 @@ TEST(ProgramFolders, TheUsersOwnFolderFollowsTheDesktopsRules) {
     else
         ::unsetenv("XDG_DATA_HOME");
 #endif
+}
+
+TEST(PathResolver, ManyThreadsResolveAtOnceAndSeeNewFiles) {
+    TempDir dir;
+    for (int f = 0; f < 20; ++f)
+        for (int n = 0; n < 10; ++n)
+            dir.write("Assets/Pack" + std::to_string(f) + "/Caf\xC3\xA9 " + std::to_string(n) + ".bin", "x");
+    PathResolver r;
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> pool;
+    for (int t = 0; t < 4; ++t)
+        pool.emplace_back([&, t] {
+            for (int round = 0; round < 20; ++round)
+                for (int f = 0; f < 20; ++f) {
+                    const int n = (f + t + round) % 10;
+                    // Upper case of the Latin-1 letter folds too.
+                    const auto found = r.resolve(dir.path(), "ASSETS\\pack" + std::to_string(f) + "\\CAF\xC3\x89 " +
+                                                                 std::to_string(n) + ".BIN");
+                    if (!found || found->filename() != "Caf\xC3\xA9 " + std::to_string(n) + ".bin")
+                        ++wrong;
+                    if (r.resolve(dir.path(), "Assets\\Pack" + std::to_string(f) + "\\missing.bin"))
+                        ++wrong;
+                }
+        });
+    for (auto& t : pool)
+        t.join();
+    EXPECT_EQ(wrong, 0);
+    // A file made after its folder was listed is found once the folder's time changed.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    dir.write("Assets/Pack3/Later.bin", "x");
+    EXPECT_TRUE(r.resolve(dir.path(), "assets\\pack3\\later.bin"));
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <random>
 
 using namespace serz;
 
@@ -110,4 +111,46 @@ TEST(FloatText, AgreesWithTheCLibraryAwayFromTies) {
         ++compared;
     }
     EXPECT_GT(compared, 190000);
+}
+
+TEST(FloatText, FixedSevenInIntegersAgreesWithTheExactText) {
+    auto fast = [](double v) {
+        char buf[kFloatFixedRoom];
+        return std::string(buf, putFloatFixed7(buf, v));
+    };
+    auto byText = [](double v) {
+        char buf[kFloatFixedRoom];
+        return std::string(buf, putFloatFixed7ByText(buf, v));
+    };
+    // Exact decimal ties at the seventh place are the odd multiples of 1/256 (and finer
+    // powers of two): they go away from zero.
+    EXPECT_EQ(fast(1.0 / 256), "0.0039063");
+    EXPECT_EQ(fast(-3.0 / 256), "-0.0117188");
+    EXPECT_EQ(fast(-0.0), "-0.0000000");
+    EXPECT_EQ(fast(-1e-12), "-0.0000000");
+    EXPECT_EQ(fast(9.99999995), "10.0000000");
+    std::mt19937 random(11);
+    for (int i = 0; i < 200000; ++i) {
+        std::uint32_t bits = random();
+        float f;
+        std::memcpy(&f, &bits, 4);
+        if (std::isnan(f) || std::isinf(f))
+            continue;
+        ASSERT_EQ(fast(f), byText(f)) << bits;
+        const double tie = static_cast<double>(static_cast<int>(random() % 200001) - 100000) / (256 << (i % 8));
+        ASSERT_EQ(fast(tie), byText(tie)) << tie;
+        std::uint64_t wide = (std::uint64_t(random()) << 32) | random();
+        double d;
+        std::memcpy(&d, &wide, 8);
+        if (!std::isnan(d) && !std::isinf(d)) {
+            ASSERT_EQ(fast(d), byText(d)) << wide;
+        }
+        // Coordinates and the like, up to past the largest value taken in integers.
+        const double scale = std::pow(10.0, static_cast<int>(random() % 14) - 2);
+        const double coordinate = (static_cast<double>(random()) / 4294967296.0 - 0.5) * scale;
+        ASSERT_EQ(fast(coordinate), byText(coordinate)) << coordinate;
+    }
+    for (double edge : {9.2e18, 1.3743895e11, 1.3743896e11, 4503599627370496.5, 9007199254740993.0, 1e-320, 5e-8,
+                        4.9999999e-8, 0.0, 99999999.999999999})
+        EXPECT_EQ(fast(edge), byText(edge)) << edge;
 }

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <deque>
 #include <thread>
 
 namespace velmora::assets {
@@ -244,8 +245,18 @@ AssetListResult buildAssetList(const fs::path& startFolder, const AssetListOptio
     AssetListResult result;
     result.categoryFilter = options.category;
 
-    // The walk: cheap, on this thread, deciding every file that can be decided by its path.
-    std::vector<Candidate> candidates;
+    // The walk, on this thread, decides every file that can be decided by its path; the
+    // conversions start on the other cores as soon as the walk finds their files, and each
+    // outcome lands in its candidate's slot.
+    ParallelFeed<Candidate, Outcome> feed(options.threads, ui, [&](const Candidate& c) {
+        if (!c.convert)
+            return buildPlain(c);
+        return onePiece([&] { return buildBlueprint(c, options); }, [&](const std::string& why) {
+            Outcome failed;
+            failed.error = c.file.string() + ": " + why;
+            return failed;
+        });
+    });
     cScanPath scan;
     scan.useListSettings(options.mask, options.zeroLength);
     if (ui)
@@ -262,7 +273,7 @@ AssetListResult buildAssetList(const fs::path& startFolder, const AssetListOptio
         if (!passesPathTests(full, name, options))
             return;
         const bool convert = options.convertBins && endsWithIgnoringCase(name, ".bin");
-        candidates.push_back({fs::path(path) / name, std::move(full), name, convert});
+        feed.add({fs::path(path) / name, std::move(full), name, convert});
     };
     // The walk's own paths are cut at "\Assets\": a relative start folder has no such part.
     std::error_code absoluteError;
@@ -273,28 +284,20 @@ AssetListResult buildAssetList(const fs::path& startFolder, const AssetListOptio
         for (const auto& folder : result.unreadable)
             options.log->log("frmAssets", "Command1_Click", err::PermissionDenied, folder);
     if (scan.stopped()) {
+        feed.cancel();
         result.stopped = true;
         if (ui)
             ui->endProgress();
         return result;
     }
 
-    // The conversions, on all cores; each outcome lands in its candidate's slot.
     bool stop = false;
-    std::vector<Outcome> outcomes = parallelMap<Outcome>(
-        candidates.size(), options.threads, ui, "Reading blueprints", stop, [&](std::size_t i) {
-            if (!candidates[i].convert)
-                return buildPlain(candidates[i]);
-            return onePiece([&] { return buildBlueprint(candidates[i], options); }, [&](const std::string& why) {
-                Outcome failed;
-                failed.error = candidates[i].file.string() + ": " + why;
-                return failed;
-            });
-        });
+    std::vector<Outcome> outcomes = feed.finish("Reading blueprints", stop);
     if (stop) {
         result.stopped = true;
         return result;
     }
+    const std::deque<Candidate>& candidates = feed.items();
 
     // The merge, in walk order: the running number counts every row built, even one that is
     // then left out because it lies below a Simulation folder.

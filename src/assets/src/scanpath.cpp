@@ -37,16 +37,14 @@ bool lessIgnoringCase(const std::string& a, const std::string& b) {
     return a.size() < b.size();
 }
 
-// A folder's entries by name, ignoring case; `ec` says why a folder could not be read (whole
-// or in part).
-std::vector<fs::directory_entry> listFolder(const fs::path& folder, std::error_code& ec) {
-    std::vector<fs::directory_entry> entries;
+// A folder's entries by name, ignoring case, each with its name (taken once, not at every
+// comparison); `ec` says why a folder could not be read (whole or in part).
+std::vector<std::pair<std::string, fs::directory_entry>> listFolder(const fs::path& folder, std::error_code& ec) {
+    std::vector<std::pair<std::string, fs::directory_entry>> entries;
     fs::directory_iterator it(folder, ec);
     for (; !ec && it != fs::directory_iterator(); it.increment(ec))
-        entries.push_back(*it);
-    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) {
-        return lessIgnoringCase(a.path().filename().string(), b.path().filename().string());
-    });
+        entries.emplace_back(it->path().filename().string(), *it);
+    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return lessIgnoringCase(a.first, b.first); });
     return entries;
 }
 
@@ -179,13 +177,12 @@ bool cScanPath::matchingEntries(const std::string& path, bool matchPatterns,
     found.clear();
     int seen = 0;
     std::error_code ec;
-    const auto entries = listFolder(path, ec);
+    auto entries = listFolder(path, ec);
     if (ec)
         m_unreadable.push_back(path + ": " + ec.message());
-    for (const auto& entry : entries) {
+    for (auto& [name, entry] : entries) {
         if (++seen % 10 == 0 && m_stop)
             return false;
-        std::string name = entry.path().filename().string();
         if (!matches(entry, name, matchPatterns))
             continue;
         found.emplace_back(entryKind(entry) == EntryKind::Folder, std::move(name));

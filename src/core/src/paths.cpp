@@ -151,35 +151,41 @@ PathResolver::Listing PathResolver::readListing(const fs::path& folder) {
     return l;
 }
 
-const PathResolver::Listing& PathResolver::listing(const fs::path& folder) const {
-    const std::string key = folder.string();
-    auto it = m_cache.find(key);
-    if (it != m_cache.end())
+std::optional<std::string> PathResolver::find(const Listing& l, const std::string& component) {
+    if (l.exact.count(component))
+        return component;
+    const auto it = l.byFolded.find(foldName(component));
+    if (it != l.byFolded.end())
         return it->second;
-    return m_cache.emplace(key, readListing(folder)).first->second;
+    return std::nullopt;
 }
 
 std::optional<std::string> PathResolver::lookup(const fs::path& folder, const std::string& component) const {
-    std::lock_guard lock(m_mutex);
-    const Listing& l = listing(folder);
-    if (l.exact.count(component))
-        return component;
-    auto it = l.byFolded.find(foldName(component));
-    if (it != l.byFolded.end())
-        return it->second;
-    // A miss may be a file made since the folder was listed: read the folder again only when
-    // its time says that it changed, so that lookups of missing files stay cheap.
-    std::error_code ec;
-    const auto now = fs::last_write_time(folder, ec);
-    if (now == l.written)
-        return std::nullopt;
-    Listing& fresh = m_cache[folder.string()] = readListing(folder);
-    if (fresh.exact.count(component))
-        return component;
-    it = fresh.byFolded.find(foldName(component));
-    if (it == fresh.byFolded.end())
-        return std::nullopt;
-    return it->second;
+    const std::string key = folder.string();
+    fs::file_time_type written{};
+    bool listed = false;
+    {
+        std::shared_lock lock(m_mutex);
+        const auto it = m_cache.find(key);
+        if (it != m_cache.end()) {
+            if (auto real = find(it->second, component))
+                return real;
+            written = it->second.written;
+            listed = true;
+        }
+    }
+    if (listed) {
+        // A miss may be a file made since the folder was listed: read the folder again only
+        // when its time says that it changed, so that lookups of missing files stay cheap.
+        std::error_code ec;
+        if (fs::last_write_time(folder, ec) == written)
+            return std::nullopt;
+    }
+    Listing fresh = readListing(folder);
+    std::optional<std::string> real = find(fresh, component);
+    std::unique_lock lock(m_mutex);
+    m_cache.insert_or_assign(key, std::move(fresh));
+    return real;
 }
 
 namespace {
@@ -249,7 +255,7 @@ fs::path PathResolver::resolveForWrite(const fs::path& base, std::string_view re
 }
 
 void PathResolver::invalidate(const fs::path& folder) const {
-    std::lock_guard lock(m_mutex);
+    std::unique_lock lock(m_mutex);
     if (folder.empty())
         m_cache.clear();
     else

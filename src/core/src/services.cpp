@@ -282,15 +282,17 @@ bool WriteTextFile(const fs::path& path, std::string_view text, UserInterface* u
 }
 
 EntryKind entryKind(const fs::directory_entry& entry) {
+    // The entry's own type as the folder listing gave it: no call to the file system unless
+    // the listing did not say or the entry is a link.
     std::error_code ec;
-    const fs::file_status own = entry.symlink_status(ec);
+    const bool link = entry.is_symlink(ec);
     if (ec)
         return EntryKind::Other;
-    if (fs::is_symlink(own))
+    if (link)
         return fs::is_regular_file(entry.status(ec)) && !ec ? EntryKind::File : EntryKind::Other;
-    if (fs::is_directory(own))
+    if (entry.is_directory(ec))
         return EntryKind::Folder;
-    return fs::is_regular_file(own) ? EntryKind::File : EntryKind::Other;
+    return !ec && entry.is_regular_file(ec) && !ec ? EntryKind::File : EntryKind::Other;
 }
 
 bool MakePath(const fs::path& path) {

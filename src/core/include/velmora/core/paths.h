@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <mutex>
+#include <shared_mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -64,10 +65,12 @@ private:
     };
     // The real name of `component` in `folder`, or nullopt.
     std::optional<std::string> lookup(const fs::path& folder, const std::string& component) const;
-    const Listing& listing(const fs::path& folder) const;
     static Listing readListing(const fs::path& folder);
+    static std::optional<std::string> find(const Listing& l, const std::string& component);
 
-    mutable std::mutex m_mutex;
+    // Many threads look up at once; a folder is read outside the lock and put in under it
+    // alone, so that one thread's disk work does not hold up the others.
+    mutable std::shared_mutex m_mutex;
     mutable std::unordered_map<std::string, Listing> m_cache;
 };
 
