@@ -41,6 +41,8 @@ std::vector<Command> allCommands() {
         all.insert(all.end(), group.begin(), group.end());
     for (auto&& c : backupCommands())
         all.push_back(c);
+    for (auto&& c : routeEditCommands())
+        all.push_back(c);
     return all;
 }
 

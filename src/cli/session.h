@@ -103,6 +103,7 @@ std::vector<Command> archiveCommands();
 std::vector<Command> searchReplaceCommands();
 std::vector<Command> textureCommands();
 std::vector<Command> backupCommands();
+std::vector<Command> routeEditCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

@@ -81,7 +81,8 @@ void writeTracks(AppContext& ctx, const fs::path& file, const std::string& xml, 
 } // namespace
 
 std::string adjustTrackHeights(const std::string& xml, const TrackAdjust& adjust, const std::string& label,
-                               std::size_t& heights, std::size_t& objects, std::string& error) {
+                               std::size_t& heights, std::size_t& objects, std::string& error,
+                               std::vector<std::string>* elements) {
     heights = objects = 0;
     std::string out;
     out.reserve(xml.size() + xml.size() / 64);
@@ -100,6 +101,9 @@ std::string adjustTrackHeights(const std::string& xml, const TrackAdjust& adjust
         }
         out.append(xml, copied, gt + 1 - copied);
         out += fourPlaces(old + adjust.track);
+        if (elements)
+            elements->push_back("  line " + std::to_string(lineAt(xml, at, counted, line)) + ": _height " +
+                                std::string(value) + " -> " + fourPlaces(old + adjust.track));
         copied = at;
         ++heights;
     }
@@ -121,6 +125,8 @@ std::string adjustTrackHeights(const std::string& xml, const TrackAdjust& adjust
         }
         at = pos;
         PutDetail(out, at, "Height", fourPlaces(old + *adjust.trackside), kExact);
+        if (elements)
+            elements->push_back("  Height " + value + " -> " + fourPlaces(old + *adjust.trackside));
         ++objects;
         pos = InStr(pos + 1, out, "<Height d:", Match::Binary);
     }
@@ -138,7 +144,9 @@ EditReport raiseTrack(AppContext& ctx, const RouteEntry& route, const TrackAdjus
         return report;
     }
     std::size_t heights = 0, objects = 0;
-    const std::string text = adjustTrackHeights(xml, adjust, file->string(), heights, objects, report.message);
+    std::vector<std::string> elements;
+    const std::string text = adjustTrackHeights(xml, adjust, file->string(), heights, objects, report.message,
+                                                adjust.dryRun ? &elements : nullptr);
     if (!report.message.empty())
         return report;
     report.count = heights + objects;
@@ -149,6 +157,7 @@ EditReport raiseTrack(AppContext& ctx, const RouteEntry& route, const TrackAdjus
                                (*adjust.trackside < 0 ? "lowered by " + fourPlaces(-*adjust.trackside)
                                                       : "raised by " + fourPlaces(*adjust.trackside)));
     if (adjust.dryRun) {
+        report.lines.insert(report.lines.end(), elements.begin(), elements.end());
         report.files.push_back(*file);
         report.ok = true;
         return report;

@@ -43,9 +43,11 @@ struct TrackAdjust {
 
 // The document text with every _height raised by `track` and, when given, every "<Height d:"
 // by `trackside`, each written with four decimals. A value that is no number stops it: `error`
-// names `label`, the line and the text, and the result is empty. `heights` and `objects` count.
+// names `label`, the line and the text, and the result is empty. `heights` and `objects` count;
+// `elements`, when given, gets a line for each value changed, old and new.
 std::string adjustTrackHeights(const std::string& xml, const TrackAdjust& adjust, const std::string& label,
-                               std::size_t& heights, std::size_t& objects, std::string& error);
+                               std::size_t& heights, std::size_t& objects, std::string& error,
+                               std::vector<std::string>* elements = nullptr);
 EditReport raiseTrack(AppContext& ctx, const RouteEntry& route, const TrackAdjust& adjust);
 
 struct SpeedLimits {
