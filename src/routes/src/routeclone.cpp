@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <fstream>
 #include <functional>
 #include <map>
 
@@ -61,8 +62,9 @@ struct FileToCopy {
 };
 
 // The staged copy and the report lines of a clone.
-bool stageClone(AppContext& ctx, const std::vector<FileToCopy>& plan, const std::function<bool(std::string&, const FileToCopy&)>& edit,
-                detail::Staging& staging, EditReport& report) {
+bool stageClone(AppContext& ctx, const std::vector<FileToCopy>& plan,
+                const std::function<bool(std::string&, const FileToCopy&)>& edit, detail::Staging& staging,
+                bool dryRun, EditReport& report) {
     ctx.ui().beginProgress("Cloning", static_cast<std::int64_t>(plan.size()));
     std::int64_t done = 0;
     for (const FileToCopy& f : plan) {
@@ -82,12 +84,17 @@ bool stageClone(AppContext& ctx, const std::vector<FileToCopy>& plan, const std:
             } else if (!edit(text, f)) {
                 error = f.source.string() + ": holds no <UUID>; nothing was copied.";
                 ok = false;
-            } else {
+            } else if (!dryRun) {
                 ok = staging.stage(f.target, text, error);
             }
             report.lines.push_back(f.target.string() + ": new identity");
-        } else {
+        } else if (!dryRun) {
             ok = staging.stageCopy(f.source, f.target, error);
+            report.lines.push_back(f.target.string() + ": copied");
+        } else if (!std::ifstream(f.source, std::ios::binary)) {
+            error = f.source.string() + ": cannot be read; nothing was copied.";
+            ok = false;
+        } else {
             report.lines.push_back(f.target.string() + ": copied");
         }
         if (!ok) {
@@ -218,18 +225,25 @@ EditReport cloneRoute(AppContext& ctx, const RouteEntry& route, const CloneOptio
     auto edit = [&](std::string& text, const FileToCopy& f) {
         if (f.target.filename() == properties->filename())
             return setIdentity(text, id, name);
-        return setIdentity(text, scenarioIds[f.target.parent_path().filename().string()], {});
+        return setIdentity(text, scenarioIds[f.source.parent_path().filename().string()], {});
     };
     detail::Staging staging(ctx);
-    if (!stageClone(ctx, plan, edit, staging, report))
+    if (!stageClone(ctx, plan, edit, staging, options.dryRun, report)) {
+        staging.discardAll();
+        detail::removeEmptyFolders(target);
         return report;
+    }
     report.count = plan.size();
     report.ok = true;
-    if (options.dryRun)
+    if (options.dryRun) {
+        staging.discardAll();
+        detail::removeEmptyFolders(target);
         return report;
+    }
     if (const std::string failed = staging.commitAll("Clone Route: " + route.name + " as " + name); !failed.empty()) {
         report.ok = false;
         report.message = failed;
+        detail::removeEmptyFolders(target);
         return report;
     }
     report.message = "The route has been cloned as '" + options.name + "' in " + target.string() + ".";
@@ -305,15 +319,22 @@ EditReport cloneScenario(AppContext& ctx, const RouteEntry& route, const Scenari
         return true;
     };
     detail::Staging staging(ctx);
-    if (!stageClone(ctx, plan, edit, staging, report))
+    if (!stageClone(ctx, plan, edit, staging, options.dryRun, report)) {
+        staging.discardAll();
+        detail::removeEmptyFolders(target);
         return report;
+    }
     report.count = plan.size();
     report.ok = true;
-    if (options.dryRun)
+    if (options.dryRun) {
+        staging.discardAll();
+        detail::removeEmptyFolders(target);
         return report;
+    }
     if (const std::string failed = staging.commitAll("Clone Scenario: " + scenario.name + " as " + name); !failed.empty()) {
         report.ok = false;
         report.message = failed;
+        detail::removeEmptyFolders(target);
         return report;
     }
     report.message = "Your Scenario has been Duplicated as requested.";

@@ -96,4 +96,15 @@ bool listTree(const fs::path& folder, std::vector<fs::path>& files, std::vector<
     return true;
 }
 
+void removeEmptyFolders(const fs::path& top) {
+    std::error_code ec;
+    if (!fs::is_directory(fs::symlink_status(top, ec)))
+        return;
+    for (fs::directory_iterator it(top, ec), end; !ec && it != end; it.increment(ec))
+        if (fs::is_directory(it->symlink_status(ec)))
+            removeEmptyFolders(it->path());
+    if (fs::is_empty(top, ec))
+        fs::remove(top, ec);
+}
+
 } // namespace velmora::routes::detail

@@ -17,6 +17,9 @@ namespace velmora::routes::detail {
 bool listTree(const fs::path& folder, std::vector<fs::path>& files, std::vector<std::string>& warnings,
               std::string& error);
 
+// Takes away the folders below `top`, and `top`, that hold nothing (what a stopped clone made).
+void removeEmptyFolders(const fs::path& top);
+
 class Staging {
 public:
     explicit Staging(AppContext& ctx) : m_ctx(ctx) {}

@@ -53,7 +53,8 @@ std::size_t lineAt(const std::string& text, std::size_t offset, std::size_t& cou
 std::optional<fs::path> tracksFile(AppContext& ctx, const RouteEntry& route, EditReport& report) {
     const auto networks = ctx.resolver.resolve(route.path, "Networks");
     const auto file = networks ? ctx.resolver.resolve(*networks, "Tracks.bin") : std::nullopt;
-    if (!file) {
+    std::error_code ec;
+    if (!file || !fs::is_regular_file(*file, ec)) {
         report.message = (route.path / "Networks" / "Tracks.bin").string() + ": there is no such file; nothing was changed.";
         return std::nullopt;
     }
