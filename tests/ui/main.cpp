@@ -25,6 +25,7 @@ int runTestFrmAssetsBatch(int argc, char** argv);
 int runTestFrmAssetsEdits(int argc, char** argv);
 int runTestFrmFolder5(int argc, char** argv);
 int runTestTextureMenus(int argc, char** argv);
+int runTestFrmDelRouteEdits(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -34,7 +35,7 @@ int main(int argc, char** argv) {
                      runTestFrmContent, runTestFrmDelRoute, runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
                      runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch,
-                     runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus})
+                     runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus, runTestFrmDelRouteEdits})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }
