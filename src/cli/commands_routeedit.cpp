@@ -3,9 +3,11 @@
 
 #include "session.h"
 
+#include "velmora/routes/providers.h"
 #include "velmora/routes/routeedits.h"
 #include "velmora/scenarios/scenariolist.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace velmora::cli {
@@ -203,6 +205,34 @@ int cmdBlankTerrain(Session& s) {
     return report(s, routes::blankTerrain(s.ctx, *route, files, dryRun), dryRun);
 }
 
+int cmdUpdateProviders(Session& s) {
+    const Arguments a = parseArguments(s.g.rest, {}, {"--dry-run", "--missing"});
+    const auto route = editedRoute(s, a, 1, 100000);
+    if (!route)
+        return Error;
+    if (a.has("--missing")) {
+        const auto missing = routes::missingProductFolders(s.ctx, *route);
+        if (!missing.empty())
+            s.out << "The following folders listed in RouteProperties.xml don't exist in Assets\n";
+        for (const auto& m : missing)
+            s.out << shown(m) << '\n';
+        return Success;
+    }
+    std::vector<routes::ProductPair> pairs;
+    for (std::size_t i = 1; i < a.plain.size(); ++i) {
+        std::string pair = a.plain[i];
+        std::replace(pair.begin(), pair.end(), '/', '\\');
+        const std::size_t slash = pair.find('\\');
+        if (slash == std::string::npos || slash == 0 || slash + 1 == pair.size() || pair.find('\\', slash + 1) != std::string::npos)
+            return s.fail("'" + a.plain[i] + "' is no PROVIDER/PRODUCT pair");
+        pairs.emplace_back(pair.substr(0, slash), pair.substr(slash + 1));
+    }
+    if (pairs.empty())
+        return s.fail("needs the PROVIDER/PRODUCT pairs the route is to preload, or --missing");
+    const bool dryRun = a.has("--dry-run");
+    return report(s, routes::updateProviders(s.ctx, *route, pairs, dryRun), dryRun);
+}
+
 } // namespace
 
 std::vector<Command> routeEditCommands() {
@@ -228,6 +258,9 @@ std::vector<Command> routeEditCommands() {
         {"route blank-terrain", "ROUTE [TILE...] [--dry-run] [--yes]",
          "removes the terrain textures of the route's MixMap files (all, or those named) with Templates\\BlankTerrain.txt",
          cmdBlankTerrain},
+        {"route update-providers", "ROUTE (PROVIDER/PRODUCT... [--dry-run] | --missing)",
+         "replaces the Provider/Product list RouteProperties.xml preloads; --missing names those not below Assets",
+         cmdUpdateProviders},
     };
 }
 
