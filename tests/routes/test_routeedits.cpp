@@ -8,6 +8,7 @@
 #include "velmora/core/userinterface.h"
 #include "velmora/demo/demoinstall.h"
 #include "velmora/routes/routecheck.h"
+#include "velmora/routes/providers.h"
 #include "velmora/routes/routeedits.h"
 #include "velmora/textures/texture.h"
 
@@ -382,6 +383,32 @@ TEST_F(RouteEdits, BlankTerrainLeavesTextureDocumentsOfZeroesAndUndoPutsThemBack
     EXPECT_NE(bad.message.find(files[0].filename().string()), std::string::npos) << bad.message;
     EXPECT_EQ(ReadTextFile(files[1]), second);
     EXPECT_NE(blankTerrain(*m_ctx, m_valley, {"Nothing.TgPcDx"}, false).message.find("Nothing.TgPcDx"), std::string::npos);
+}
+
+TEST_F(RouteEdits, TheProviderListIsReplacedByThePairsChosenAndUndoPutsItBack) {
+    const fs::path props = m_valley.path / "RouteProperties.xml";
+    const std::string before = ReadTextFile(props);
+    EXPECT_TRUE(missingProductFolders(*m_ctx, m_valley).empty());
+    const auto products = assetProducts(*m_ctx);
+    EXPECT_GE(products.size(), 3u);
+    const EditReport r = updateProviders(*m_ctx, m_valley, {{"DemoRail", "Class66Pack"}, {"O'Brien, Ltd", "Zü"}}, false);
+    ASSERT_TRUE(r.ok) << r.message;
+    const auto listed = routeProviders(*m_ctx, m_valley);
+    ASSERT_EQ(listed.size(), 2u);
+    EXPECT_EQ(listed[0], (std::pair<std::string, std::string>{"DemoRail", "Class66Pack"}));
+    EXPECT_EQ(listed[1].first.substr(0, 1), "O");
+    // The made-up product is not installed, and is named as such.
+    const auto missing = missingProductFolders(*m_ctx, m_valley);
+    ASSERT_EQ(missing.size(), 1u);
+    EXPECT_EQ(missing.front().substr(0, 2), "O'") << missing.front();
+    // Nothing else in the file changed: what stands before and after the list is the same.
+    const std::string after = ReadTextFile(props);
+    const std::size_t open = before.find("<RBlueprintSetPreLoad>"), close = before.find("</RBlueprintSetPreLoad>");
+    EXPECT_EQ(after.substr(0, open), before.substr(0, open));
+    EXPECT_EQ(after.substr(after.find("</RBlueprintSetPreLoad>")), before.substr(close));
+    EXPECT_EQ(ReadTextFile(fs::path(props.string() + ".bak")), before);
+    EXPECT_TRUE(undoLast().ok);
+    EXPECT_EQ(ReadTextFile(props), before);
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 
 #include "routes/frmdelroute.h"
 #include "routes/frmmix.h"
+#include "routes/frmprovider.h"
+#include "velmora/routes/routes.h"
 #include "velmora/core/journal.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
@@ -153,6 +155,38 @@ private slots:
         QVERIFY(m_demo.prompted("All selected files have been modified."));
         QVERIFY(undo());
         mix->close();
+    }
+
+    void providersMarkedAndUpdated() {
+        ui::frmProvider screen(*m_ctx);
+        QTableWidget* grid = screen.grid();
+        int valley = -1;
+        for (int r = 0; r < screen.routeList()->count(); ++r)
+            if (screen.routeList()->item(r)->text() == "Demo Valley Line")
+                valley = r;
+        QVERIFY(valley >= 0);
+        screen.routeList()->setCurrentRow(valley);
+        screen.Command1_Click();
+        const int listed = grid->rowCount();
+        QVERIFY(listed >= 3);
+        for (int r = 0; r < listed; ++r)
+            QCOMPARE(grid->item(r, 0)->text(), QString("X"));
+        screen.Command3_Click(); // every product below Assets joins, unmarked
+        QVERIFY(grid->rowCount() >= listed);
+        // Only the first row kept: Hide Unused hides the rest, Update writes the one.
+        screen.Command5_Click();
+        grid->item(0, 0)->setText("X");
+        screen.Command6_Click();
+        QVERIFY(!grid->isRowHidden(0));
+        QVERIFY(grid->isRowHidden(1));
+        screen.Command2_Click();
+        QVERIFY(m_demo.prompted("now lists 1 Provider/Product pair(s)"));
+        const auto routes = routes::listRoutes(*m_ctx);
+        const auto* route = routes::findRoute(routes, "Demo Valley Line");
+        QVERIFY(route);
+        QCOMPARE(routes::routeProviders(*m_ctx, *route).size(), std::size_t(1));
+        QVERIFY(undo());
+        QCOMPARE(routes::routeProviders(*m_ctx, *route).size(), std::size_t(listed));
     }
 };
 
