@@ -56,18 +56,37 @@ std::optional<double> metres(Session& s, const Arguments& a, const char* option)
     return value;
 }
 
-// What an edit did, file by file, then its message; warnings on standard error.
+// What an edit did, file by file, then its message; warnings on standard error. With --json one
+// object: ok, dryRun, count, files, lines, warnings, made and message.
 int report(Session& s, const routes::EditReport& r, bool dryRun) {
     for (const auto& w : r.warnings)
         s.err << "velmora-cli: " << s.g.command << ": " << shown(w) << '\n';
     if (!r.ok)
         return s.fail(shown(r.message));
+    if (std::find(s.g.rest.begin(), s.g.rest.end(), "--json") != s.g.rest.end()) {
+        auto list = [](const std::vector<std::string>& items) {
+            std::string out = "[";
+            for (std::size_t i = 0; i < items.size(); ++i)
+                out += (i ? ", " : "") + jsonString(items[i]);
+            return out + "]";
+        };
+        std::vector<std::string> files;
+        for (const auto& f : r.files)
+            files.push_back(f.string());
+        s.out << "{\"ok\": true, \"dryRun\": " << (dryRun ? "true" : "false") << ", \"count\": " << r.count
+              << ",\n \"files\": " << list(files) << ",\n \"lines\": " << list(r.lines)
+              << ",\n \"warnings\": " << list(r.warnings) << ",\n \"made\": " << jsonString(r.made)
+              << ", \"message\": " << jsonString(r.message) << "}\n";
+        return Success;
+    }
     for (const auto& line : r.lines)
         s.out << shown(line) << '\n';
     if (dryRun)
         s.out << "Dry run: " << r.files.size() << " file(s), " << r.count << " change(s); nothing was written.\n";
     else if (!r.message.empty())
         s.out << shown(r.message) << '\n';
+    if (!r.made.empty())
+        s.out << (dryRun ? "Would be made: " : "Made: ") << r.made << '\n';
     return Success;
 }
 
@@ -76,7 +95,7 @@ bool confirmed(Session& s, const std::string& question, bool dryRun) {
 }
 
 int cmdRaiseTrack(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {"--by", "--trackside"}, {"--dry-run"});
+    const Arguments a = parseArguments(s.g.rest, {"--by", "--trackside"}, {"--dry-run", "--json"});
     const auto route = editedRoute(s, a, 1, 1);
     if (!route)
         return Error;
@@ -102,7 +121,7 @@ int cmdRaiseTrack(Session& s) {
 }
 
 int cmdSpeedLimits(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {"--limit", "--primary", "--secondary"}, {"--dry-run"});
+    const Arguments a = parseArguments(s.g.rest, {"--limit", "--primary", "--secondary"}, {"--dry-run", "--json"});
     const auto route = editedRoute(s, a, 1, 1);
     if (!route)
         return Error;
@@ -116,7 +135,7 @@ int cmdSpeedLimits(Session& s) {
 }
 
 int cmdRouteClone(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {"--as", "--into"}, {"--dry-run"});
+    const Arguments a = parseArguments(s.g.rest, {"--as", "--into"}, {"--dry-run", "--json"});
     const auto route = editedRoute(s, a, 1, 1);
     if (!route)
         return Error;
@@ -127,15 +146,11 @@ int cmdRouteClone(Session& s) {
     if (const auto into = a.value("--into"))
         options.parent = fs::path(*into);
     options.dryRun = a.has("--dry-run");
-    const routes::EditReport r = routes::cloneRoute(s.ctx, *route, options);
-    const int code = report(s, r, options.dryRun);
-    if (code == Success)
-        s.out << (options.dryRun ? "Would be made: " : "Made: ") << r.made << '\n';
-    return code;
+    return report(s, routes::cloneRoute(s.ctx, *route, options), options.dryRun);
 }
 
 int cmdScenarioClone(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {"--as"}, {"--dry-run", "--standard", "--keep-class"});
+    const Arguments a = parseArguments(s.g.rest, {"--as"}, {"--dry-run", "--json", "--standard", "--keep-class"});
     const auto route = editedRoute(s, a, 2, 2);
     if (!route)
         return Error;
@@ -157,15 +172,11 @@ int cmdScenarioClone(Session& s) {
         options.careerToStandard = answer("This is a Career Scenario, do you wish to  clone it\nas a Standard Scenario?");
     if (kind.workshop)
         options.workshopToStandard = answer("This is a Workshop scenario, do you wish to\nconvert it to a Standard scenario?");
-    const routes::EditReport r = routes::cloneScenario(s.ctx, *route, ref->scenario, options);
-    const int code = report(s, r, options.dryRun);
-    if (code == Success)
-        s.out << (options.dryRun ? "Would be made: " : "Made: ") << r.made << '\n';
-    return code;
+    return report(s, routes::cloneScenario(s.ctx, *route, ref->scenario, options), options.dryRun);
 }
 
 int cmdRouteDelete(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {}, {"--dry-run", "--permanently"});
+    const Arguments a = parseArguments(s.g.rest, {}, {"--dry-run", "--json", "--permanently"});
     const auto route = editedRoute(s, a, 1, 1);
     if (!route)
         return Error;
@@ -176,7 +187,7 @@ int cmdRouteDelete(Session& s) {
 }
 
 int cmdScenarioDelete(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {}, {"--dry-run", "--permanently"});
+    const Arguments a = parseArguments(s.g.rest, {}, {"--dry-run", "--json", "--permanently"});
     const auto route = editedRoute(s, a, 2, 1000);
     if (!route)
         return Error;
@@ -194,7 +205,7 @@ int cmdScenarioDelete(Session& s) {
 }
 
 int cmdBlankTerrain(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {}, {"--dry-run"});
+    const Arguments a = parseArguments(s.g.rest, {}, {"--dry-run", "--json"});
     const auto route = editedRoute(s, a, 1, 100000);
     if (!route)
         return Error;
@@ -206,7 +217,7 @@ int cmdBlankTerrain(Session& s) {
 }
 
 int cmdUpdateProviders(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {}, {"--dry-run", "--missing"});
+    const Arguments a = parseArguments(s.g.rest, {}, {"--dry-run", "--json", "--missing"});
     const auto route = editedRoute(s, a, 1, 100000);
     if (!route)
         return Error;
