@@ -115,8 +115,15 @@ TEST_F(RouteEdits, RaiseChangesEveryTrackHeightByExactlyThatAndNothingElse) {
     }
     EXPECT_GT(heights, 0u);
     EXPECT_EQ(r.count, heights);
-    // The old file is the backup, and one undo puts it back byte for byte.
+    // The old file is the backup; a second raise keeps the first state there and its own in the
+    // next numbered name; one undo after another puts each back byte for byte.
     EXPECT_EQ(ReadTextFile(fs::path(tracks().string() + ".bak")), oldBin);
+    const std::string raised = ReadTextFile(tracks());
+    ASSERT_TRUE(raiseTrack(*m_ctx, m_valley, {0.25, std::nullopt, false}).ok);
+    EXPECT_EQ(ReadTextFile(fs::path(tracks().string() + ".bak")), oldBin);
+    EXPECT_EQ(ReadTextFile(fs::path(tracks().string() + ".bak1")), raised);
+    EXPECT_TRUE(undoLast().ok);
+    EXPECT_EQ(ReadTextFile(tracks()), raised);
     EXPECT_TRUE(undoLast().ok);
     EXPECT_EQ(ReadTextFile(tracks()), oldBin);
 }
@@ -237,6 +244,33 @@ TEST_F(RouteEdits, AClonedRouteListsWithItsNewNameAndIdentityAndChecksAsItsSourc
               "You have not selected a new name for your cloned route?");
     EXPECT_TRUE(undoLast().ok);
     EXPECT_EQ(listRoutes(*m_ctx).size(), m_routes.size());
+}
+
+TEST_F(RouteEdits, AnAbortedCloneOrBlankLeavesNothingBehind) {
+    const std::size_t entries = m_ctx->journal().entries().size();
+    m_ui.cancelAfter(5);
+    const EditReport r = cloneRoute(*m_ctx, m_valley, {"Half Line", {}, false, false, false});
+    EXPECT_TRUE(r.aborted);
+    EXPECT_FALSE(r.ok);
+    EXPECT_FALSE(fs::exists(r.made)) << r.made;
+    EXPECT_EQ(listRoutes(*m_ctx).size(), m_routes.size());
+    EXPECT_EQ(m_ctx->journal().entries().size(), entries);
+    for (const auto& e : fs::recursive_directory_iterator(m_valley.path.parent_path()))
+        EXPECT_EQ(e.path().filename().string().find("velmora-tmp"), std::string::npos) << e.path();
+
+    const auto files = mixMapFiles(*m_ctx, m_valley);
+    const std::string first = ReadTextFile(files[0]);
+    ScriptedUi abortAtOnce;
+    abortAtOnce.cancelAfter(1);
+    AppContext other(m_dir / "home", fs::path(VELMORA_SOURCE_DIR) / "data", abortAtOnce);
+    StartupOptions o;
+    o.railWorks = m_dir / "rw";
+    o.askForRoot = false;
+    runStartup(other, o);
+    const EditReport blank = blankTerrain(other, m_valley, {}, false);
+    EXPECT_TRUE(blank.aborted);
+    EXPECT_EQ(ReadTextFile(files[0]), first);
+    EXPECT_FALSE(fs::exists(fs::path(files[0].string() + ".bak")));
 }
 
 TEST_F(RouteEdits, ACloneNamesLinksAndPipesAndNeverFollowsThem) {
