@@ -1,10 +1,13 @@
 // A texture to a .dds file and back, through the files as the commands do it (the codec, the
 // write service with its sync and backup), on one core. Sizes 1024 to 4096 DXT5 with the whole
 // mip chain down to 4x4; the time should grow with the pixel count (about 4x a size step).
+// Also what the picture viewer does on opening a texture (read and decode the largest level)
+// and with Flip, Rotate and Grey Scale on the decoded picture.
 
 #include "velmora/core/convert.h"
 #include "velmora/core/filewrite.h"
 #include "velmora/textures/dds.h"
+#include "velmora/textures/picture.h"
 
 #include <benchmark/benchmark.h>
 
@@ -101,6 +104,38 @@ void DdsToTgPcDx(benchmark::State& state) {
     state.counters["cores"] = std::thread::hardware_concurrency();
 }
 
+// The viewer's load: the file's levels read and the largest one decoded to RGBA.
+void TgPcDxToPicture(benchmark::State& state) {
+    const int size = static_cast<int>(state.range(0));
+    const fs::path file = texture(size);
+    for (auto _ : state) {
+        TextureLevels levels;
+        std::string error;
+        if (!readTextureFile(file, levels, error) || !levelImage(levels, 0).valid())
+            state.SkipWithError(error.c_str());
+    }
+    state.counters["pixels"] = benchmark::Counter(double(size) * size * double(state.iterations()), benchmark::Counter::kIsRate);
+    state.counters["cores"] = std::thread::hardware_concurrency();
+}
+
+// Flip, a quarter turn and grey, one after the other, on a decoded picture.
+void PictureSteps(benchmark::State& state) {
+    const int size = static_cast<int>(state.range(0));
+    TextureLevels levels;
+    std::string error;
+    if (!readTextureFile(texture(size), levels, error)) {
+        state.SkipWithError(error.c_str());
+        return;
+    }
+    const Image picture = levelImage(levels, 0);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(applied(picture, {PictureStep::Flip, PictureStep::Rotate, PictureStep::Grey}));
+    state.counters["pixels"] = benchmark::Counter(double(size) * size * double(state.iterations()), benchmark::Counter::kIsRate);
+    state.counters["cores"] = std::thread::hardware_concurrency();
+}
+
+BENCHMARK(TgPcDxToPicture)->Arg(1024)->Arg(4096)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(PictureSteps)->Arg(1024)->Arg(4096)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(TgPcDxToDds)->Arg(1024)->Arg(4096)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(DdsToTgPcDx)->Arg(1024)->Arg(4096)->Unit(benchmark::kMillisecond)->UseRealTime();
 

@@ -37,12 +37,9 @@ std::vector<Command> allCommands() {
           scenarioCommands(), scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands(),
-          searchReplaceCommands(), textureCommands()})
+          searchReplaceCommands(), textureCommands(), backupCommands(), physicsCommands(), routeSubstituteCommands(),
+          routeEditCommands()})
         all.insert(all.end(), group.begin(), group.end());
-    for (auto&& c : backupCommands())
-        all.push_back(c);
-    for (auto&& c : routeEditCommands())
-        all.push_back(c);
     return all;
 }
 

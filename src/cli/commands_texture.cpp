@@ -6,6 +6,7 @@
 #include "velmora/core/filewrite.h"
 #include "velmora/core/services.h"
 #include "velmora/textures/dds.h"
+#include "velmora/textures/picture.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -82,8 +83,20 @@ int cmdFromDds(Session& s) {
     return Success;
 }
 
+// The format --out asks for by its ending; PNG for any other.
+const char* pictureFormat(const fs::path& out) {
+    std::string ext = out.extension().string();
+    for (char& c : ext)
+        c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    if (ext == ".jpg" || ext == ".jpeg")
+        return "JPEG";
+    if (ext == ".bmp")
+        return "BMP";
+    return "PNG";
+}
+
 int cmdPng(Session& s) {
-    const Arguments a = parseArguments(s.g.rest, {"--out", "--mip"}, {});
+    const Arguments a = parseArguments(s.g.rest, {"--out", "--mip", "--rotate"}, {"--flip", "--grey"});
     if (!onePlain(s, a, "the .TgPcDx or .dds file to show"))
         return Error;
     const auto out = a.value("--out");
@@ -96,24 +109,40 @@ int cmdPng(Session& s) {
             return s.fail("--mip takes a level from 0 to 15");
         mip = static_cast<int>(*n);
     }
+    // The viewer's steps, in this order: upside down, quarter turns clockwise, grey.
+    std::vector<PictureStep> steps;
+    if (a.has("--flip"))
+        steps.push_back(PictureStep::Flip);
+    if (const auto r = a.value("--rotate")) {
+        const auto n = parseNumber(*r);
+        int turns = 0;
+        if (!n || !quarterTurns(*n, turns))
+            return s.fail("--rotate takes 90, 180 or 270 (degrees clockwise)");
+        steps.insert(steps.end(), static_cast<std::size_t>(turns), PictureStep::Rotate);
+    }
+    if (a.has("--grey"))
+        steps.push_back(PictureStep::Grey);
     s.start();
     const fs::path file(a.plain.front());
     TextureLevels levels;
     std::string error;
     if (!readTextureFile(file, levels, error))
         return s.fail(error);
-    const Image img = levelImage(levels, mip, &error);
+    const Image img = applied(levelImage(levels, mip, &error), steps);
     if (!img.valid())
         return s.fail(file.string() + ": " + error);
+    const char* format = pictureFormat(*out);
     QImage picture(img.width, img.height, QImage::Format_RGBA8888);
     for (int y = 0; y < img.height; ++y)
         std::memcpy(picture.scanLine(y), img.rgba.data() + std::size_t(y) * std::size_t(img.width) * 4,
                     std::size_t(img.width) * 4);
+    if (std::strcmp(format, "PNG") != 0) // JPEG and BMP keep no alpha
+        picture = picture.convertToFormat(QImage::Format_RGB888);
     QByteArray png;
     QBuffer buffer(&png);
     buffer.open(QIODevice::WriteOnly);
-    if (!picture.save(&buffer, "PNG"))
-        return s.fail(*out + ": the picture cannot be made a PNG");
+    if (!picture.save(&buffer, format))
+        return s.fail(*out + ": the picture cannot be made a " + format);
     const WriteResult written =
         s.ctx.files().write(*out, std::string_view(png.constData(), std::size_t(png.size())), {.backup = Backup::None});
     if (!written)
@@ -152,7 +181,9 @@ std::vector<Command> textureCommands() {
          "a texture as a .dds file (in TempDDS unless --out) and its header file Name.dat beside it", cmdToDds},
         {"texture from-dds", "FILE.dds --to FILE.TgPcDx",
          "an edited .dds back into its texture, keeping a numbered backup of the old one", cmdFromDds},
-        {"texture png", "FILE.TgPcDx|FILE.dds --out FILE.png [--mip N]", "one mip level of a texture as a PNG picture",
+        {"texture png", "FILE.TgPcDx|FILE.dds --out FILE.png [--mip N] [--flip] [--rotate DEG] [--grey]",
+         "one mip level of a texture as a PNG (or .jpg, .bmp by the ending), upside down, turned or grey as the "
+         "picture viewer shows it",
          cmdPng},
         {"texture empty-temp", "", "empties the TempDDS folder (its files kept below Deleted)", cmdEmptyTemp},
     };

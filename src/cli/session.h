@@ -88,6 +88,7 @@ std::vector<Command> soundCommands();
 std::vector<Command> cloneCommands();
 std::vector<Command> contentCommands();
 std::vector<Command> routeCommands();
+std::vector<Command> routeSubstituteCommands();
 std::vector<Command> scenarioCommands();
 std::vector<Command> scenarioTransferCommands();
 std::vector<Command> scenarioDetailsCommands();
@@ -103,6 +104,7 @@ std::vector<Command> archiveCommands();
 std::vector<Command> searchReplaceCommands();
 std::vector<Command> textureCommands();
 std::vector<Command> backupCommands();
+std::vector<Command> physicsCommands();
 std::vector<Command> routeEditCommands();
 
 std::optional<long long> parseNumber(const std::string& s);

@@ -25,6 +25,9 @@ int runTestFrmAssetsBatch(int argc, char** argv);
 int runTestFrmAssetsEdits(int argc, char** argv);
 int runTestFrmFolder5(int argc, char** argv);
 int runTestTextureMenus(int argc, char** argv);
+int runTestFrmGFX2(int argc, char** argv);
+int runTestPhysics(int argc, char** argv);
+int runTestSubstitution(int argc, char** argv);
 int runTestFrmDelRouteEdits(int argc, char** argv);
 
 int main(int argc, char** argv) {
@@ -35,7 +38,8 @@ int main(int argc, char** argv) {
                      runTestFrmContent, runTestFrmDelRoute, runTestTextViews, runTestDesktopUi, runTestThemes, runTestScenarios,
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
                      runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch,
-                     runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus, runTestFrmDelRouteEdits})
+                     runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus,
+                     runTestFrmGFX2, runTestPhysics, runTestSubstitution, runTestFrmDelRouteEdits})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

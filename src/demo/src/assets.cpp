@@ -479,20 +479,7 @@ bool writeStock(Context& ctx, const StockSpec& s, Vehicle& out, bool scriptOnlyC
             })))
             return false;
 
-        parts.engineSim = {P, Q, s.folder + "\\Simulation\\" + s.file + "_EngineSim.xml"};
-        std::string effort = P + "\\" + Q + "\\" + s.folder + "\\Simulation\\" + s.file + "_TractiveEffort.dcsv";
-        std::vector<std::tuple<double, double, std::string>> curve;
-        for (int i = 0; i <= 10; ++i)
-            curve.emplace_back(i * 10.0, 1.0 - i * 0.075, "");
-        if (!ctx.out.document(assetFile(P, Q, s.folder + "\\Simulation\\" + s.file + "_TractiveEffort", ".dcsv"), csvXml(ctx, curve)) ||
-            !ctx.out.blueprint(assetFile(parts.engineSim), simpleBlueprint(ctx, "cEngineSimBlueprint", s.file + " simulation", [&](XmlBuilder& x) {
-                x.open("EngineSimComponent").open(s.engineType == "Steam" ? "cSteamEngineSimObjectBlueprint"
-                                                  : s.engineType == "Electric" ? "cElectricEngineSimObjectBlueprint"
-                                                                               : "cDieselElectricEngineSimObjectBlueprint");
-                x.float32("MaxPower", 2.46).float32("MaxForce", 409);
-                x.open("TractiveEffortVsSpeed").open("cCSVContainer").str("CsvFile", effort).close().close();
-                x.close().close();
-            })))
+        if (!writeEngineSimulation(ctx, P, Q, s.folder, s.file, s.engineType, parts.engineSim))
             return false;
 
         std::string animation = s.folder + "\\Animations\\" + s.file + "_Wipers.ban";

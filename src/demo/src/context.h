@@ -100,6 +100,10 @@ struct StockSpec {
 // A rail vehicle with its shape, textures, bogie, coupling, numbers, script and, for an engine,
 // its cab, simulation, animation and sound.
 bool writeStock(Context& ctx, const StockSpec& s, Vehicle& out, bool scriptOnlyCompiled = false);
+// An engine's simulation blueprint in <folder>\Simulation with the curves it names; `sim` is its
+// reference.
+bool writeEngineSimulation(Context& ctx, const std::string& provider, const std::string& product,
+                           const std::string& folder, const std::string& file, const std::string& engineType, Ref& sim);
 // A scenery object with its own shape and the shape's textures; returns the reference (empty
 // after a failed write).
 Ref scenery(Context& ctx, const std::string& provider, const std::string& product, const std::string& path,

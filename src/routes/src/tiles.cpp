@@ -13,7 +13,8 @@ std::vector<fs::path> binFiles(const fs::path& folder, std::vector<std::string>*
     std::vector<fs::path> out;
     std::error_code ec;
     for (fs::directory_iterator it(folder, ec); !ec && it != fs::directory_iterator(); it.increment(ec)) {
-        if (entryKind(*it) == EntryKind::File && iendsWith(it->path().filename().string(), ".bin"))
+        // The name first: a folder full of backups is not looked at file by file.
+        if (iendsWith(it->path().filename().string(), ".bin") && entryKind(*it) == EntryKind::File)
             out.push_back(it->path());
     }
     if (ec && unreadable)

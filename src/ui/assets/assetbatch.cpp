@@ -7,6 +7,8 @@
 #include "dlgnewname.h"
 #include "dlgrsedits.h"
 #include "dlgsounds.h"
+#include "../physics/frmphysics.h"
+#include "velmora/assets/listcommands.h"
 #include "velmora/assets/renaming.h"
 
 #include <QMenu>
@@ -92,10 +94,20 @@ QMenu* AssetBatchCommands::addEditRsMenu(QMenuBar* bar) {
                                             std::tuple{"mnuPhysSteam", 518, "Edit steam loco physics"}}) {
         QAction* a = rs->addAction(caption(m_ctx, entry, text));
         a->setObjectName(name);
-        a->setEnabled(false);
-        a->setToolTip(tr("Comes with the physics screen."));
+        const bool steam = std::string(name) == "mnuPhysSteam";
+        connect(a, &QAction::triggered, this, [this, steam] { openPhysics(steam); });
     }
     return rs;
+}
+
+void AssetBatchCommands::openPhysics(bool steam) {
+    const auto rows = m_selected();
+    if (rows.empty() || rows.front().relativePath().find_first_not_of('\\') == std::string::npos) {
+        m_ctx.ui().message(lang(437, "You do not appear to have selected any items in the grid?"));
+        return;
+    }
+    // The first selected row; a row of empty folder columns stands for none.
+    frmPhysics::open(m_ctx, assets::rowFile(m_ctx, rows.front()), steam, m_screen);
 }
 
 std::optional<std::vector<assets::AssetRow>> AssetBatchCommands::batchRows() {

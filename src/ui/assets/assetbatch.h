@@ -51,6 +51,8 @@ public:
 
     void cloneRows(assets::CloneKind kind);
     void editRollingStock(assets::RsCommand command);
+    // mnuPhysics and mnuPhysSteam: frmPhysics on the first selected row.
+    void openPhysics(bool steam);
 
     // The selected rows, or nothing after saying that none is selected.
     std::optional<std::vector<assets::AssetRow>> batchRows();

@@ -15,6 +15,7 @@
 #include "../routes/frmdelroute.h"
 #include "../routes/frmprovider.h"
 #include "../scenarios/frmshowroutes.h"
+#include "../textures/frmgfx2.h"
 #include "dialogs.h"
 #include "dlgsearch.h"
 #include "texturemenus.h"
@@ -440,6 +441,19 @@ void frmEditor::connectCommands() {
     connect(action("mnuRSBT"), &QAction::triggered, this, [this] { mnuRSBT_Click(m_ctx); });
     for (const char* name : {"mnuOpenTex", "mnuDDStoKrs", "mnuEmpt", "mnuRSBT"})
         action(name)->setEnabled(true);
+    // PicView: empty from the menu; Show Image hands it the open texture.
+    liveTool<frmGFX2>("mnuTgpcdx", [this] { return new frmGFX2(m_ctx, {}, this); });
+    connect(m_showImage, &QPushButton::clicked, this, [this] {
+        const fs::path texture = fromQt(m_path->text());
+        if (auto* screen = findChild<frmGFX2*>()) {
+            screen->setFolder(texture.parent_path());
+            screen->openPicture(texture);
+            screen->show();
+            screen->raise();
+        } else {
+            (new frmGFX2(m_ctx, texture, this))->show();
+        }
+    });
     // Tool screens made on first use and kept while the program runs (the content list closes
     // for good, as the asset list does).
     liveTool<frmCheckQD>("mnuCheckQD", [this] { return new frmCheckQD(m_ctx, this); });

@@ -5,7 +5,6 @@
 #include "velmora/core/process.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
-#include "velmora/textures/dds.h"
 
 #include <QStandardPaths>
 
@@ -23,15 +22,19 @@ std::string entry(const AppContext& ctx, int n, const char* fallback) {
 
 fs::path tempDdsFolder(const AppContext& ctx) { return ctx.appPath() / "TempDDS"; }
 
-bool mnuDDS_Click(AppContext& ctx, const fs::path& texture) {
+textures::DdsExport textureToTempDds(AppContext& ctx, const fs::path& texture) {
     const fs::path folder = tempDdsFolder(ctx);
     if (!MakePath(folder)) {
-        ctx.ui().message(folder.string() + ": the folder cannot be made", Icon::Warning);
-        return false;
+        textures::DdsExport r;
+        r.message = folder.string() + ": the folder cannot be made";
+        return r;
     }
     JournalCommand journalled(&ctx.journal(), "Convert to .dds " + texture.string());
-    const textures::DdsExport r =
-        textures::textureToDds(ctx.files(), texture, folder / (texture.stem().string() + ".dds"));
+    return textures::textureToDds(ctx.files(), texture, folder / (texture.stem().string() + ".dds"));
+}
+
+bool mnuDDS_Click(AppContext& ctx, const fs::path& texture) {
+    const textures::DdsExport r = textureToTempDds(ctx, texture);
     ctx.ui().message(r.message, r.ok ? Icon::Information : Icon::Warning);
     return r.ok;
 }

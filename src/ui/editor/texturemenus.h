@@ -3,6 +3,8 @@
 // paint program, an edited .dds back into its texture, and the emptying of TempDDS. Thin: the
 // work is the textures library's.
 
+#include "velmora/textures/dds.h"
+
 #include <filesystem>
 #include <string>
 
@@ -14,6 +16,9 @@ namespace velmora::ui {
 
 // The shared scratch folder of the texture tools.
 std::filesystem::path tempDdsFolder(const AppContext& ctx);
+
+// `texture` to TempDDS\Name.dds and its header file, as one journal entry; nothing is said.
+textures::DdsExport textureToTempDds(AppContext& ctx, const std::filesystem::path& texture);
 
 // Convert to .dds: `texture` (the open document) to TempDDS\Name.dds and its header file,
 // then the advice on keeping the format. True when the .dds was written.

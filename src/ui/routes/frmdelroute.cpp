@@ -291,12 +291,20 @@ void frmDelRoute::Command4_Click() {
     std::vector<std::string> rows;
     for (const auto& m : m_check.missing)
         rows.push_back(m.row());
+    m_scenerySubstituted = false;
     if (rows.empty())
         m_ctx.ui().message("No Assets were missing from this route.");
-    else
-        showList(ReportKind::MissingItems, tr("Missing items"), tr("Following Asset(s) were missing from this route:-"), rows);
+    else {
+        // The grid offers substitution; a change made there makes the rest of the check stale.
+        frmListRS* list = showList(ReportKind::MissingItems, tr("Missing items"),
+                                   tr("Following Asset(s) were missing from this route:-"), rows);
+        list->offerSubstitution(*route, m_scenarioEntries);
+        connect(list, &frmListRS::scenerySubstituted, this, [this] { m_scenerySubstituted = true; });
+    }
     if (m_ctx.ui().ask("Do you wish to view a list of Shapes used by this route?", Buttons::YesNo) == Answer::Yes)
         showList(ReportKind::Used, tr("Shapes used"), tr("Following Asset(s) were used by this route:-"), m_check.assetsUnique, "_Assets.csv");
+    if (m_scenerySubstituted)
+        return;
     if (m_ctx.ui().ask("Would you like to check for missing Texture/Audio/Animation & Script files?", Buttons::YesNo) !=
         Answer::Yes) {
         saveReports();

@@ -106,6 +106,7 @@ private:
     std::vector<routes::RouteEntry> m_routeEntries;
     std::vector<routes::ScenarioEntry> m_scenarioEntries;
     routes::RouteCheckResult m_check;
+    bool m_scenerySubstituted = false; // set from the missing-items grid: the check's lists are stale
     QListWidget* m_routes;
     QTableWidget* m_scenarios;
     QLabel* m_routeCount;

@@ -298,6 +298,7 @@ void frmListRS::Command1_Click() {
                 uniqueFlags.push_back(missingOf[r]);
         }
     setRows(unique, uniqueFlags);
+    m_dupesRemoved = true;
 }
 
 bool frmListRS::saveTo(const std::filesystem::path& file) {

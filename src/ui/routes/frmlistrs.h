@@ -4,8 +4,12 @@
 
 #include "velmora/core/appcontext.h"
 #include "velmora/routes/routeitems.h"
+#include "dlgmissshape.h"
 
 #include <QDialog>
+
+#include <functional>
+#include <optional>
 
 class QLabel;
 class QLineEdit;
@@ -73,6 +77,23 @@ public slots:
 public:
     void offerUnused(const routes::ProductItemsResult& used);
 
+    // The missing-items grid's commands that change the route's tiles (frmlistrs_substitute.cpp).
+    void offerSubstitution(const routes::RouteEntry& route, const std::vector<routes::ScenarioEntry>& scenarios);
+    bool substituted() const { return m_substituted; } // ScenerySubstituted: the check's lists are stale
+    // dlgMissShape, replaceable by tests; empty after Cancel.
+    std::function<std::optional<MissShape>(const MissShape& prefill)> askMissShape;
+    const std::vector<std::string>& providerPairs() const { return m_pairs; }
+
+signals:
+    void scenerySubstituted();
+
+public slots:
+    void Substitute_Click();     // Substitute existing scenery item
+    void RemoveScenery_Click();  // Remove Selected Scenery Items
+    void RemoveLoft_Click();     // Remove selected loft items
+    void ListProviders_Click();  // List Providers && Products Used
+    void FixProviders_Click();   // Fix Prov/Prod in RouteProperties.xml
+
 private:
     void setRows(const std::vector<std::string>& rows, const std::vector<bool>& missing = {},
                  const std::vector<std::string>& status = {});
@@ -90,6 +111,25 @@ private:
     QVBoxLayout* m_panels;
     bool m_marked = false; // column 0 is the status column
     routes::ProductItemsResult m_used;
+
+    // The missing-items commands.
+    struct SelectedItem {
+        int row;
+        routes::AssetName name;
+        routes::ItemKind kind;
+    };
+    std::vector<SelectedItem> selectedItems() const;
+    bool needsDupesRemoved();
+    // One walk over the tiles of `kind` off the GUI thread; true when the tiles were changed.
+    bool walkTiles(const std::vector<routes::Substitution>& changes, routes::ItemKind kind, const std::string& command);
+    void removeRows(std::vector<int> rows);
+    std::optional<routes::RouteEntry> m_route;
+    std::vector<routes::ScenarioEntry> m_scenarios;
+    bool m_dupesRemoved = false;
+    bool m_substituted = false;
+    std::vector<std::string> m_pairs;
+    QPushButton* m_fixProviders = nullptr;
+    QLabel* m_label4 = nullptr;
 };
 
 } // namespace velmora::ui
