@@ -37,7 +37,8 @@ std::vector<Command> allCommands() {
           scenarioCommands(), scenarioTransferCommands(), scenarioDetailsCommands(), batchSwapCommands(),
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands(),
-          searchReplaceCommands(), textureCommands(), backupCommands(), physicsCommands(), routeSubstituteCommands()})
+          searchReplaceCommands(), textureCommands(), backupCommands(), physicsCommands(), routeSubstituteCommands(),
+          routeEditCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

@@ -105,6 +105,7 @@ std::vector<Command> searchReplaceCommands();
 std::vector<Command> textureCommands();
 std::vector<Command> backupCommands();
 std::vector<Command> physicsCommands();
+std::vector<Command> routeEditCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

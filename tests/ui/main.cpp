@@ -28,6 +28,7 @@ int runTestTextureMenus(int argc, char** argv);
 int runTestFrmGFX2(int argc, char** argv);
 int runTestPhysics(int argc, char** argv);
 int runTestSubstitution(int argc, char** argv);
+int runTestFrmDelRouteEdits(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -38,7 +39,7 @@ int main(int argc, char** argv) {
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
                      runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch,
                      runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus,
-                     runTestFrmGFX2, runTestPhysics, runTestSubstitution})
+                     runTestFrmGFX2, runTestPhysics, runTestSubstitution, runTestFrmDelRouteEdits})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

@@ -8,6 +8,7 @@
 #include "velmora/core/journal.h"
 #include "velmora/core/services.h"
 #include "velmora/core/xmltext.h"
+#include "velmora/routes/providers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -88,37 +89,12 @@ std::string readTemplate(AppContext& ctx, const std::string& name, std::string& 
     return text;
 }
 
-// The required assets as RBlueprintSetPreLoad entries: sorted ignoring case, each pair once,
-// one copy of Templates\ProvHeader.txt each with a random id, the provider and the product.
-std::string preloadEntries(AppContext& ctx, std::vector<std::string> pairs, std::string& error) {
-    auto lower = [](std::string t) {
-        for (char& c : t)
-            if (c >= 'A' && c <= 'Z')
-                c = static_cast<char>(c - 'A' + 'a');
-        return t;
-    };
-    std::stable_sort(pairs.begin(), pairs.end(), [&](const std::string& a, const std::string& b) { return lower(a) < lower(b); });
-    pairs.erase(std::unique(pairs.begin(), pairs.end(), [&](const std::string& a, const std::string& b) { return lower(a) == lower(b); }),
-                pairs.end());
+// The required assets as RBlueprintSetPreLoad entries, each from Templates\ProvHeader.txt.
+std::string preloadEntries(AppContext& ctx, const std::vector<std::string>& pairs, std::string& error) {
     const std::string header = readTemplate(ctx, "ProvHeader.txt", error);
     if (!error.empty())
         return {};
-    static thread_local std::mt19937 generator{std::random_device{}()};
-    std::string out;
-    for (const std::string& pair : pairs) {
-        const std::size_t bar = pair.find('|');
-        std::string provider = pair.substr(0, bar), product = bar == std::string::npos ? std::string() : pair.substr(bar + 1);
-        ReplaceApos(provider);
-        ReplaceApos(product);
-        const long id = 10000000 + static_cast<long>(std::uniform_real_distribution<double>(0.0, 1.0)(generator) * 2e7);
-        std::string entry = header;
-        for (const auto& [token, by] : {std::pair<std::string, std::string>{"xxxxxxxx", std::to_string(id)},
-                                        {"aaaaaa", provider}, {"bbbbbb", product}})
-            for (std::size_t p = entry.find(token); p != std::string::npos; p = entry.find(token, p + by.size()))
-                entry.replace(p, token.size(), by);
-        out += entry;
-    }
-    return out;
+    return routes::preloadEntries(header, pairs);
 }
 
 } // namespace

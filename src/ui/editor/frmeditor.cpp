@@ -13,6 +13,7 @@
 #include "../archives/frmapconsists.h"
 #include "../archives/frmassetsap.h"
 #include "../routes/frmdelroute.h"
+#include "../routes/frmprovider.h"
 #include "../scenarios/frmshowroutes.h"
 #include "../textures/frmgfx2.h"
 #include "dialogs.h"
@@ -397,6 +398,7 @@ void frmEditor::connectCommands() {
     wire("mnuRollingStock", &frmEditor::mnuRollingStock_Click);
     wire("mnuIdent", &frmEditor::mnuIdent_Click);
     wire("mnuDelRoute", &frmEditor::mnuDelRoute_Click);
+    wire("mnuAddProv", &frmEditor::mnuAddProv_Click);
     wire("mnuOstrand", &frmEditor::mnuOstrand_Click);
     wire("mnuEC", &frmEditor::mnuEC_Click);
     wire("mnuBuildCon", &frmEditor::mnuBuildCon_Click);
@@ -675,6 +677,12 @@ void frmEditor::mnuAE_Click() {
     }
     m_assets->show();
     m_assets->raise();
+}
+
+void frmEditor::mnuAddProv_Click() {
+    auto* screen = new frmProvider(m_ctx, this);
+    screen->setAttribute(Qt::WA_DeleteOnClose);
+    screen->show();
 }
 
 void frmEditor::mnuDelRoute_Click() {

@@ -151,6 +151,7 @@ public slots:
     void mnuRollingStock_Click(); // the rolling-stock index
     void mnuIdent_Click();        // Search For Assets Details
     void mnuDelRoute_Click();     // the route screen
+    void mnuAddProv_Click();      // Edit Providers: frmProvider
     void mnuOstrand_Click();      // the scenario list, the way into the scenario editor
     void mnuEC_Click();           // Compare Consists: a consist copied into another scenario
     void mnuBuildCon_Click();     // Build or Edit Consists: the saved consists

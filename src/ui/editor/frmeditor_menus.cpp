@@ -168,7 +168,7 @@ const Waiting kWaiting[] = {
     {{"mnuUndoLast"}, "Works once a command has changed a file"},
     {{"mnuDDS"}, "Works while a texture is open"},
     {{"mnuView", "mnuEditDDS"}, "Works once the open texture is converted to .dds"},
-    {{"mnuAddProv", "mnuDRS", "mnuRouteInfo", "mnuMap"}, "Waits for the route editing tools"},
+    {{"mnuDRS", "mnuRouteInfo", "mnuMap"}, "Waits for the route editing tools"},
     {{"mnuMultiMarker", "mnuMkrDCSV", "mnuCSV2DCSV", "mnuMkRW", "mnuNoMarkers"}, "Waits for the marker tools"},
     {{"mnuDeveloper", "mnuDevFolders"}, "Waits for the developer folder tools"},
     {{"mnuPackAss", "mnuReskin", "mnuPack", "mnuPackSce"}, "Waits for the packaging tools"},

@@ -64,6 +64,12 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
         {"Command17", 620, "List Items used with Locations", &frmDelRoute::Command17_Click},
         {"Command22", 351, "Display items used from selected P/P", &frmDelRoute::Command22_Click},
         {"Command10", 130, "&Abort", &frmDelRoute::Command10_Click},
+        {"Command7", 0, "Raise or Lower Track", &frmDelRoute::Command7_Click},
+        {"Command9", 0, "Clone Route", &frmDelRoute::Command9_Click},
+        {"Command8", 0, "Clone Scenario", &frmDelRoute::Command8_Click},
+        {"Command2", 0, "Delete Selected Scenario(s)", &frmDelRoute::Command2_Click},
+        {"mnuTex", 0, "Remove terrain textures", &frmDelRoute::mnuTex_Click},
+        {"Command20", 0, "Command20", &frmDelRoute::Command20_Click},
     };
     auto* grid = new QGridLayout;
     int i = 0;
@@ -77,12 +83,21 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
             m_command22 = button;
             button->setEnabled(false); // until the providers are listed
         }
+        if (button->objectName() == "Command20")
+            button->setVisible(false); // the speed limits have no button of their own
+        const bool edit = b.slot == &frmDelRoute::Command7_Click || b.slot == &frmDelRoute::Command9_Click ||
+                          b.slot == &frmDelRoute::Command8_Click || b.slot == &frmDelRoute::Command2_Click ||
+                          b.slot == &frmDelRoute::mnuTex_Click;
+        if (packageMode && edit)
+            button->setVisible(false); // packaging copies; it does not edit
     }
-    // The delete and package actions come with their own tools; their buttons are here already.
+    // The package action comes with its own tool; its button is here already.
     auto* ok = new QPushButton(packageMode ? caption(m_ctx, 314, "Package Selected Route")
                                            : caption(m_ctx, 121, "Delete Selected Route"));
     ok->setObjectName("OKButton");
-    ok->setEnabled(false);
+    ok->setEnabled(!packageMode);
+    if (!packageMode)
+        connect(ok, &QPushButton::clicked, this, &frmDelRoute::OKButton_Click);
     auto* package = new QPushButton(caption(m_ctx, 312, "Package this routes Assets"));
     package->setObjectName("Command16");
     package->setVisible(packageMode);
@@ -110,10 +125,15 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
     layout->addLayout(lists, 1);
     layout->addLayout(grid);
 
+    reloadRoutes();
+}
+
+void frmDelRoute::reloadRoutes() {
     std::vector<std::string> warnings;
     m_routeEntries = routes::listRoutes(m_ctx, &warnings);
     for (const auto& w : warnings)
         m_ctx.ui().message(w, Icon::Warning);
+    m_routes->clear();
     for (const auto& r : m_routeEntries)
         m_routes->addItem(toQt(r.folder + "\t" + r.name));
     m_routeCount->setText(caption(m_ctx, 129, "No. of Routes") + QString(": %1").arg(m_routeEntries.size()));

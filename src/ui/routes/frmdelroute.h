@@ -6,6 +6,7 @@
 #include "frmlistrs.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/routes/routecheck.h"
+#include "velmora/routes/routeedits.h"
 
 #include <QDialog>
 #include <QPointer>
@@ -67,9 +68,26 @@ public slots:
     void Command10_Click(); // &Abort: stops the check at its next file
     void Command17_Click(); // items used by the route with their tiles and offsets
     void Command22_Click(); // items used from the selected provider and product
+    // Edits of the selected route or scenarios (frmdelroute_edits.cpp).
+    void Command7_Click();  // Raise or Lower Track
+    void Command20_Click(); // speed limits (hidden)
+    void Command9_Click();  // Clone Route
+    void Command8_Click();  // Clone Scenario
+    void OKButton_Click();  // Delete Selected Route (delete mode)
+    void Command2_Click();  // Delete Selected Scenario(s)
+    void mnuTex_Click();    // Remove terrain textures: opens frmMix on the route's MixMap folder
+
+    // The mix map screen mnuTex opened last, while it is open.
+    QDialog* mixScreen() const { return m_mix; }
 
 private:
     const routes::RouteEntry* selectedRoute();
+    // The route list read again (after a clone or a deletion).
+    void reloadRoutes();
+    // The routes of the selected rows of List1, in list order.
+    std::vector<routes::RouteEntry> selectedRoutes() const;
+    // The result of an edit: its message, or its failure, and what it warned of.
+    void showEdit(const routes::EditReport& report);
     // The reports of one command go into one results window, a tab each; a command starts its
     // own window with beginResults.
     void beginResults(const QString& title);
@@ -100,6 +118,7 @@ private:
     std::vector<QPointer<QWidget>> m_reports;
     QPointer<frmResults> m_results;
     QString m_resultsTitle;
+    QPointer<QDialog> m_mix;
     AbortableUi m_work; // the check's channel: the screen's Abort as well as the progress bar's
 };
 
