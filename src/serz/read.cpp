@@ -135,10 +135,10 @@ Status readDocument(const std::filesystem::path& file, DocumentBytes& bytes, std
     std::size_t filled = 0;
     const Status s = readWhole(
         file, maxBytes,
-        [&](std::size_t size) {
-            bytes.m_read = std::make_unique_for_overwrite<char[]>(size);
+        [&](std::size_t room) {
+            bytes.m_read = std::make_unique_for_overwrite<char[]>(room);
             bytes.m_data = bytes.m_read.get();
-            bytes.m_size = size;
+            bytes.m_size = room;
             return true;
         },
         [&](const char* data, std::size_t n) {
