@@ -25,36 +25,120 @@ bool roundUp(char* first, char* last) {
     return true;
 }
 
-// `text` is |v| printed with one digit more than wanted, correctly rounded. Unless that digit
-// is a 5, rounding the text by its last digit gives the correctly rounded shorter form; a 5
-// may be an exact decimal tie (which goes away from zero) or come from rounding (then the
-// shorter form is printed afresh). Returns false when the caller must print afresh.
-// `textEnd` ends the whole printed number (an exponent may follow the digits).
-bool dropLastDigit(char* first, char*& last, const char* textEnd, double a, bool& carry) {
+// The power of ten of the last digit that is not zero in the exact decimal expansion of a > 0
+// (a double has at most 767 significant digits, and to_chars prints them exactly).
+int lowestDigitPower(double a) {
+    char buf[800];
+    const auto r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::scientific, 767);
+    const char* e = std::find(buf, r.ptr, 'e');
+    int exponent = 0;
+    std::from_chars(e + 1 + (e[1] == '+'), r.ptr, exponent);
+    const char* last = e;
+    while (last > buf && (last[-1] == '0' || last[-1] == '.'))
+        --last;
+    const auto digits = static_cast<int>(last - buf) - (last - buf > 1 ? 1 : 0); // less the point
+    return exponent - (digits - 1);
+}
+
+// `first`..`last` is |v| printed with one digit more than wanted, correctly rounded, that last
+// digit standing for 10^lastPower. Unless that digit is a 5, rounding the text by it gives the
+// correctly rounded shorter form. A 5 is an exact decimal tie (which goes away from zero) only
+// when the exact expansion ends there; otherwise the shorter form is printed afresh, which is
+// what false asks the caller to do.
+bool dropLastDigit(char* first, char*& last, double a, int lastPower, bool& carry) {
     const char d = last[-1];
     carry = false;
-    if (d == '5') {
-        double back = 0;
-        std::from_chars(first, textEnd, back);
-        if (back != a)
-            return false;
-    }
+    if (d == '5' && lowestDigitPower(a) < lastPower)
+        return false;
     --last;
     if (d >= '5')
         carry = roundUp(first, last - 1);
     return true;
 }
 
+#ifdef __SIZEOF_INT128__
+__extension__ typedef unsigned __int128 Wide;
+#endif
+
+// roundSix in integers for the magnitudes documents are full of (1e-13 up to 1e7): a = m /
+// 2^shift with m below 2^53, so a * 10^k = m * 10^k / 2^shift is exact in 128 bits. With k
+// chosen to leave seven digits before the point, the seventh digit alone decides: 5 or more
+// rounds up, since an exact tie goes away from zero as well. False for other magnitudes.
+bool roundSixInIntegers(double a, char* digits, int& count, int& exponent) {
+#ifdef __SIZEOF_INT128__
+    static constexpr std::uint64_t kPow10[] = {1ull,
+                                               10ull,
+                                               100ull,
+                                               1000ull,
+                                               10000ull,
+                                               100000ull,
+                                               1000000ull,
+                                               10000000ull,
+                                               100000000ull,
+                                               1000000000ull,
+                                               10000000000ull,
+                                               100000000000ull,
+                                               1000000000000ull,
+                                               10000000000000ull,
+                                               100000000000000ull,
+                                               1000000000000000ull,
+                                               10000000000000000ull,
+                                               100000000000000000ull,
+                                               1000000000000000000ull,
+                                               10000000000000000000ull};
+    std::uint64_t bits;
+    std::memcpy(&bits, &a, 8);
+    const int biased = static_cast<int>((bits >> 52) & 0x7FF);
+    if (biased == 0 || biased == 0x7FF)
+        return false;
+    const int binary = biased - 1023;
+    if (binary < -44 || binary > 23)
+        return false;
+    const int shift = 1075 - biased; // from 52 - 23 = 29 to 52 + 44 = 96
+    const std::uint64_t m = (bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{1} << 52);
+    // log10(a) lies in [binary, binary + 1) * log10(2): the decimal exponent is this or one more.
+    int decimal = (binary * 78913) >> 18;
+    auto sevenDigits = [&](int e) -> std::optional<std::uint64_t> {
+        const int k = 6 - e;
+        if (k < 0 || k > 19)
+            return std::nullopt;
+        return static_cast<std::uint64_t>((static_cast<Wide>(m) * kPow10[k]) >> shift);
+    };
+    auto seven = sevenDigits(decimal);
+    if (seven && *seven >= 10000000u)
+        seven = sevenDigits(++decimal);
+    if (!seven || *seven < 1000000u || *seven >= 10000000u)
+        return false;
+    auto six = static_cast<std::uint32_t>(*seven / 10u + (*seven % 10u >= 5u ? 1u : 0u));
+    if (six == 1000000u) {
+        six = 100000u;
+        ++decimal;
+    }
+    for (int i = 5; i >= 0; --i) {
+        digits[i] = static_cast<char>('0' + six % 10u);
+        six /= 10u;
+    }
+    count = 6;
+    exponent = decimal;
+    return true;
+#else
+    (void)a, (void)digits, (void)count, (void)exponent;
+    return false;
+#endif
+}
+
 // Digits of |v| rounded to six significant digits, exact decimal ties away from zero, and
 // the decimal exponent of the first digit.
-void roundSix(double a, char* digits, int& count, int& exponent) {
+void roundSix(double a, char* digits, int& count, int& exponent, bool integers) {
+    if (integers && roundSixInIntegers(a, digits, count, exponent))
+        return;
     char buf[48];
     auto r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::scientific, 6);
     char* e = std::find(buf, r.ptr, 'e');
     std::from_chars(e + 1 + (e[1] == '+'), r.ptr, exponent);
     char* last = e;
     bool carry = false;
-    if (!dropLastDigit(buf, last, r.ptr, a, carry)) {
+    if (!dropLastDigit(buf, last, a, exponent - 6, carry)) {
         r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::scientific, 5);
         e = std::find(buf, r.ptr, 'e');
         std::from_chars(e + 1 + (e[1] == '+'), r.ptr, exponent);
@@ -98,9 +182,7 @@ char* putText(char* p, std::string_view s) {
     return p + s.size();
 }
 
-} // namespace
-
-char* putFloatG(char* p, double v, int exponentDigits) {
+char* printFloatG(char* p, double v, int exponentDigits, bool integers) {
     if (std::isnan(v))
         return putText(p, "nan");
     if (std::isinf(v))
@@ -113,7 +195,7 @@ char* putFloatG(char* p, double v, int exponentDigits) {
     }
     char buf[8];
     int count = 0, exponent = 0;
-    roundSix(std::fabs(v), buf, count, exponent);
+    roundSix(std::fabs(v), buf, count, exponent, integers);
     // Trailing zeros go, as "%g" drops them.
     while (count > 1 && buf[count - 1] == '0')
         --count;
@@ -151,17 +233,19 @@ char* putFloatG(char* p, double v, int exponentDigits) {
     return putText(p, digits.substr(intDigits));
 }
 
-#ifdef __SIZEOF_INT128__
-__extension__ typedef unsigned __int128 Wide;
-#endif
+} // namespace
+
+char* putFloatG(char* p, double v, int exponentDigits) { return printFloatG(p, v, exponentDigits, true); }
+
+char* putFloatGByText(char* p, double v, int exponentDigits) { return printFloatG(p, v, exponentDigits, false); }
 
 char* putFloatFixed7(char* p, double v) {
 #ifdef __SIZEOF_INT128__
-    // In integers for normal values below 9e10 (every coordinate and matrix element): v =
-    // m / 2^shift with m below 2^53, so |v| * 10^8 = m * 10^8 / 2^shift is worked out in 128
-    // bits and fits in 64 once shifted. Rounded to eight places, then by the eighth digit as
-    // the text way does; an eighth digit of 5 (which may be a tie), an exact tie at the eighth
-    // place, zero, tiny and large values are left to the text way.
+    // In integers for normal values below 1.3e11 (every coordinate and matrix element): v =
+    // m / 2^shift with m below 2^53, so |v| * 10^8 = m * 10^8 / 2^shift is exact in 128 bits
+    // and fits in 64 once shifted. The eighth decimal alone decides the rounding: 5 or more
+    // rounds up, since an exact tie goes away from zero as well. Zero, tiny and large values
+    // are left to the text way.
     std::uint64_t bits;
     std::memcpy(&bits, &v, 8);
     const int exponent = static_cast<int>((bits >> 52) & 0x7FF);
@@ -174,25 +258,18 @@ char* putFloatFixed7(char* p, double v) {
     }
     if (exponent != 0 && shift > 16 && shift < 127) {
         const std::uint64_t m = (bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{1} << 52);
-        const Wide scaled = static_cast<Wide>(m) * 100000000u;
-        auto eighths = static_cast<std::uint64_t>(scaled >> shift);
-        const Wide rest = scaled - (static_cast<Wide>(eighths) << shift), half = static_cast<Wide>(1) << (shift - 1);
-        if (rest > half)
-            ++eighths;
-        const auto digit = static_cast<unsigned>(eighths % 10u);
-        if (rest != half && digit != 5) {
-            const std::uint64_t q = eighths / 10u + (digit > 5 ? 1u : 0u);
-            if (bits >> 63)
-                *p++ = '-';
-            auto part = static_cast<std::uint32_t>(q % 10000000u);
-            p = std::to_chars(p, p + kIntegerRoom, q / 10000000u).ptr;
-            *p++ = '.';
-            for (int i = 6; i >= 0; --i) {
-                p[i] = static_cast<char>('0' + part % 10);
-                part /= 10;
-            }
-            return p + 7;
+        const auto eighths = static_cast<std::uint64_t>((static_cast<Wide>(m) * 100000000u) >> shift);
+        const std::uint64_t q = eighths / 10u + (eighths % 10u >= 5u ? 1u : 0u);
+        if (bits >> 63)
+            *p++ = '-';
+        auto part = static_cast<std::uint32_t>(q % 10000000u);
+        p = std::to_chars(p, p + kIntegerRoom, q / 10000000u).ptr;
+        *p++ = '.';
+        for (int i = 6; i >= 0; --i) {
+            p[i] = static_cast<char>('0' + part % 10);
+            part /= 10;
         }
+        return p + 7;
     }
 #endif
     return putFloatFixed7ByText(p, v);
@@ -206,7 +283,7 @@ char* putFloatFixed7ByText(char* p, double v) {
     auto r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::fixed, 8);
     char* last = r.ptr;
     bool carry = false;
-    if (!dropLastDigit(buf, last, r.ptr, a, carry)) {
+    if (!dropLastDigit(buf, last, a, -8, carry)) {
         r = std::to_chars(buf, buf + sizeof buf, a, std::chars_format::fixed, 7);
         last = r.ptr;
     }

@@ -22,6 +22,9 @@ char* putInt(char* p, long long v);
 char* putUInt(char* p, unsigned long long v);
 char* putInteger(char* p, ValueType type, const char* bytes);
 char* putFloatG(char* p, double v, int exponentDigits);
+// The same by way of the shortest exact text; putFloatG takes it for values below 1e-13 or of
+// 1e7 and more, NaN and infinity.
+char* putFloatGByText(char* p, double v, int exponentDigits);
 char* putFloatFixed7(char* p, double v);
 // The same by way of the shortest exact text; putFloatFixed7 takes it for values of 2^63 and
 // more, NaN and infinity.

@@ -52,7 +52,10 @@ TEST(FloatText, ArrayElementsWithSevenDecimals) {
     EXPECT_EQ(f7(1.0), "1.0000000");
     EXPECT_EQ(f7(-0.0), "-0.0000000");
     EXPECT_EQ(f7(-1e-9), "-0.0000000");
-    EXPECT_EQ(f7(0.00000005), "0.0000001") << "a tie at the eighth decimal, exactly representable or not";
+    // The double nearest 5e-8 lies just below it (4.99999999999999977e-8): not a tie.
+    EXPECT_EQ(f7(0.00000005), "0.0000000");
+    EXPECT_EQ(f7(-0.00000005), "-0.0000000");
+    EXPECT_EQ(f7(1.0 / 1024 / 1024 / 16), "0.0000001") << "5.9604644775390625e-8, above the tie";
 }
 
 TEST(FloatText, AltEncodingIsTheDoublesBytes) {
@@ -128,7 +131,8 @@ TEST(FloatText, FixedSevenInIntegersAgreesWithTheExactText) {
     EXPECT_EQ(fast(-3.0 / 256), "-0.0117188");
     EXPECT_EQ(fast(-0.0), "-0.0000000");
     EXPECT_EQ(fast(-1e-12), "-0.0000000");
-    EXPECT_EQ(fast(9.99999995), "10.0000000");
+    EXPECT_EQ(fast(9.99999995), "9.9999999") << "the double is 9.99999994999..., below the tie";
+    EXPECT_EQ(fast(9.9999999500001), "10.0000000");
     std::mt19937 random(11);
     for (int i = 0; i < 200000; ++i) {
         std::uint32_t bits = random();
@@ -153,4 +157,54 @@ TEST(FloatText, FixedSevenInIntegersAgreesWithTheExactText) {
     for (double edge : {9.2e18, 1.3743895e11, 1.3743896e11, 4503599627370496.5, 9007199254740993.0, 1e-320, 5e-8,
                         4.9999999e-8, 0.0, 99999999.999999999})
         EXPECT_EQ(fast(edge), byText(edge)) << edge;
+}
+
+TEST(FloatText, SixDigitsInIntegersAgreeWithTheExactText) {
+    auto fast = [](double v) {
+        char buf[kFloatGRoom];
+        return std::string(buf, putFloatG(buf, v, 3));
+    };
+    auto byText = [](double v) {
+        char buf[kFloatGRoom];
+        return std::string(buf, putFloatGByText(buf, v, 3));
+    };
+    // Exact ties at the seventh digit go away from zero; just below one stays below.
+    EXPECT_EQ(fast(1.015625), "1.01563");
+    EXPECT_EQ(fast(-725.5625), "-725.563");
+    EXPECT_EQ(fast(999999.5), "1e+006");
+    EXPECT_EQ(fast(9999995.0), "1e+007");
+    EXPECT_EQ(fast(std::nextafter(1.015625, 0.0)), "1.01562");
+    // The double nearest 99999.95 lies just below it: not a tie, whatever its shortest text.
+    EXPECT_EQ(fast(99999.95), "99999.9");
+    EXPECT_EQ(byText(99999.95), "99999.9");
+    EXPECT_EQ(byText(1.015625e20), "1.01563e+020") << "an exact tie far outside the integer range";
+    EXPECT_EQ(byText(99999.95e20), "9.99999e+024");
+    std::mt19937 random(23);
+    for (int i = 0; i < 200000; ++i) {
+        std::uint32_t bits = random();
+        float f;
+        std::memcpy(&f, &bits, 4);
+        if (!std::isnan(f) && !std::isinf(f)) {
+            ASSERT_EQ(fast(f), byText(f)) << bits;
+        }
+        // Multiples of small powers of two: every exact decimal tie lies among them.
+        const double tie = static_cast<double>(static_cast<int>(random() % 20000001) - 10000000) / (1 << (i % 12));
+        ASSERT_EQ(fast(tie), byText(tie)) << tie;
+        std::uint64_t wide = (std::uint64_t(random()) << 32) | random();
+        double d;
+        std::memcpy(&d, &wide, 8);
+        if (!std::isnan(d) && !std::isinf(d)) {
+            ASSERT_EQ(fast(d), byText(d)) << wide;
+        }
+        const double scale = std::pow(10.0, static_cast<int>(random() % 24) - 15);
+        const double value = (static_cast<double>(random()) / 4294967296.0 - 0.5) * scale;
+        ASSERT_EQ(fast(value), byText(value)) << value;
+    }
+    // Around the ends of the integer range and the decimal exponent's steps.
+    for (double edge : {1e-13, 9.99999e-14, 1.0000005e-13, 1e7, 9999999.0, 9999999.5, 8388607.5, 8388608.0,
+                        16777215.0, 0.0001, 0.00009999995, 0.000099999949, 1e-5, 99999.95, 999999.4999, 1.0, 10.0,
+                        0.1, 0.3, 2.5e-7, std::numeric_limits<double>::min()}) {
+        EXPECT_EQ(fast(edge), byText(edge)) << edge;
+        EXPECT_EQ(fast(-edge), byText(-edge)) << edge;
+    }
 }
