@@ -116,6 +116,37 @@ TEST(FloatText, AgreesWithTheCLibraryAwayFromTies) {
     EXPECT_GT(compared, 190000);
 }
 
+namespace {
+// Compares a printer with its exact-text twin over random floats, random doubles, multiples of
+// powers of two from 2^firstShift (every exact decimal tie lies among them) and values of the magnitudes
+// 10^lowest .. 10^(lowest + decades).
+template <class Fast, class ByText>
+void sweep(Fast fast, ByText byText, unsigned seed, int tieRange, int firstShift, int tieShifts, int lowest,
+           int decades) {
+    std::mt19937 random(seed);
+    for (int i = 0; i < 200000; ++i) {
+        std::uint32_t bits = random();
+        float f;
+        std::memcpy(&f, &bits, 4);
+        if (!std::isnan(f) && !std::isinf(f)) {
+            ASSERT_EQ(fast(f), byText(f)) << bits;
+        }
+        const double tie = static_cast<double>(static_cast<int>(random() % (2 * tieRange + 1)) - tieRange) /
+                           static_cast<double>(1 << (firstShift + i % tieShifts));
+        ASSERT_EQ(fast(tie), byText(tie)) << tie;
+        std::uint64_t wide = (std::uint64_t(random()) << 32) | random();
+        double d;
+        std::memcpy(&d, &wide, 8);
+        if (!std::isnan(d) && !std::isinf(d)) {
+            ASSERT_EQ(fast(d), byText(d)) << wide;
+        }
+        const double scale = std::pow(10.0, static_cast<int>(random() % static_cast<unsigned>(decades)) + lowest);
+        const double value = (static_cast<double>(random()) / 4294967296.0 - 0.5) * scale;
+        ASSERT_EQ(fast(value), byText(value)) << value;
+    }
+}
+} // namespace
+
 TEST(FloatText, FixedSevenInIntegersAgreesWithTheExactText) {
     auto fast = [](double v) {
         char buf[kFloatFixedRoom];
@@ -133,27 +164,8 @@ TEST(FloatText, FixedSevenInIntegersAgreesWithTheExactText) {
     EXPECT_EQ(fast(-1e-12), "-0.0000000");
     EXPECT_EQ(fast(9.99999995), "9.9999999") << "the double is 9.99999994999..., below the tie";
     EXPECT_EQ(fast(9.9999999500001), "10.0000000");
-    std::mt19937 random(11);
-    for (int i = 0; i < 200000; ++i) {
-        std::uint32_t bits = random();
-        float f;
-        std::memcpy(&f, &bits, 4);
-        if (std::isnan(f) || std::isinf(f))
-            continue;
-        ASSERT_EQ(fast(f), byText(f)) << bits;
-        const double tie = static_cast<double>(static_cast<int>(random() % 200001) - 100000) / (256 << (i % 8));
-        ASSERT_EQ(fast(tie), byText(tie)) << tie;
-        std::uint64_t wide = (std::uint64_t(random()) << 32) | random();
-        double d;
-        std::memcpy(&d, &wide, 8);
-        if (!std::isnan(d) && !std::isinf(d)) {
-            ASSERT_EQ(fast(d), byText(d)) << wide;
-        }
-        // Coordinates and the like, up to past the largest value taken in integers.
-        const double scale = std::pow(10.0, static_cast<int>(random() % 14) - 2);
-        const double coordinate = (static_cast<double>(random()) / 4294967296.0 - 0.5) * scale;
-        ASSERT_EQ(fast(coordinate), byText(coordinate)) << coordinate;
-    }
+    // Coordinates and the like, up to past the largest value taken in integers.
+    sweep(fast, byText, 11, 100000, 8, 8, -10, 14);
     for (double edge : {9.2e18, 1.3743895e11, 1.3743896e11, 4503599627370496.5, 9007199254740993.0, 1e-320, 5e-8,
                         4.9999999e-8, 0.0, 99999999.999999999})
         EXPECT_EQ(fast(edge), byText(edge)) << edge;
@@ -179,27 +191,7 @@ TEST(FloatText, SixDigitsInIntegersAgreeWithTheExactText) {
     EXPECT_EQ(byText(99999.95), "99999.9");
     EXPECT_EQ(byText(1.015625e20), "1.01563e+020") << "an exact tie far outside the integer range";
     EXPECT_EQ(byText(99999.95e20), "9.99999e+024");
-    std::mt19937 random(23);
-    for (int i = 0; i < 200000; ++i) {
-        std::uint32_t bits = random();
-        float f;
-        std::memcpy(&f, &bits, 4);
-        if (!std::isnan(f) && !std::isinf(f)) {
-            ASSERT_EQ(fast(f), byText(f)) << bits;
-        }
-        // Multiples of small powers of two: every exact decimal tie lies among them.
-        const double tie = static_cast<double>(static_cast<int>(random() % 20000001) - 10000000) / (1 << (i % 12));
-        ASSERT_EQ(fast(tie), byText(tie)) << tie;
-        std::uint64_t wide = (std::uint64_t(random()) << 32) | random();
-        double d;
-        std::memcpy(&d, &wide, 8);
-        if (!std::isnan(d) && !std::isinf(d)) {
-            ASSERT_EQ(fast(d), byText(d)) << wide;
-        }
-        const double scale = std::pow(10.0, static_cast<int>(random() % 24) - 15);
-        const double value = (static_cast<double>(random()) / 4294967296.0 - 0.5) * scale;
-        ASSERT_EQ(fast(value), byText(value)) << value;
-    }
+    sweep(fast, byText, 23, 10000000, 0, 12, -15, 24);
     // Around the ends of the integer range and the decimal exponent's steps.
     for (double edge : {1e-13, 9.99999e-14, 1.0000005e-13, 1e7, 9999999.0, 9999999.5, 8388607.5, 8388608.0,
                         16777215.0, 0.0001, 0.00009999995, 0.000099999949, 1e-5, 99999.95, 999999.4999, 1.0, 10.0,
