@@ -356,6 +356,44 @@ std::optional<double> parseAltEncoding(std::string_view text) {
     return d;
 }
 
+namespace {
+
+// "[-]digits[.digits]" with at most 15 digits in all, as the converter prints array elements
+// and most scalars: the digits are an exact integer below 2^53 and the power of ten an exact
+// double, so one division gives the correctly rounded value, as a full parse would.
+std::optional<double> parsePlainDecimal(std::string_view text) {
+    static constexpr double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                        1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    std::size_t i = 0;
+    const bool negative = !text.empty() && text[0] == '-';
+    i += negative;
+    std::uint64_t digits = 0;
+    int count = 0, fraction = -1;
+    for (; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c >= '0' && c <= '9') {
+            if (++count > 15)
+                return std::nullopt;
+            digits = digits * 10 + static_cast<unsigned>(c - '0');
+            if (fraction >= 0)
+                ++fraction;
+        } else if (c == '.' && fraction < 0) {
+            fraction = 0;
+        } else {
+            return std::nullopt;
+        }
+    }
+    // A point needs digits on both sides to be the printer's form; leave the rest to the full parse.
+    if (count == 0 || fraction == 0 || (fraction > 0 && count == fraction))
+        return std::nullopt;
+    double v = static_cast<double>(digits);
+    if (fraction > 0)
+        v /= kPow10[fraction];
+    return negative ? -v : v;
+}
+
+} // namespace
+
 std::optional<double> parseDouble(std::string_view text) {
     while (!text.empty() && (text.front() == ' ' || text.front() == '\t' || text.front() == '\r' || text.front() == '\n'))
         text.remove_prefix(1);
@@ -363,6 +401,8 @@ std::optional<double> parseDouble(std::string_view text) {
         text.remove_suffix(1);
     if (!text.empty() && text.front() == '+')
         text.remove_prefix(1);
+    if (const auto plain = parsePlainDecimal(text))
+        return plain;
     double d = 0;
     auto r = std::from_chars(text.data(), text.data() + text.size(), d);
     if (r.ec == std::errc::result_out_of_range) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -198,5 +199,37 @@ TEST(FloatText, SixDigitsInIntegersAgreeWithTheExactText) {
                         0.1, 0.3, 2.5e-7, std::numeric_limits<double>::min()}) {
         EXPECT_EQ(fast(edge), byText(edge)) << edge;
         EXPECT_EQ(fast(-edge), byText(-edge)) << edge;
+    }
+}
+
+// Plain decimals are read by a short way; it must give what a full parse gives.
+TEST(FloatText, PlainDecimalsReadAsAFullParseReadsThem) {
+    auto full = [](const std::string& t) {
+        double d = 0;
+        std::from_chars(t.data() + (t[0] == '+'), t.data() + t.size(), d);
+        return d;
+    };
+    auto same = [](double a, double b) { return std::memcmp(&a, &b, 8) == 0; };
+    EXPECT_TRUE(same(*parseDouble("-0.0000000"), -0.0));
+    EXPECT_TRUE(same(*parseDouble("0"), 0.0));
+    EXPECT_TRUE(same(*parseDouble("-0.0238218"), -0.0238218));
+    EXPECT_TRUE(same(*parseDouble("123456789012345"), 123456789012345.0));
+    EXPECT_TRUE(same(*parseDouble("1234567890123456789"), 1234567890123456789.0)) << "past 15 digits: the full parse";
+    EXPECT_TRUE(same(*parseDouble("0.000000000000000000001"), 1e-21));
+    EXPECT_TRUE(same(*parseDouble("1."), 1.0) && same(*parseDouble(".5"), 0.5)) << "as the full parse takes them";
+    for (const char* bad : {"-", ".", "1..2", "--1", "1-", "0x10", ""})
+        EXPECT_FALSE(parseDouble(bad)) << bad;
+    std::mt19937_64 random(5);
+    char text[64];
+    for (int i = 0; i < 300000; ++i) {
+        const int places = static_cast<int>(random() % 16);
+        const std::uint64_t whole = random() % 100000000000ull >> (random() % 40);
+        const std::uint64_t part = random() % 10000000000000000ull;
+        int n = std::snprintf(text, sizeof text, "%s%llu", random() % 2 ? "-" : "", static_cast<unsigned long long>(whole));
+        if (places > 0)
+            n += std::snprintf(text + n, sizeof text - static_cast<std::size_t>(n), ".%0*llu", places,
+                               static_cast<unsigned long long>(part % static_cast<std::uint64_t>(std::pow(10.0, places))));
+        const std::string t(text, static_cast<std::size_t>(n));
+        ASSERT_TRUE(same(*parseDouble(t), full(t))) << t;
     }
 }
