@@ -10,6 +10,8 @@
 #include "velmora/demo/demoinstall.h"
 #include "velmora/routes/markers.h"
 
+#include "../core/faultyfiles.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -246,6 +248,19 @@ TEST_F(Markers, RunsKeepOldOutputsAsNumberedBackupsAndUndoTakesARunBack) {
     const UndoResult undone = undoEntry(m_ctx->files(), *last, false);
     ASSERT_TRUE(undone.ok) << undone.message;
     EXPECT_EQ(undone.restored.size(), 3u);
+}
+
+TEST_F(Markers, AFailedWriteIsNamedAndLeavesTheOldOutputWhole) {
+    const fs::path gpx = input("kept.gpx", kGpx);
+    put(m_save / "kept.csv", "old\r\n");
+    test::FaultyFiles failing(WriteStep::Replace);
+    m_ctx->files().setFileOps(&failing);
+    const MarkerReport r = convert({gpx}, true);
+    m_ctx->files().setFileOps(nullptr);
+    ASSERT_EQ(r.problems.size(), 1u);
+    EXPECT_NE(r.problems[0].find((m_save / "kept.csv").string()), std::string::npos) << r.problems[0];
+    EXPECT_EQ(ReadTextFile(m_save / "kept.csv"), "old\r\n");
+    EXPECT_TRUE(r.files.empty());
 }
 
 TEST_F(Markers, OutsideAssetsConvertFullyAsksFirst) {
