@@ -148,11 +148,12 @@ TEST_F(Markers, KmlTracksAndPlacemarks) {
     EXPECT_NE(r.problems[0].find("c.kml: line 1: the coordinates item '3,4,15' does not end in ,0"), std::string::npos);
     // Points: each placemark's name, blanks made "_", "NoName" without one.
     r = readKml("<kml>\n<Placemark><name>  Old  Mill </name><Point><coordinates>1.5,2.5,0</coordinates></Point></Placemark>\n"
-                "<Placemark><Point><coordinates> 3,4 </coordinates></Point></Placemark></kml>",
+                "<Placemark><Point><coordinates> 3,4 </coordinates></Point></Placemark>\n"
+                "<Placemark><Point><coordinates>5,6,0</coordinates></Point><name>After</name></Placemark></kml>",
                 "d.kml", false);
     ASSERT_EQ(r.sets.size(), 1u);
     EXPECT_TRUE(r.sets[0].named);
-    EXPECT_EQ(pointCsvText(r.sets[0]), "1.5,2.5,Old__Mill\r\n3,4,NoName\r\n");
+    EXPECT_EQ(pointCsvText(r.sets[0]), "1.5,2.5,Old__Mill\r\n3,4,NoName\r\n5,6,After\r\n");
 }
 
 TEST_F(Markers, GpxWptAndCsvReaders) {

@@ -164,10 +164,27 @@ GpsRead readKml(std::string_view text, const std::string& label, bool rings) {
     }
     QXmlStreamReader xml(bytes(text));
     int lineDepth = 0;
-    bool inPlacemark = false, placemarkHasPoint = false;
-    std::string name;
+    bool inPlacemark = false;
+    // A placemark's point is taken at its end, so that its name may stand before or after it.
+    std::string name, coords;
+    long long coordsLine = 0;
     MarkerSet points;
     points.named = true;
+    auto placemarkPoint = [&] {
+        if (coordsLine == 0)
+            return;
+        std::string shown = cleanName(name);
+        for (char& c : shown)
+            if (c == ' ')
+                c = '_';
+        const auto parts = fields(trimmed(coords), 3);
+        if (parts.size() < 2)
+            read.problems.push_back(at(label, coordsLine) + ": the coordinates '" + trimmed(coords) +
+                                    "' hold no latitude; the point was left out");
+        else
+            take(read, points, {trimmed(parts[0]), trimmed(parts[1]), shown.empty() ? "NoName" : shown},
+                 at(label, coordsLine));
+    };
     while (!xml.atEnd()) {
         const auto token = xml.readNext();
         if (token == QXmlStreamReader::StartElement) {
@@ -175,38 +192,30 @@ GpsRead readKml(std::string_view text, const std::string& label, bool rings) {
                 ++lineDepth;
             } else if (isNamed(xml, "Placemark")) {
                 inPlacemark = true;
-                placemarkHasPoint = false;
                 name.clear();
-            } else if (isNamed(xml, "name") && inPlacemark && !track) {
+                coordsLine = 0;
+            } else if (isNamed(xml, "name") && inPlacemark && !track && name.empty()) {
                 name = xml.readElementText(QXmlStreamReader::IncludeChildElements).toStdString();
             } else if (isNamed(xml, "coordinates")) {
                 const long long line = xml.lineNumber();
-                const std::string coords = xml.readElementText(QXmlStreamReader::IncludeChildElements).toStdString();
+                const std::string block = xml.readElementText(QXmlStreamReader::IncludeChildElements).toStdString();
                 if (track && lineDepth > 0) {
                     MarkerSet series;
-                    coordinateBlock(read, series, coords, at(label, line));
+                    coordinateBlock(read, series, block, at(label, line));
                     keep(read, std::move(series));
-                } else if (!track && inPlacemark && !placemarkHasPoint) {
-                    placemarkHasPoint = true;
-                    std::string shown = cleanName(name);
-                    for (char& c : shown)
-                        if (c == ' ')
-                            c = '_';
-                    const auto parts = fields(trimmed(coords), 3);
-                    if (parts.size() < 2)
-                        read.problems.push_back(at(label, line) + ": the coordinates '" + trimmed(coords) +
-                                                "' hold no latitude; the point was left out");
-                    else
-                        take(read, points,
-                             {trimmed(parts[0]), trimmed(parts[1]), shown.empty() ? "NoName" : shown},
-                             at(label, line));
+                } else if (!track && inPlacemark && coordsLine == 0) {
+                    coords = block;
+                    coordsLine = line;
                 }
             }
         } else if (token == QXmlStreamReader::EndElement) {
-            if (isNamed(xml, "LineString") || (rings && isNamed(xml, "LinearRing")))
+            if (isNamed(xml, "LineString") || (rings && isNamed(xml, "LinearRing"))) {
                 --lineDepth;
-            else if (isNamed(xml, "Placemark"))
+            } else if (isNamed(xml, "Placemark") && inPlacemark) {
+                if (!track)
+                    placemarkPoint();
                 inPlacemark = false;
+            }
         }
     }
     if (!track)
