@@ -2,7 +2,6 @@
 // markers typed into a route, the precision of a .dcsv from its source, marker blueprint sources.
 
 #include "session.h"
-
 #include "velmora/routes/markers.h"
 #include "velmora/routes/routes.h"
 
@@ -29,7 +28,8 @@ int report(Session& s, const routes::MarkerReport& r, bool json) {
         files.push_back(f.string());
     if (json) {
         s.out << "{\"ok\": " << (r.ok ? "true" : "false") << ", \"files\": " << list(files)
-              << ",\n \"problems\": " << list(r.problems) << ",\n \"message\": " << jsonString(r.message) << "}\n";
+              << ",\n \"problems\": " << list(r.problems) << ",\n \"message\": " << jsonString(r.message)
+              << "}\n";
         return !r.ok ? Error : r.problems.empty() ? Success : ProblemsFound;
     }
     for (const auto& p : r.problems)
@@ -48,7 +48,8 @@ std::optional<routes::MarkerColour> colour(Session& s, const std::string& text) 
     std::size_t from = 0;
     for (int i = 0; i < 3; ++i) {
         const std::size_t comma = i < 2 ? text.find(',', from) : text.size();
-        const auto n = comma == std::string::npos ? std::nullopt : parseNumber(text.substr(from, comma - from));
+        const auto n =
+            comma == std::string::npos ? std::nullopt : parseNumber(text.substr(from, comma - from));
         if (!n || *n < 0 || *n > 255 || (i == 2 && text.find(',', from) != std::string::npos)) {
             s.fail("--colour: '" + text + "' is not R,G,B with each from 0 to 255");
             return std::nullopt;
@@ -83,7 +84,8 @@ int cmdConvert(Session& s) {
         std::error_code ec;
         const fs::path p(word);
         if (fs::is_directory(p, ec)) {
-            const auto found = routes::markerFilesIn(p, o.csvOnly ? std::vector<std::string>{"kml", "gpx", "wpt", "mkr"} : kAllKinds);
+            const auto found = routes::markerFilesIn(
+                p, o.csvOnly ? std::vector<std::string>{"kml", "gpx", "wpt", "mkr"} : kAllKinds);
             inputs.insert(inputs.end(), found.begin(), found.end());
         } else if (fs::exists(fs::symlink_status(p, ec))) {
             inputs.push_back(p);
@@ -92,7 +94,8 @@ int cmdConvert(Session& s) {
         }
     }
     if (inputs.empty())
-        return s.fail("found no marker files (.kml, .gpx, .wpt, .mkr" + std::string(o.csvOnly ? "" : ", .csv") + ")");
+        return s.fail("found no marker files (.kml, .gpx, .wpt, .mkr" +
+                      std::string(o.csvOnly ? "" : ", .csv") + ")");
     return report(s, routes::convertMarkers(s.ctx, inputs, o), a.has("--json"));
 }
 
@@ -145,7 +148,7 @@ int cmdBlueprint(Session& s) {
     if (a.plain.empty())
         return s.fail("needs the kind: named, series or route");
     const std::string& kind = a.plain.front();
-    const routes::BlueKind k = kind == "named" ? routes::BlueKind::Named
+    const routes::BlueKind k = kind == "named"    ? routes::BlueKind::Named
                                : kind == "series" ? routes::BlueKind::Series
                                                   : routes::BlueKind::Route;
     if (kind != "named" && kind != "series" && kind != "route")
@@ -169,19 +172,26 @@ std::vector<Command> markerCommands() {
     return {
         {"markers convert", "FILE|FOLDER... --to DIR [--csv-only] [--colour R,G,B] [--json]",
          "GPS marker files (.kml .gpx .wpt .mkr .csv) to <name>.csv, .dcsv and .bin in DIR", cmdConvert, true,
-         "A folder gives the marker files in it. --csv-only makes the point .csv of GPS files only. Outside an Assets "
-         "folder the full conversion asks first (--yes goes on). --colour sets the line colour of series (default "
-         "0,0,0). Old outputs are kept as .bak, .bak1 ...; bad points and files are named and the rest converted "
+         "A folder gives the marker files in it. --csv-only makes the point .csv of GPS files only. Outside "
+         "an Assets "
+         "folder the full conversion asks first (--yes goes on). --colour sets the line colour of series "
+         "(default "
+         "0,0,0). Old outputs are kept as .bak, .bak1 ...; bad points and files are named and the rest "
+         "converted "
          "(exit 1)."},
         {"markers add", "ROUTE NAME LAT LON [NAME LAT LON ...] [--file BASENAME] [--clear-caches]",
-         "named markers into the route's Assets\\<Provider>\\<Product>\\RouteMarkers as .dcsv and .bin", cmdAdd, true,
-         "The folder comes from the BlueprintSetID of RouteProperties.xml. The file takes the first marker's name or "
-         "--file, with a running number when a .dcsv of that name is there. --clear-caches takes the Blueprints.pak "
+         "named markers into the route's Assets\\<Provider>\\<Product>\\RouteMarkers as .dcsv and .bin",
+         cmdAdd, true,
+         "The folder comes from the BlueprintSetID of RouteProperties.xml. The file takes the first marker's "
+         "name or "
+         "--file, with a running number when a .dcsv of that name is there. --clear-caches takes the "
+         "Blueprints.pak "
          "files below Assets away so the simulator rebuilds them (undo brings them back)."},
         {"markers improve", "DCSV... [--json]",
          "the X and Y of each .dcsv set again from its source .csv below <root>\\Source", cmdImprove},
         {"markers blueprint", "named|series|route NAME CSV [SERIES-CSV] --to DIR [--json]",
-         "a marker blueprint source from BluePrints\\Blue_Named.xml, Blue_Series.xml or Blue_Route.xml", cmdBlueprint},
+         "a marker blueprint source from BluePrints\\Blue_Named.xml, Blue_Series.xml or Blue_Route.xml",
+         cmdBlueprint},
     };
 }
 

@@ -2,6 +2,7 @@
 // the .dcsv and blueprint decode, bad points and bad files are named while the rest goes on,
 // old outputs are kept as numbered backups and one undo takes a run back.
 
+#include "../core/faultyfiles.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/journal.h"
@@ -10,11 +11,8 @@
 #include "velmora/demo/demoinstall.h"
 #include "velmora/routes/markers.h"
 
-#include "../core/faultyfiles.h"
-
-#include <gtest/gtest.h>
-
 #include <fstream>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -95,8 +93,9 @@ TEST_F(Markers, SamePointsFromEveryKindOfFileGiveTheSameCsvAndABlueprintThatDeco
         const MarkerReport r = convert({input(name, text)}, false, to);
         ASSERT_TRUE(r.ok) << r.message;
         EXPECT_TRUE(r.problems.empty()) << name << ": " << joined(r.problems);
-        EXPECT_EQ(r.message, "All selected Marker files have been converted to .csv files and are located\nin folder " +
-                                 to.string());
+        EXPECT_EQ(r.message,
+                  "All selected Marker files have been converted to .csv files and are located\nin folder " +
+                      to.string());
         csvs.push_back(ReadTextFile(to / "line.csv"));
         // A series: its path below Assets in the series slot, the colour as the sliders stood.
         std::string xml;
@@ -126,9 +125,10 @@ TEST_F(Markers, SamePointsFromEveryKindOfFileGiveTheSameCsvAndABlueprintThatDeco
 
 TEST_F(Markers, KmlTracksAndPlacemarks) {
     // A line makes the file a track: placemark names are not read and the points are one series.
-    GpsRead r = readKml(R"(<kml><Placemark><name>Start</name><Point><coordinates>1,2,0</coordinates></Point></Placemark>
+    GpsRead r = readKml(
+        R"(<kml><Placemark><name>Start</name><Point><coordinates>1,2,0</coordinates></Point></Placemark>
         <Placemark><name>Track</name><LineString><coordinates>3,4,0 5,6,0</coordinates></LineString></Placemark></kml>)",
-                        "a.kml", false);
+        "a.kml", false);
     ASSERT_EQ(r.sets.size(), 1u);
     EXPECT_FALSE(r.sets[0].named);
     EXPECT_EQ(pointCsvText(r.sets[0]), "3,4\r\n5,6\r\n");
@@ -145,12 +145,15 @@ TEST_F(Markers, KmlTracksAndPlacemarks) {
     ASSERT_EQ(r.sets.size(), 2u);
     EXPECT_EQ(pointCsvText(r.sets[0]), "1,2\r\n");
     ASSERT_EQ(r.problems.size(), 1u);
-    EXPECT_NE(r.problems[0].find("c.kml: line 1: the coordinates item '3,4,15' does not end in ,0"), std::string::npos);
+    EXPECT_NE(r.problems[0].find("c.kml: line 1: the coordinates item '3,4,15' does not end in ,0"),
+              std::string::npos);
     // Points: each placemark's name, blanks made "_", "NoName" without one.
-    r = readKml("<kml>\n<Placemark><name>  Old  Mill </name><Point><coordinates>1.5,2.5,0</coordinates></Point></Placemark>\n"
-                "<Placemark><Point><coordinates> 3,4 </coordinates></Point></Placemark>\n"
-                "<Placemark><Point><coordinates>5,6,0</coordinates></Point><name>After</name></Placemark></kml>",
-                "d.kml", false);
+    r = readKml(
+        "<kml>\n<Placemark><name>  Old  Mill "
+        "</name><Point><coordinates>1.5,2.5,0</coordinates></Point></Placemark>\n"
+        "<Placemark><Point><coordinates> 3,4 </coordinates></Point></Placemark>\n"
+        "<Placemark><Point><coordinates>5,6,0</coordinates></Point><name>After</name></Placemark></kml>",
+        "d.kml", false);
     ASSERT_EQ(r.sets.size(), 1u);
     EXPECT_TRUE(r.sets[0].named);
     EXPECT_EQ(pointCsvText(r.sets[0]), "1.5,2.5,Old__Mill\r\n3,4,NoName\r\n5,6,After\r\n");
@@ -158,10 +161,12 @@ TEST_F(Markers, KmlTracksAndPlacemarks) {
 
 TEST_F(Markers, GpxWptAndCsvReaders) {
     // No track: the waypoints; a track: its points only.
-    GpsRead r = readGpx(R"(<gpx><wpt lat="1" lon="2"><name>x</name></wpt><wpt lon="4" lat="3"/></gpx>)", "w.gpx");
+    GpsRead r =
+        readGpx(R"(<gpx><wpt lat="1" lon="2"><name>x</name></wpt><wpt lon="4" lat="3"/></gpx>)", "w.gpx");
     ASSERT_EQ(r.sets.size(), 1u);
     EXPECT_EQ(pointCsvText(r.sets[0]), "2,1\r\n4,3\r\n");
-    r = readGpx(R"(<gpx><wpt lat="1" lon="2"/><trk><trkseg><trkpt lat="5" lon="6"/></trkseg></trk></gpx>)", "t.gpx");
+    r = readGpx(R"(<gpx><wpt lat="1" lon="2"/><trk><trkseg><trkpt lat="5" lon="6"/></trkseg></trk></gpx>)",
+                "t.gpx");
     EXPECT_EQ(pointCsvText(r.sets.at(0)), "6,5\r\n");
     r = readGpx("<gpx><metadata/></gpx>", "empty.gpx");
     EXPECT_TRUE(r.sets.empty());
@@ -174,7 +179,8 @@ TEST_F(Markers, GpxWptAndCsvReaders) {
     r = readPointCsv("1,2,A, B\r\n\nlonely\r\n\n3,4\r\n", "p.csv");
     ASSERT_EQ(r.sets.size(), 1u);
     EXPECT_EQ(pointCsvText(r.sets[0]), "1,2,A, B\r\n3,4\r\n");
-    EXPECT_EQ(joined(r.problems), "p.csv: line 3: 'lonely' has one field, not a longitude and a latitude; it was left out\n");
+    EXPECT_EQ(joined(r.problems),
+              "p.csv: line 3: 'lonely' has one field, not a longitude and a latitude; it was left out\n");
 }
 
 TEST_F(Markers, OutOfRangeAndBadFilesAreNamedAndTheRestIsConverted) {
@@ -186,30 +192,41 @@ TEST_F(Markers, OutOfRangeAndBadFilesAreNamedAndTheRestIsConverted) {
     const MarkerReport r = convert({range, fake, text, other, good});
     ASSERT_TRUE(r.ok);
     const std::string p = joined(r.problems);
-    EXPECT_NE(p.find(range.string() + ": line 2: the latitude 95.5 is beyond 90 degrees; the point was left out"), std::string::npos) << p;
-    EXPECT_NE(p.find(range.string() + ": line 3: the longitude 190 is beyond 180 degrees"), std::string::npos);
+    EXPECT_NE(
+        p.find(range.string() + ": line 2: the latitude 95.5 is beyond 90 degrees; the point was left out"),
+        std::string::npos)
+        << p;
+    EXPECT_NE(p.find(range.string() + ": line 3: the longitude 190 is beyond 180 degrees"),
+              std::string::npos);
     EXPECT_NE(p.find(range.string() + ": line 4: the longitude 'abc' is not a number"), std::string::npos);
     EXPECT_NE(p.find(fake.string() + ": line 1: is not a GPX file"), std::string::npos) << p;
     EXPECT_NE(p.find(text.string() + ": line 1: is not a KML file"), std::string::npos) << p;
-    EXPECT_NE(p.find(other.string() + ": You have not selected a .kml,.wpt,.mkr,.gpx or .csv file?"), std::string::npos);
+    EXPECT_NE(p.find(other.string() + ": You have not selected a .kml,.wpt,.mkr,.gpx or .csv file?"),
+              std::string::npos);
     EXPECT_EQ(ReadTextFile(m_save / "range.csv"), "1,2\r\n3,4\r\n");
     EXPECT_EQ(ReadTextFile(m_save / "good.csv"), kCsv);
     EXPECT_FALSE(fs::exists(m_save / "fake.csv"));
     EXPECT_FALSE(fs::exists(m_save / "text.dcsv"));
     // Process takes GPS files only.
     const MarkerReport csvOnly = convert({range}, true, m_dir / "out");
-    EXPECT_EQ(joined(csvOnly.problems), range.string() + ": You have not selected a .kml,.wpt,.mkr or .gpx file?\n");
+    EXPECT_EQ(joined(csvOnly.problems),
+              range.string() + ": You have not selected a .kml,.wpt,.mkr or .gpx file?\n");
 }
 
 TEST_F(Markers, HostileNamesAndUtf16MarkerFiles) {
-    const fs::path kml = input("names.kml", "<kml>"
-                                            "<Placemark><name>Zürich Hbf</name><Point><coordinates>8.54,47.37,0</coordinates></Point></Placemark>"
-                                            "<Placemark><name>A, B &amp; \"C\" 'D' &lt;E&gt;</name><Point><coordinates>1,2</coordinates></Point></Placemark>"
-                                            "<Placemark><name>tab&#9;and&#10;line</name><Point><coordinates>3,4</coordinates></Point></Placemark>"
-                                            "</kml>");
+    const fs::path kml = input(
+        "names.kml",
+        "<kml>"
+        "<Placemark><name>Zürich Hbf</name><Point><coordinates>8.54,47.37,0</coordinates></Point></Placemark>"
+        "<Placemark><name>A, B &amp; \"C\" 'D' "
+        "&lt;E&gt;</name><Point><coordinates>1,2</coordinates></Point></Placemark>"
+        "<Placemark><name>tab&#9;and&#10;line</name><Point><coordinates>3,4</coordinates></Point></Placemark>"
+        "</kml>");
     // UTF-16 with its byte order mark, as the marker files are.
-    std::u16string mkrText = u"\uFEFFMarkers\r\nMarker (  -0.5   51.25  Café  Nord )\r\nMarker ( 2.5 48.75\tQuai )\r\n";
-    const fs::path mkr = input("café.mkr", std::string(reinterpret_cast<const char*>(mkrText.data()), mkrText.size() * 2));
+    std::u16string mkrText =
+        u"\uFEFFMarkers\r\nMarker (  -0.5   51.25  Café  Nord )\r\nMarker ( 2.5 48.75\tQuai )\r\n";
+    const fs::path mkr =
+        input("café.mkr", std::string(reinterpret_cast<const char*>(mkrText.data()), mkrText.size() * 2));
     const MarkerReport r = convert({kml, mkr});
     ASSERT_TRUE(r.ok);
     EXPECT_TRUE(r.problems.empty()) << joined(r.problems);
@@ -219,7 +236,8 @@ TEST_F(Markers, HostileNamesAndUtf16MarkerFiles) {
     EXPECT_EQ(ReadTextFile(m_save / "café.csv"), "-0.5,51.25,Caf\xE9 Nord\r\n2.5,48.75,Quai\r\n");
     // The .dcsv holds every name escaped and in UTF-8, and decodes.
     const std::string dcsv = ReadTextFile(m_save / "names.dcsv");
-    EXPECT_NE(dcsv.find(">A,_B_&amp;_&quot;C&quot;_&apos;D&apos;_&lt;E&gt;</Name>"), std::string::npos) << dcsv;
+    EXPECT_NE(dcsv.find(">A,_B_&amp;_&quot;C&quot;_&apos;D&apos;_&lt;E&gt;</Name>"), std::string::npos)
+        << dcsv;
     std::string bin;
     EXPECT_TRUE(xmlTextToBin(ReadTextFile(m_save / "café.dcsv"), bin));
     EXPECT_NE(ReadTextFile(m_save / "café.dcsv").find(">Café Nord</Name>"), std::string::npos);
@@ -271,8 +289,9 @@ TEST_F(Markers, OutsideAssetsConvertFullyAsksFirst) {
     EXPECT_FALSE(r.ok);
     EXPECT_FALSE(fs::exists(m_dir / "test" / "t.csv"));
     ASSERT_FALSE(m_ui.prompts.empty());
-    EXPECT_EQ(m_ui.prompts.back().text, "You are not saving into your Assets folder? If this is only a Test your .bin "
-                                         "file will be invalid.\nDo you wish to continue?");
+    EXPECT_EQ(m_ui.prompts.back().text,
+              "You are not saving into your Assets folder? If this is only a Test your .bin "
+              "file will be invalid.\nDo you wish to continue?");
     m_ui.pushAnswer(Answer::Yes);
     r = convert({gpx}, false, m_dir / "test");
     ASSERT_TRUE(r.ok);
@@ -312,29 +331,38 @@ TEST_F(Markers, ColoursTemplatesAndPaths) {
     EXPECT_EQ(pathBelowAssets(fs::path("/rw/assets/P/Q/RouteMarkers/x")), "P\\Q\\RouteMarkers\\x");
     EXPECT_EQ(pathBelowAssets(fs::path("/tmp/x")), "");
     // A named file's blueprint has no colour; the tokens of a value are not filled again.
-    const std::string xml = routeMarkerXml("aaaa|bbbb|cccc|dddd|eeee|ffff|gggg", "bbbb", "P\\cccc", true, {255, 255, 255});
+    const std::string xml =
+        routeMarkerXml("aaaa|bbbb|cccc|dddd|eeee|ffff|gggg", "bbbb", "P\\cccc", true, {255, 255, 255});
     EXPECT_EQ(xml, "bbbb|P\\cccc||0.0000|0.0000|0.0000|0.0000");
     // The templates shipped make a document that the codec takes.
     std::string bin;
-    EXPECT_TRUE(xmlTextToBin(routeMarkerXml(ReadTextFile(fs::path(VELMORA_SOURCE_DIR) / "data/Templates/routemarker.txt"),
-                                            "x", "P\\Q\\x", false, {1, 2, 3}),
-                             bin));
+    EXPECT_TRUE(xmlTextToBin(
+        routeMarkerXml(ReadTextFile(fs::path(VELMORA_SOURCE_DIR) / "data/Templates/routemarker.txt"), "x",
+                       "P\\Q\\x", false, {1, 2, 3}),
+        bin));
 }
 
 TEST_F(Markers, PrecisionOfADcsvComesBackFromItsSourceCsv) {
     const fs::path root = m_dir / "rw";
     m_ctx->setRailWorksOverride(root);
-    put(root / "Source" / "Me" / "Markers" / "RouteMarkers" / "exact.csv", "-0.123456789012,51.501234567891,A\r\n2.5,3.25,B\r\n");
+    put(root / "Source" / "Me" / "Markers" / "RouteMarkers" / "exact.csv",
+        "-0.123456789012,51.501234567891,A\r\n2.5,3.25,B\r\n");
     const fs::path dcsv = m_save / "exact.dcsv";
-    const std::string rounded = "<cCSVArray><CSVItem>\r\n<cCSVItem><X d:type=\"sFloat64\">-0.123457</X><Y d:type=\"sFloat64\">51.5012</Y><Name>A</Name></cCSVItem>\r\n"
-                                "<cCSVItem><X d:type=\"sFloat64\">2.5</X><Y d:type=\"sFloat64\">3.25</Y><Name>B</Name></cCSVItem>\r\n</CSVItem></cCSVArray>\r\n";
+    const std::string rounded =
+        "<cCSVArray><CSVItem>\r\n<cCSVItem><X d:type=\"sFloat64\">-0.123457</X><Y "
+        "d:type=\"sFloat64\">51.5012</Y><Name>A</Name></cCSVItem>\r\n"
+        "<cCSVItem><X d:type=\"sFloat64\">2.5</X><Y "
+        "d:type=\"sFloat64\">3.25</Y><Name>B</Name></cCSVItem>\r\n</CSVItem></cCSVArray>\r\n";
     put(dcsv, rounded);
     put(m_save / "orphan.dcsv", rounded);
     const MarkerReport r = improveDcsv(*m_ctx, {dcsv, m_save / "orphan.dcsv"});
     EXPECT_EQ(r.message, "Precision of .DCSV files has been improved, a backup has been made.");
-    EXPECT_EQ(joined(r.problems), "The original Source .csv for " + (m_save / "orphan.dcsv").string() + " could not be found\n");
+    EXPECT_EQ(joined(r.problems),
+              "The original Source .csv for " + (m_save / "orphan.dcsv").string() + " could not be found\n");
     const std::string now = ReadTextFile(dcsv);
-    EXPECT_NE(now.find(">-0.123456789012</X><Y d:type=\"sFloat64\">51.501234567891</Y><Name>A</Name>"), std::string::npos) << now;
+    EXPECT_NE(now.find(">-0.123456789012</X><Y d:type=\"sFloat64\">51.501234567891</Y><Name>A</Name>"),
+              std::string::npos)
+        << now;
     EXPECT_NE(now.find(">2.5</X>"), std::string::npos);
     EXPECT_EQ(ReadTextFile(m_save / "exact.dcsv.bak"), rounded);
     EXPECT_EQ(ReadTextFile(m_save / "orphan.dcsv"), rounded);
@@ -342,7 +370,8 @@ TEST_F(Markers, PrecisionOfADcsvComesBackFromItsSourceCsv) {
 
 TEST_F(Markers, MakeBlueprintFromTheShippedSources) {
     const fs::path out = m_dir / "blue";
-    MarkerReport r = makeMarkerBlueprint(*m_ctx, BlueKind::Route, "My \"Route\"", {"named", "series.CSV"}, out);
+    MarkerReport r =
+        makeMarkerBlueprint(*m_ctx, BlueKind::Route, "My \"Route\"", {"named", "series.CSV"}, out);
     ASSERT_TRUE(r.ok) << r.message;
     EXPECT_EQ(r.message, "Your template has been written to:-\n" + out.string());
     const std::string text = ReadTextFile(out / "My _Route_.xml");
@@ -352,7 +381,9 @@ TEST_F(Markers, MakeBlueprintFromTheShippedSources) {
     std::string bin;
     EXPECT_TRUE(xmlTextToBin(text, bin));
     r = makeMarkerBlueprint(*m_ctx, BlueKind::Series, "s", {"a"}, out);
-    EXPECT_NE(ReadTextFile(out / "s.xml").find("<MarkerSeriesCSV>\r\n\t\t\t\t<cCSVContainer>\r\n\t\t\t\t\t<CsvFile d:type=\"cDeltaString\">a.csv<"),
+    EXPECT_NE(ReadTextFile(out / "s.xml")
+                  .find("<MarkerSeriesCSV>\r\n\t\t\t\t<cCSVContainer>\r\n\t\t\t\t\t<CsvFile "
+                        "d:type=\"cDeltaString\">a.csv<"),
               std::string::npos);
     EXPECT_FALSE(makeMarkerBlueprint(*m_ctx, BlueKind::Named, "n", {""}, out).ok);
 }

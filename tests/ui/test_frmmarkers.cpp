@@ -2,6 +2,7 @@
 // the colour of the sliders, the modes' file lists, markers typed into a route, a blueprint
 // source made by hand, and the editor's menu entries that open them.
 
+#include "demoscreens.h"
 #include "editor/frmeditor.h"
 #include "routes/frmmarkers.h"
 #include "routes/frmmkre.h"
@@ -9,7 +10,6 @@
 #include "velmora/core/journal.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
-#include "demoscreens.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -20,7 +20,6 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QtTest>
-
 #include <filesystem>
 #include <fstream>
 #include <sys/stat.h>
@@ -51,7 +50,8 @@ private slots:
         m_gps = m_demo.dir / "gps";
         put(m_gps / "line.gpx", "<gpx><trk><trkseg><trkpt lat=\"46.5\" lon=\"8.591234567\"/>"
                                 "<trkpt lat=\"46.6\" lon=\"8.6\"/></trkseg></trk></gpx>");
-        put(m_gps / "line2.kml", "<kml><LineString><coordinates>8.591234567,46.5,0 8.6,46.6,0</coordinates></LineString></kml>");
+        put(m_gps / "line2.kml",
+            "<kml><LineString><coordinates>8.591234567,46.5,0 8.6,46.6,0</coordinates></LineString></kml>");
         put(m_gps / "line3.wpt", "OziExplorer\r\n1,1,46.5,8.591234567\r\n2,1,46.6,8.6\r\n");
         put(m_gps / "broken.gpx", "no xml at all");
         put(m_gps / "points.csv", "8.5,46.5,Göschenen\r\n");
@@ -72,7 +72,8 @@ private slots:
         screen.saveFolder()->setText(QString::fromStdString(m_save.string()));
         screen.sourceFolder()->setText(QString::fromStdString(m_gps.string()));
         screen.findChild<QPushButton*>("Command4")->click();
-        QVERIFY(m_demo.prompted("Now select your Marker Files\n(Must NOT be in the folder you are saving to)."));
+        QVERIFY(
+            m_demo.prompted("Now select your Marker Files\n(Must NOT be in the folder you are saving to)."));
         QVERIFY(fs::is_directory(m_ctx->tempFiles()));
         // The pattern's files only, and never the pipe.
         QCOMPARE(screen.pattern(), QString("*.kml;*.gpx;*.wpt;*.mkr;*.csv"));
@@ -85,8 +86,9 @@ private slots:
         screen.findChild<QPushButton*>("Command1")->click();
         QCOMPARE(screen.fileList()->selectedItems().size(), 5);
         screen.findChild<QPushButton*>("Command6")->click();
-        QVERIFY(m_demo.prompted("All selected Marker files have been converted to .csv files and are located\nin folder " +
-                                m_save.string()));
+        QVERIFY(m_demo.prompted(
+            "All selected Marker files have been converted to .csv files and are located\nin folder " +
+            m_save.string()));
         // The broken file is named; the rest is converted, the same points the same .csv.
         QCOMPARE(screen.lastReport().problems.size(), std::size_t(1));
         QVERIFY(screen.lastReport().problems[0].find("broken.gpx") != std::string::npos);
@@ -120,7 +122,8 @@ private slots:
         // The .csv and the broken file are named in the report.
         const auto& problems = screen.lastReport().problems;
         QCOMPARE(problems.size(), std::size_t(2));
-        QVERIFY(problems[1].find("points.csv: You have not selected a .kml,.wpt,.mkr or .gpx file?") != std::string::npos);
+        QVERIFY(problems[1].find("points.csv: You have not selected a .kml,.wpt,.mkr or .gpx file?") !=
+                std::string::npos);
     }
 
     void theModesPickTheFilesAndCommands() {
@@ -136,8 +139,10 @@ private slots:
         QVERIFY(!dcsv.findChild<QPushButton*>("Command5")->isHidden());
         QVERIFY(dcsv.findChild<QPushButton*>("Command6")->isHidden());
         // Process DCSV: the numbers come back from the .csv beside the Source tree.
-        put(m_demo.dir / "rw" / "Source" / "Me" / "Line" / "RouteMarkers" / "exact.csv", "8.591234567,46.5123456789,A\r\n");
-        put(m_save / "exact.dcsv", "<cCSVArray><X d:type=\"sFloat64\">8.59123</X><Y d:type=\"sFloat64\">46.5123</Y></cCSVArray>");
+        put(m_demo.dir / "rw" / "Source" / "Me" / "Line" / "RouteMarkers" / "exact.csv",
+            "8.591234567,46.5123456789,A\r\n");
+        put(m_save / "exact.dcsv",
+            "<cCSVArray><X d:type=\"sFloat64\">8.59123</X><Y d:type=\"sFloat64\">46.5123</Y></cCSVArray>");
         dcsv.sourceFolder()->setText(QString::fromStdString(m_save.string()));
         dcsv.Command4_Click();
         QVERIFY(!dcsv.fileList()->findItems("exact.dcsv", Qt::MatchExactly).isEmpty());
@@ -169,7 +174,8 @@ private slots:
         screen.findChild<QPushButton*>("Command4")->click();
         QVERIFY2(screen.lastReport().ok, screen.lastReport().message.c_str());
         QCOMPARE(screen.lastReport().files.size(), std::size_t(2));
-        QVERIFY(ReadTextFile(screen.lastReport().files[0]).find(">Signal &amp; Box</Name>") != std::string::npos);
+        QVERIFY(ReadTextFile(screen.lastReport().files[0]).find(">Signal &amp; Box</Name>") !=
+                std::string::npos);
         QVERIFY(screen.lastReport().files[0].parent_path().filename() == "RouteMarkers");
     }
 
@@ -183,7 +189,8 @@ private slots:
         screen.findChild<QPushButton*>("Command1")->click();
         QVERIFY(m_demo.prompted("Your template has been written to:-"));
         const std::string text = ReadTextFile(m_demo.dir / "bp" / "Whole line.xml");
-        QVERIFY(text.find(">named.csv<") != std::string::npos && text.find(">series.csv<") != std::string::npos);
+        QVERIFY(text.find(">named.csv<") != std::string::npos &&
+                text.find(">series.csv<") != std::string::npos);
     }
 
     void theEditorsMenuOpensTheMarkerScreens() {

@@ -2,13 +2,11 @@
 // what it could not take, with the line where there is one, so that one bad point never costs
 // the rest of the file.
 
-#include "velmora/routes/markers.h"
-
 #include "velmora/core/services.h"
+#include "velmora/routes/markers.h"
 
 #include <QByteArray>
 #include <QXmlStreamReader>
-
 #include <cctype>
 #include <charconv>
 #include <optional>
@@ -109,8 +107,8 @@ bool isNamed(const QXmlStreamReader& xml, const char* name) {
 bool notXml(GpsRead& read, const QXmlStreamReader& xml, const std::string& label, const char* kind) {
     if (!xml.hasError())
         return false;
-    read.problems.push_back(at(label, xml.lineNumber()) + ": is not a " + kind + " file: " +
-                            xml.errorString().toStdString());
+    read.problems.push_back(at(label, xml.lineNumber()) + ": is not a " + kind +
+                            " file: " + xml.errorString().toStdString());
     return true;
 }
 
@@ -198,7 +196,8 @@ GpsRead readKml(std::string_view text, const std::string& label, bool rings) {
                 name = xml.readElementText(QXmlStreamReader::IncludeChildElements).toStdString();
             } else if (isNamed(xml, "coordinates")) {
                 const long long line = xml.lineNumber();
-                const std::string block = xml.readElementText(QXmlStreamReader::IncludeChildElements).toStdString();
+                const std::string block =
+                    xml.readElementText(QXmlStreamReader::IncludeChildElements).toStdString();
                 if (track && lineDepth > 0) {
                     MarkerSet series;
                     coordinateBlock(read, series, block, at(label, line));
@@ -269,7 +268,8 @@ GpsRead readWpt(std::string_view text, const std::string& label) {
         take(read, set, {trimmed(parts[3]), trimmed(parts[2]), {}}, at(label, static_cast<long long>(i + 1)));
     }
     keep(read, std::move(set));
-    noPoints(read, label, started ? "holds no waypoints" : "holds no line with 1,1, where the waypoints begin");
+    noPoints(read, label,
+             started ? "holds no waypoints" : "holds no line with 1,1, where the waypoints begin");
     return read;
 }
 
@@ -279,11 +279,13 @@ GpsRead readMkr(std::string_view text, const std::string& label) {
     const std::string key = "Marker (";
     long long line = 1;
     std::size_t counted = 0;
-    for (std::size_t at0 = text.find(key); at0 != std::string_view::npos; at0 = text.find(key, at0 + key.size())) {
+    for (std::size_t at0 = text.find(key); at0 != std::string_view::npos;
+         at0 = text.find(key, at0 + key.size())) {
         for (; counted < at0; ++counted)
             line += text[counted] == '\n';
         std::size_t end = text.find_first_of("\r\n", at0);
-        std::string rest(text.substr(at0 + key.size(), end == std::string_view::npos ? end : end - at0 - key.size()));
+        std::string rest(
+            text.substr(at0 + key.size(), end == std::string_view::npos ? end : end - at0 - key.size()));
         // Blanks may come in runs; words are what the marker holds.
         std::string collapsed;
         for (char c : rest)
@@ -294,12 +296,14 @@ GpsRead readMkr(std::string_view text, const std::string& label) {
             rest = trimmed(std::string_view(rest).substr(0, rest.size() - 1));
         const std::size_t blank = rest.find(' ');
         const std::string longitude = rest.substr(0, blank);
-        std::string after = blank == std::string::npos ? std::string() : trimmed(std::string_view(rest).substr(blank + 1));
+        std::string after =
+            blank == std::string::npos ? std::string() : trimmed(std::string_view(rest).substr(blank + 1));
         std::size_t latEnd = after.find(' ');
         if (latEnd == std::string::npos)
             latEnd = after.find('\t');
         const std::string latitude = trimmed(std::string_view(after).substr(0, latEnd));
-        const std::string name = latEnd == std::string::npos ? std::string() : cleanName(after.substr(latEnd + 1));
+        const std::string name =
+            latEnd == std::string::npos ? std::string() : cleanName(after.substr(latEnd + 1));
         set.named = set.named || !name.empty();
         take(read, set, {longitude, latitude, name}, at(label, line));
     }
@@ -324,7 +328,8 @@ GpsRead readPointCsv(std::string_view text, const std::string& label) {
                                     "' has one field, not a longitude and a latitude; it was left out");
             continue;
         }
-        MarkerPoint p{trimmed(parts[0]), trimmed(parts[1]), parts.size() > 2 ? cleanName(parts[2]) : std::string()};
+        MarkerPoint p{trimmed(parts[0]), trimmed(parts[1]),
+                      parts.size() > 2 ? cleanName(parts[2]) : std::string()};
         set.named = set.named || !p.name.empty();
         take(read, set, std::move(p), at(label, static_cast<long long>(i + 1)));
     }

@@ -74,8 +74,10 @@ void writeFull(AppContext& ctx, const Templates& t, const MarkerSet& set, const 
     std::string bin;
     const ConvertResult converted = xmlTextToBin(xml, bin, xmlFile.string());
     if (!converted || bin.empty()) {
-        r.problems.push_back("Serz.exe could not convert file " + base + ".xml\nThis is a limitation of Serz.exe and "
-                             "out of my control. (" + converted.message + ")");
+        r.problems.push_back("Serz.exe could not convert file " + base +
+                             ".xml\nThis is a limitation of Serz.exe and "
+                             "out of my control. (" +
+                             converted.message + ")");
         return;
     }
     const fs::path binFile = folder / (base + ".bin");
@@ -173,7 +175,8 @@ std::vector<fs::path> markerFilesIn(const fs::path& folder, const std::vector<st
     return out;
 }
 
-MarkerReport convertMarkers(AppContext& ctx, const std::vector<fs::path>& inputs, const ConvertOptions& options) {
+MarkerReport convertMarkers(AppContext& ctx, const std::vector<fs::path>& inputs,
+                            const ConvertOptions& options) {
     MarkerReport r;
     UserInterface& ui = ctx.ui();
     if (options.saveFolder.empty()) {
@@ -187,14 +190,16 @@ MarkerReport convertMarkers(AppContext& ctx, const std::vector<fs::path>& inputs
         return r;
     }
     if (!options.csvOnly && pathBelowAssets(options.saveFolder / "x").empty() &&
-        ui.ask("You are not saving into your Assets folder? If this is only a Test your .bin file will be invalid.\n"
+        ui.ask("You are not saving into your Assets folder? If this is only a Test your .bin file will be "
+               "invalid.\n"
                "Do you wish to continue?",
                Buttons::YesNo, Icon::Warning) != Answer::Yes) {
         r.message = "Nothing was converted.";
         return r;
     }
-    JournalCommand entry(&ctx.journal(), (options.csvOnly ? "Process Marker files into " : "Convert Marker files into ") +
-                                             options.saveFolder.string());
+    JournalCommand entry(&ctx.journal(),
+                         (options.csvOnly ? "Process Marker files into " : "Convert Marker files into ") +
+                             options.saveFolder.string());
     ui.beginProgress("Converting Marker files", static_cast<std::int64_t>(inputs.size()));
     std::int64_t done = 0;
     for (const fs::path& input : inputs) {
@@ -225,9 +230,11 @@ MarkerReport convertMarkers(AppContext& ctx, const std::vector<fs::path>& inputs
     ui.progress(done, {});
     ui.endProgress();
     r.ok = !r.aborted;
-    r.message = r.aborted ? "Aborted: the files converted before stay converted."
-                          : "All selected Marker files have been converted to .csv files and are located\nin folder " +
-                                options.saveFolder.string();
+    r.message =
+        r.aborted
+            ? "Aborted: the files converted before stay converted."
+            : "All selected Marker files have been converted to .csv files and are located\nin folder " +
+                  options.saveFolder.string();
     return r;
 }
 
@@ -262,7 +269,8 @@ MarkerReport improveDcsv(AppContext& ctx, const std::vector<fs::path>& dcsvFiles
         const std::string below = pathBelowAssets(file);
         std::optional<fs::path> source;
         if (!below.empty() && below.size() > 4)
-            source = ctx.resolver.resolve(ctx.railWorks(), "Source\\" + below.substr(0, below.size() - 4) + "csv");
+            source =
+                ctx.resolver.resolve(ctx.railWorks(), "Source\\" + below.substr(0, below.size() - 4) + "csv");
         if (!source || !FileExists(*source)) {
             r.problems.push_back("The original Source .csv for " + file.string() + " could not be found");
             continue;
@@ -287,7 +295,8 @@ MarkerReport improveDcsv(AppContext& ctx, const std::vector<fs::path>& dcsvFiles
     return r;
 }
 
-std::string checkTypedMarker(const std::string& longitude, const std::string& latitude, const std::string& name) {
+std::string checkTypedMarker(const std::string& longitude, const std::string& latitude,
+                             const std::string& name) {
     if (longitude.empty())
         return "You have not given a longitude";
     if (latitude.empty())
@@ -308,17 +317,20 @@ fs::path routeMarkerFolder(AppContext& ctx, const RouteEntry& route, std::string
     if (pos)
         GetDetail(text, pos, "Product", product);
     if (provider.empty() || product.empty()) {
-        error = (route.path / "RouteProperties.xml").string() + ": names no BlueprintSetID with a Provider and Product";
+        error = (route.path / "RouteProperties.xml").string() +
+                ": names no BlueprintSetID with a Provider and Product";
         return {};
     }
-    return ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets\\" + fileNameFromText(shownName(provider)) + "\\" +
-                                                             fileNameFromText(shownName(product)) + "\\RouteMarkers");
+    return ctx.resolver.resolveForWrite(ctx.railWorks(), "Assets\\" + fileNameFromText(shownName(provider)) +
+                                                             "\\" + fileNameFromText(shownName(product)) +
+                                                             "\\RouteMarkers");
 }
 
 std::string freeMarkerName(const fs::path& folder, const std::string& base) {
     std::error_code ec;
     std::string name = base;
-    for (int n = 1; fs::exists(folder / (name + ".dcsv"), ec) || fs::is_symlink(folder / (name + ".dcsv"), ec); ++n)
+    for (int n = 1;
+         fs::exists(folder / (name + ".dcsv"), ec) || fs::is_symlink(folder / (name + ".dcsv"), ec); ++n)
         name = base + std::to_string(n);
     return name;
 }
@@ -342,8 +354,8 @@ MarkerReport saveRouteMarkers(AppContext& ctx, const RouteEntry& route, const Ro
             r.message = wrong;
             return r;
         }
-    const std::string base =
-        freeMarkerName(folder, fileNameFromText(options.baseName.empty() ? std::string("Markers") : options.baseName));
+    const std::string base = freeMarkerName(
+        folder, fileNameFromText(options.baseName.empty() ? std::string("Markers") : options.baseName));
     JournalCommand entry(&ctx.journal(), "Adding Markers to " + route.name);
     writeFull(ctx, t, set, folder, base, {}, r);
     if (options.clearBlueprintCaches)
@@ -351,7 +363,8 @@ MarkerReport saveRouteMarkers(AppContext& ctx, const RouteEntry& route, const Ro
             std::vector<fs::path> caches;
             std::error_code ec;
             for (fs::recursive_directory_iterator it(*assets, ec), end; !ec && it != end; it.increment(ec))
-                if (entryKind(*it) == EntryKind::File && iequals(it->path().filename().string(), "Blueprints.pak"))
+                if (entryKind(*it) == EntryKind::File &&
+                    iequals(it->path().filename().string(), "Blueprints.pak"))
                     caches.push_back(it->path());
             for (const fs::path& cache : caches)
                 if (const WriteResult w = ctx.files().remove(cache); !w)
@@ -366,9 +379,12 @@ MarkerReport saveRouteMarkers(AppContext& ctx, const RouteEntry& route, const Ro
 MarkerReport makeMarkerBlueprint(AppContext& ctx, BlueKind kind, const std::string& name,
                                  const std::vector<std::string>& csvNames, const fs::path& folder) {
     MarkerReport r;
-    const char* file = kind == BlueKind::Named ? "Blue_Named.xml" : kind == BlueKind::Series ? "Blue_Series.xml" : "Blue_Route.xml";
+    const char* file = kind == BlueKind::Named    ? "Blue_Named.xml"
+                       : kind == BlueKind::Series ? "Blue_Series.xml"
+                                                  : "Blue_Route.xml";
     const std::size_t needed = kind == BlueKind::Route ? 2 : 1;
-    if (name.empty() || csvNames.size() < needed || std::any_of(csvNames.begin(), csvNames.end(), [](const std::string& c) { return c.empty(); })) {
+    if (name.empty() || csvNames.size() < needed ||
+        std::any_of(csvNames.begin(), csvNames.end(), [](const std::string& c) { return c.empty(); })) {
         r.message = kind == BlueKind::Route ? "Give the blueprint's name and the names of both .csv files."
                                             : "Give the blueprint's name and the name of its .csv file.";
         return r;

@@ -1,11 +1,10 @@
 #include "frmmarkers.h"
 
-#include "frmmkre.h"
-
 #include "../common/backgroundjob.h"
 #include "../common/desktopui.h"
 #include "../common/frmreport.h"
 #include "../common/windowplace.h"
+#include "frmmkre.h"
 #include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 
@@ -17,7 +16,6 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QVBoxLayout>
-
 #include <algorithm>
 
 namespace velmora::ui {
@@ -25,7 +23,8 @@ namespace velmora::ui {
 frmMarkers::frmMarkers(AppContext& ctx, int markerMode, QWidget* parent)
     : QDialog(parent), m_ctx(ctx), m_mode(markerMode) {
     setObjectName("frmMarkers");
-    setWindowTitle(m_mode == 2 ? tr("Select the .dcsv files to improve") : tr("Select Folder for saving your Markers"));
+    setWindowTitle(m_mode == 2 ? tr("Select the .dcsv files to improve")
+                               : tr("Select Folder for saving your Markers"));
     rememberPlace(ctx, this, objectName(), {760, 560});
     m_text1 = new QLineEdit;
     m_text1->setObjectName("Text1");
@@ -83,7 +82,8 @@ frmMarkers::frmMarkers(AppContext& ctx, int markerMode, QWidget* parent)
         m_pattern = "*.dcsv";
         m_process->hide();
         m_full->hide();
-        m_dir1->setText(toQt(ctx.railWorks().string().empty() ? std::string() : (ctx.railWorks() / "Assets").string()));
+        m_dir1->setText(
+            toQt(ctx.railWorks().string().empty() ? std::string() : (ctx.railWorks() / "Assets").string()));
     } else {
         // Process DCSV works on the .dcsv list of its own mode; Process only where GPS files are listed.
         m_dcsv->hide();
@@ -108,12 +108,14 @@ void frmMarkers::HScroll1_Change() {
 }
 
 void frmMarkers::Command2_Click() {
-    if (const auto folder = m_ctx.ui().chooseFolder("Select Folder for saving your Markers", fromQt(m_text1->text())))
+    if (const auto folder =
+            m_ctx.ui().chooseFolder("Select Folder for saving your Markers", fromQt(m_text1->text())))
         m_text1->setText(toQt(folder->string()));
 }
 
 void frmMarkers::Command7_Click() {
-    if (const auto folder = m_ctx.ui().chooseFolder("Select the folder of your Marker Files", fromQt(m_dir1->text()))) {
+    if (const auto folder =
+            m_ctx.ui().chooseFolder("Select the folder of your Marker Files", fromQt(m_dir1->text()))) {
         m_dir1->setText(toQt(folder->string()));
         listFiles();
     }
@@ -182,8 +184,9 @@ void frmMarkers::convert(bool csvOnly) {
     options.colour = colour();
     routes::MarkerReport report;
     setEnabled(false);
-    const bool finished = runInBackground(m_ctx, csvOnly ? "Process" : "Convert Fully",
-                                          [&](UserInterface&) { report = routes::convertMarkers(m_ctx, files, options); });
+    const bool finished = runInBackground(m_ctx, csvOnly ? "Process" : "Convert Fully", [&](UserInterface&) {
+        report = routes::convertMarkers(m_ctx, files, options);
+    });
     setEnabled(true);
     report.aborted = report.aborted || !finished;
     showReport(report, csvOnly ? tr("Process") : tr("Convert Fully"));
@@ -208,7 +211,8 @@ void frmMarkers::Command5_Click() {
     }
     routes::MarkerReport report;
     setEnabled(false);
-    runInBackground(m_ctx, "Process DCSV", [&](UserInterface&) { report = routes::improveDcsv(m_ctx, files); });
+    runInBackground(m_ctx, "Process DCSV",
+                    [&](UserInterface&) { report = routes::improveDcsv(m_ctx, files); });
     setEnabled(true);
     showReport(report, tr("Process DCSV"));
 }

@@ -24,9 +24,9 @@ public:
     frmMarkers(AppContext& ctx, int markerMode, QWidget* parent = nullptr);
 
     int markerMode() const { return m_mode; }
-    QLineEdit* saveFolder() const { return m_text1; }    // Text1
-    QLineEdit* sourceFolder() const { return m_dir1; }   // the folder File1 lists
-    QListWidget* fileList() const { return m_file1; }    // File1
+    QLineEdit* saveFolder() const { return m_text1; }  // Text1
+    QLineEdit* sourceFolder() const { return m_dir1; } // the folder File1 lists
+    QListWidget* fileList() const { return m_file1; }  // File1
     QString pattern() const { return m_pattern; }
     routes::MarkerColour colour() const;
     // What the last command did, as the report showed it.

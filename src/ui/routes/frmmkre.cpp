@@ -25,7 +25,8 @@ QLineEdit* box(const char* name) {
     return e;
 }
 
-template <typename Screen> QPushButton* button(Screen* screen, const char* name, const QString& caption, void (Screen::*slot)()) {
+template <typename Screen>
+QPushButton* button(Screen* screen, const char* name, const QString& caption, void (Screen::*slot)()) {
     auto* b = new QPushButton(caption);
     b->setObjectName(name);
     QObject::connect(b, &QPushButton::clicked, screen, slot);
@@ -46,7 +47,8 @@ frmMKRE::frmMKRE(AppContext& ctx, QWidget* parent) : QDialog(parent), m_ctx(ctx)
     m_text2 = box("Text2");
     m_text3 = box("Text3");
     m_text = box("Text");
-    m_check1 = new QCheckBox(tr("Remove the Blueprints.pak files below Assets, so that the simulator rebuilds them"));
+    m_check1 = new QCheckBox(
+        tr("Remove the Blueprints.pak files below Assets, so that the simulator rebuilds them"));
     m_check1->setObjectName("Check1");
     m_label = new QLabel;
     m_label->setObjectName("Label1");
@@ -125,9 +127,10 @@ void frmMKRE::Command4_Click() {
     }
     options.clearBlueprintCaches =
         m_check1->isChecked() &&
-        m_ctx.ui().ask("Every Blueprints.pak file below Assets will be taken away, so that the simulator rebuilds its "
-                       "cache of blueprints. An undo brings them back.\nDo you wish to continue?",
-                       Buttons::YesNo) == Answer::Yes;
+        m_ctx.ui().ask(
+            "Every Blueprints.pak file below Assets will be taken away, so that the simulator rebuilds its "
+            "cache of blueprints. An undo brings them back.\nDo you wish to continue?",
+            Buttons::YesNo) == Answer::Yes;
     m_last = routes::saveRouteMarkers(m_ctx, *route, options);
     if (!m_last.problems.empty()) {
         std::string text;
@@ -168,7 +171,8 @@ frmBlue::frmBlue(AppContext& ctx, QWidget* parent) : QDialog(parent), m_ctx(ctx)
 }
 
 void frmBlue::Command2_Click() {
-    if (const auto folder = m_ctx.ui().chooseFolder("Select the folder for your blueprint", fromQt(m_folder->text())))
+    if (const auto folder =
+            m_ctx.ui().chooseFolder("Select the folder for your blueprint", fromQt(m_folder->text())))
         m_folder->setText(toQt(folder->string()));
 }
 

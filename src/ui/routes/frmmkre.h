@@ -52,7 +52,7 @@ class frmBlue : public QDialog {
     Q_OBJECT
 public:
     explicit frmBlue(AppContext& ctx, QWidget* parent = nullptr);
-    QComboBox* mode() const { return m_mode; }  // 1 named, 2 series, 3 route
+    QComboBox* mode() const { return m_mode; } // 1 named, 2 series, 3 route
     QLineEdit* name() const { return m_text[0]; }
     QLineEdit* csv(int i) const { return m_text[1 + i]; }
     QLineEdit* folder() const { return m_folder; }

@@ -34,7 +34,7 @@ struct MarkerSet {
 };
 
 struct GpsRead {
-    std::vector<MarkerSet> sets; // one output each; a track with several lines gives several
+    std::vector<MarkerSet> sets;       // one output each; a track with several lines gives several
     std::vector<std::string> problems; // each names the file, and the line where there is one
 };
 
@@ -81,14 +81,15 @@ struct MarkerReport {
 };
 
 struct ConvertOptions {
-    fs::path saveFolder;   // Text1
-    bool csvOnly = false;  // Process: the .csv only; else Convert Fully
-    MarkerColour colour;   // of series lines
+    fs::path saveFolder;  // Text1
+    bool csvOnly = false; // Process: the .csv only; else Convert Fully
+    MarkerColour colour;  // of series lines
 };
 
 // Process (csv only) or Convert Fully of the given files into the save folder, one journal
 // entry. Outside Assets, Convert Fully asks first whether to go on.
-MarkerReport convertMarkers(AppContext& ctx, const std::vector<fs::path>& inputs, const ConvertOptions& options);
+MarkerReport convertMarkers(AppContext& ctx, const std::vector<fs::path>& inputs,
+                            const ConvertOptions& options);
 
 // The marker files of a folder (the file list's pattern), regular files only, sorted.
 std::vector<fs::path> markerFilesIn(const fs::path& folder, const std::vector<std::string>& kinds);
@@ -102,7 +103,8 @@ std::string improvedDcsvText(std::string dcsv, std::string_view sourceCsv);
 
 // A point typed into the list: the three boxes checked, "You have not given a longitude" etc.
 // Empty when all were given.
-std::string checkTypedMarker(const std::string& longitude, const std::string& latitude, const std::string& name);
+std::string checkTypedMarker(const std::string& longitude, const std::string& latitude,
+                             const std::string& name);
 // <Assets>\<Provider>\<Product>\RouteMarkers of the route, from the first BlueprintSetID of its
 // RouteProperties.xml; empty with `error` set when the route names none.
 fs::path routeMarkerFolder(AppContext& ctx, const RouteEntry& route, std::string& error);
@@ -110,7 +112,7 @@ fs::path routeMarkerFolder(AppContext& ctx, const RouteEntry& route, std::string
 std::string freeMarkerName(const fs::path& folder, const std::string& base);
 
 struct RouteMarkerOptions {
-    std::string baseName;           // the file's name, before a running number
+    std::string baseName; // the file's name, before a running number
     std::vector<MarkerPoint> points;
     bool clearBlueprintCaches = false; // take the Blueprints.pak files below Assets away
 };
