@@ -358,6 +358,7 @@ MarkerReport saveRouteMarkers(AppContext& ctx, const RouteEntry& route, const Ro
         folder, fileNameFromText(options.baseName.empty() ? std::string("Markers") : options.baseName));
     JournalCommand entry(&ctx.journal(), "Adding Markers to " + route.name);
     writeFull(ctx, t, set, folder, base, {}, r);
+    std::size_t removed = 0;
     if (options.clearBlueprintCaches)
         if (const auto assets = ctx.resolver.resolve(ctx.railWorks(), "Assets")) {
             std::vector<fs::path> caches;
@@ -369,10 +370,15 @@ MarkerReport saveRouteMarkers(AppContext& ctx, const RouteEntry& route, const Ro
             for (const fs::path& cache : caches)
                 if (const WriteResult w = ctx.files().remove(cache); !w)
                     r.problems.push_back(w.message);
+                else
+                    ++removed;
         }
     r.ok = r.problems.empty();
     r.message = r.ok ? "Adding Markers to " + route.name + ": " + base + " is in " + folder.string()
                      : "Adding Markers to " + route.name + " did not go through whole.";
+    if (options.clearBlueprintCaches)
+        r.message += "\n" + std::to_string(removed) +
+                     " Blueprints.pak file(s) taken away; the simulator rebuilds them.";
     return r;
 }
 
