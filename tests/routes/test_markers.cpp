@@ -13,6 +13,7 @@
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -386,6 +387,56 @@ TEST_F(Markers, MakeBlueprintFromTheShippedSources) {
                         "d:type=\"cDeltaString\">a.csv<"),
               std::string::npos);
     EXPECT_FALSE(makeMarkerBlueprint(*m_ctx, BlueKind::Named, "n", {""}, out).ok);
+}
+
+// Whatever the bytes, every point read is a pair of numbers in range, its .csv reads back the
+// same and its .dcsv encodes: cut and scrambled forms of every kind of file.
+TEST_F(Markers, ReadersKeepTheirPromisesOnScrambledInput) {
+    const std::string hdr = ReadTextFile(fs::path(VELMORA_SOURCE_DIR) / "data/Templates/DCSVHeader.txt");
+    const std::string body = ReadTextFile(fs::path(VELMORA_SOURCE_DIR) / "data/Templates/DCSVBody.txt");
+    const std::string mkr = "Marker ( -0.5 51.25 Caf\xE9 \"N\" )\r\nMarker ( 2.5 48.75\tQuai & <x> )\r\n";
+    const std::string kml =
+        "<kml><Placemark><name>A &amp; B</name><Point><coordinates>1,2,0</coordinates></Point>"
+        "</Placemark></kml>";
+    std::mt19937 random(20261124);
+    std::size_t points = 0;
+    for (const std::string& seed :
+         {std::string(kGpx), std::string(kKml), kml, std::string(kWpt), mkr, std::string(kCsv)})
+        for (int round = 0; round < 400; ++round) {
+            std::string text = seed;
+            const int changes = 1 + static_cast<int>(random() % 4);
+            for (int c = 0; c < changes && !text.empty(); ++c) {
+                const std::size_t at = random() % text.size();
+                switch (random() % 4) {
+                case 0:
+                    text[at] = static_cast<char>(random() % 256);
+                    break;
+                case 1:
+                    text.erase(at, 1 + random() % 8);
+                    break;
+                case 2:
+                    text.insert(at, std::string(1, "<>,&\"' \t\r\n0-.e"[random() % 16]));
+                    break;
+                default:
+                    text.resize(at);
+                    break;
+                }
+            }
+            for (const GpsRead& read : {readKml(text, "f", true), readGpx(text, "f"), readWpt(text, "f"),
+                                        readMkr(text, "f"), readPointCsv(text, "f")})
+                for (const MarkerSet& set : read.sets) {
+                    ASSERT_FALSE(set.points.empty());
+                    points += set.points.size();
+                    const std::string csv = pointCsvText(set);
+                    const GpsRead back = readPointCsv(csv, "back");
+                    ASSERT_EQ(back.sets.size(), 1u) << csv;
+                    EXPECT_EQ(pointCsvText(back.sets[0]), csv);
+                    EXPECT_TRUE(back.problems.empty()) << joined(back.problems);
+                    std::string bin;
+                    EXPECT_TRUE(xmlTextToBin(dcsvText(hdr, body, set, "f"), bin)) << csv;
+                }
+        }
+    EXPECT_GT(points, 1000u);
 }
 
 class RouteMarkers : public Markers {
