@@ -40,6 +40,8 @@ std::vector<Command> allCommands() {
           searchReplaceCommands(), textureCommands(), backupCommands(), physicsCommands(), routeSubstituteCommands(),
           routeEditCommands()})
         all.insert(all.end(), group.begin(), group.end());
+    const std::vector<Command> markers = markerCommands();
+    all.insert(all.end(), markers.begin(), markers.end());
     return all;
 }
 

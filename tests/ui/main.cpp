@@ -29,6 +29,7 @@ int runTestFrmGFX2(int argc, char** argv);
 int runTestPhysics(int argc, char** argv);
 int runTestSubstitution(int argc, char** argv);
 int runTestFrmDelRouteEdits(int argc, char** argv);
+int runTestFrmMarkers(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -41,5 +42,6 @@ int main(int argc, char** argv) {
                      runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus,
                      runTestFrmGFX2, runTestPhysics, runTestSubstitution, runTestFrmDelRouteEdits})
         failed += run(argc, argv);
+    failed += runTestFrmMarkers(argc, argv);
     return failed == 0 ? 0 : 1;
 }

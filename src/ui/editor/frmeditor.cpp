@@ -14,6 +14,8 @@
 #include "../archives/frmassetsap.h"
 #include "../routes/frmdelroute.h"
 #include "../routes/frmprovider.h"
+#include "../routes/frmmarkers.h"
+#include "../routes/frmmkre.h"
 #include "../scenarios/frmshowroutes.h"
 #include "../textures/frmgfx2.h"
 #include "dialogs.h"
@@ -399,6 +401,17 @@ void frmEditor::connectCommands() {
     wire("mnuIdent", &frmEditor::mnuIdent_Click);
     wire("mnuDelRoute", &frmEditor::mnuDelRoute_Click);
     wire("mnuAddProv", &frmEditor::mnuAddProv_Click);
+    // The marker screen, modal, in the mode each entry names; a fresh one each time.
+    for (const auto& [entry, mode] : {std::pair{"mnuMultiMarker", 1}, std::pair{"mnuMkrDCSV", 3}, std::pair{"mnuCSV2DCSV", 4}}) {
+        connect(action(entry), &QAction::triggered, this, [this, mode = mode] {
+            auto* screen = new frmMarkers(m_ctx, mode, this);
+            screen->setAttribute(Qt::WA_DeleteOnClose);
+            screen->setWindowModality(Qt::ApplicationModal);
+            screen->show();
+        });
+        action(entry)->setEnabled(true);
+    }
+    liveTool<frmMKRE>("mnuMkRW", [this] { return new frmMKRE(m_ctx, this); });
     wire("mnuOstrand", &frmEditor::mnuOstrand_Click);
     wire("mnuEC", &frmEditor::mnuEC_Click);
     wire("mnuBuildCon", &frmEditor::mnuBuildCon_Click);

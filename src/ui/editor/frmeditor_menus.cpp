@@ -169,7 +169,7 @@ const Waiting kWaiting[] = {
     {{"mnuDDS"}, "Works while a texture is open"},
     {{"mnuView", "mnuEditDDS"}, "Works once the open texture is converted to .dds"},
     {{"mnuDRS", "mnuRouteInfo", "mnuMap"}, "Waits for the route editing tools"},
-    {{"mnuMultiMarker", "mnuMkrDCSV", "mnuCSV2DCSV", "mnuMkRW", "mnuNoMarkers"}, "Waits for the marker tools"},
+    {{"mnuNoMarkers"}, "Waits for the marker tools"},
     {{"mnuDeveloper", "mnuDevFolders"}, "Waits for the developer folder tools"},
     {{"mnuPackAss", "mnuReskin", "mnuPack", "mnuPackSce"}, "Waits for the packaging tools"},
     {{"mnuSP"}, "Not needed here: pictures are shown without SuperPicture2.ocx"},
