@@ -11,7 +11,7 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD="${VELMORA_FUZZ_BUILD_DIR:-$ROOT/build-fuzz}"
 SECONDS_EACH="${FUZZ_SECONDS:-30}"
 SEEDS="$ROOT/fuzz/seeds"
-TARGETS="${FUZZ_TARGETS:-decode encode texture archive settings lists vdf xmltext tree tile}"
+TARGETS="${FUZZ_TARGETS:-decode encode texture archive settings lists vdf xmltext tree tile consists markers}"
 
 if ! command -v clang++ >/dev/null; then
   echo "fuzz: clang++ is not installed; skipping" >&2

@@ -175,9 +175,10 @@ GpsRead readKml(std::string_view text, const std::string& label, bool rings) {
         for (char& c : shown)
             if (c == ' ')
                 c = '_';
-        const auto parts = fields(trimmed(coords), 3);
+        const std::string text = trimmed(coords); // the fields are views into it
+        const auto parts = fields(text, 3);
         if (parts.size() < 2)
-            read.problems.push_back(at(label, coordsLine) + ": the coordinates '" + trimmed(coords) +
+            read.problems.push_back(at(label, coordsLine) + ": the coordinates '" + text +
                                     "' hold no latitude; the point was left out");
         else
             take(read, points, {trimmed(parts[0]), trimmed(parts[1]), shown.empty() ? "NoName" : shown},
