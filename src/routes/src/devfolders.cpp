@@ -146,12 +146,12 @@ RouteJob gatherRouteAssets(AppContext& ctx, const std::string& routeName, UserIn
         ui->beginProgress("Copying the assets of " + routeName, static_cast<std::int64_t>(sources.size()));
     std::size_t copied = 0;
     for (std::size_t i = 0; i < sources.size(); ++i) {
+        if (ui)
+            ui->progress(static_cast<std::int64_t>(i));
         if (ui && ui->cancelled()) {
             job.notes.push_back("Stopped by Abort after " + std::to_string(copied) + " file(s).");
             break;
         }
-        if (ui)
-            ui->progress(static_cast<std::int64_t>(i));
         const std::string relative = fromAssets(sources[i], root);
         std::error_code ec;
         const auto found = relative.empty() ? std::nullopt : ctx.resolver.resolve(root, relative);
