@@ -38,7 +38,8 @@ std::vector<Command> allCommands() {
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands(),
           searchReplaceCommands(), textureCommands(), backupCommands(), physicsCommands(), routeSubstituteCommands(),
-          routeEditCommands()})
+          routeEditCommands(),
+          routeTemplateCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

@@ -106,6 +106,7 @@ std::vector<Command> textureCommands();
 std::vector<Command> backupCommands();
 std::vector<Command> physicsCommands();
 std::vector<Command> routeEditCommands();
+std::vector<Command> routeTemplateCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 
