@@ -360,6 +360,22 @@ TEST_F(RouteTemplates, AThumbnailAndItsMetadataAreWrittenIntoThePreLoadFolder) {
     EXPECT_FALSE(fs::exists(r.preload / "ValleyMetadata.bin"));
 }
 
+TEST_F(RouteTemplates, AThumbnailWhoseMetadataCannotBeWrittenLeavesNoPictureBehind) {
+    ThumbnailRequest r;
+    r.dds = m_dir / "pic.dds";
+    ASSERT_TRUE(WriteTextFile(r.dds, ddsPicture(256, 128, 6)));
+    r.preload = rw() / "Assets" / "DemoRail" / "Class66Pack" / "PreLoad";
+    r.metadata = "Meta";
+    test::FaultyFiles faults(WriteStep::Create, std::errc::no_space_on_device, 1); // the second file
+    m_ctx->files().setFileOps(&faults);
+    const RouteJob job = makeThumbnail(*m_ctx, r);
+    m_ctx->files().setFileOps(nullptr);
+    EXPECT_FALSE(job.ok);
+    EXPECT_NE(job.message.find("Meta.bin"), std::string::npos) << job.message;
+    EXPECT_FALSE(fs::exists(r.preload / "pic.TgPcDx"));
+    EXPECT_FALSE(fs::exists(r.preload / "Meta.bin"));
+}
+
 TEST_F(RouteTemplates, AWrongThumbnailIsRefusedNamingTheFileAndWritesNothing) {
     ThumbnailRequest r;
     r.preload = rw() / "Assets" / "DemoRail" / "Class66Pack" / "PreLoad";
