@@ -38,10 +38,9 @@ std::vector<Command> allCommands() {
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands(),
           searchReplaceCommands(), textureCommands(), backupCommands(), physicsCommands(), routeSubstituteCommands(),
-          routeEditCommands()})
+          routeEditCommands(),
+          routeTemplateCommands(), markerCommands()})
         all.insert(all.end(), group.begin(), group.end());
-    const std::vector<Command> markers = markerCommands();
-    all.insert(all.end(), markers.begin(), markers.end());
     return all;
 }
 

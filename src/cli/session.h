@@ -107,6 +107,7 @@ std::vector<Command> backupCommands();
 std::vector<Command> physicsCommands();
 std::vector<Command> routeEditCommands();
 std::vector<Command> markerCommands();
+std::vector<Command> routeTemplateCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

@@ -30,6 +30,7 @@ int runTestPhysics(int argc, char** argv);
 int runTestSubstitution(int argc, char** argv);
 int runTestFrmDelRouteEdits(int argc, char** argv);
 int runTestFrmMarkers(int argc, char** argv);
+int runTestFrmRoute(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -40,8 +41,8 @@ int main(int argc, char** argv) {
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
                      runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch,
                      runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus,
-                     runTestFrmGFX2, runTestPhysics, runTestSubstitution, runTestFrmDelRouteEdits})
+                     runTestFrmGFX2, runTestPhysics, runTestSubstitution, runTestFrmDelRouteEdits,
+                     runTestFrmRoute, runTestFrmMarkers})
         failed += run(argc, argv);
-    failed += runTestFrmMarkers(argc, argv);
     return failed == 0 ? 0 : 1;
 }

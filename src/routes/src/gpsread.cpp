@@ -175,10 +175,10 @@ GpsRead readKml(std::string_view text, const std::string& label, bool rings) {
         for (char& c : shown)
             if (c == ' ')
                 c = '_';
-        const std::string text = trimmed(coords); // the fields are views into it
-        const auto parts = fields(text, 3);
+        const std::string coordsText = trimmed(coords); // the fields are views into it
+        const auto parts = fields(coordsText, 3);
         if (parts.size() < 2)
-            read.problems.push_back(at(label, coordsLine) + ": the coordinates '" + text +
+            read.problems.push_back(at(label, coordsLine) + ": the coordinates '" + coordsText +
                                     "' hold no latitude; the point was left out");
         else
             take(read, points, {trimmed(parts[0]), trimmed(parts[1]), shown.empty() ? "NoName" : shown},

@@ -18,6 +18,8 @@
 #include "../routes/frmmkre.h"
 #include "../scenarios/frmshowroutes.h"
 #include "../textures/frmgfx2.h"
+#include "../routes/frmroute.h"
+#include "../routes/frmsetas.h"
 #include "dialogs.h"
 #include "dlgsearch.h"
 #include "texturemenus.h"
@@ -428,6 +430,27 @@ void frmEditor::connectCommands() {
     wire("mnuSelRW", &frmEditor::mnuSelRW_Click);
     wire("mnuVer", &frmEditor::mnuVer_Click);
     wire("mnuWeb", &frmEditor::mnuWeb_Click);
+    // Route templates, the route's own pages (buttons of the route screen) and developer folders.
+    auto enable = [this](const char* name) {
+        action(name)->setEnabled(true);
+        return action(name);
+    };
+    connect(enable("mnuDRS"), &QAction::triggered, this, [this] {
+        auto* screen = new frmRoute(m_ctx, this);
+        screen->setAttribute(Qt::WA_DeleteOnClose);
+        screen->show();
+    });
+    for (const char* page : {"mnuRouteInfo", "mnuMap"})
+        connect(enable(page), &QAction::triggered, this, [this, page] {
+            mnuDelRoute_Click();
+            if (auto* button = m_routeScreen->findChild<QPushButton*>(page))
+                button->setFocus();
+        });
+    connect(enable("mnuDeveloper"), &QAction::triggered, this, [this] {
+        frmSetAS screen(m_ctx, this);
+        screen.exec();
+    });
+    connect(enable("mnuDevFolders"), &QAction::triggered, this, [this] { velmora::ui::mnuDevFolders_Click(m_ctx); });
     // The texture conversions of the Graphics Tools menu, on the open texture.
     connect(action("mnuOpenTex"), &QAction::triggered, this, [this] {
         if (const auto path = choosePath("Open RS Texture files", "RS Files (*.TgPcDx)|*.TgPcDx")) {

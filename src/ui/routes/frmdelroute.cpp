@@ -70,6 +70,11 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
         {"Command2", 0, "Delete Selected Scenario(s)", &frmDelRoute::Command2_Click},
         {"mnuTex", 0, "Remove terrain textures", &frmDelRoute::mnuTex_Click},
         {"Command20", 0, "Command20", &frmDelRoute::Command20_Click},
+        {"Command11", 0, "View Route Details", &frmDelRoute::Command11_Click},
+        {"Command25", 0, "Check Route Template", &frmDelRoute::Command25_Click},
+        {"mnuCRF", 0, "Make Asset Folder", &frmDelRoute::mnuCRF_Click},
+        {"mnuRouteInfo", 0, "Add Route Description", &frmDelRoute::mnuRouteInfo_Click},
+        {"mnuMap", 0, "Add Route Loading Picture", &frmDelRoute::mnuMap_Click},
     };
     auto* grid = new QGridLayout;
     int i = 0;

@@ -76,9 +76,17 @@ public slots:
     void OKButton_Click();  // Delete Selected Route (delete mode)
     void Command2_Click();  // Delete Selected Scenario(s)
     void mnuTex_Click();    // Remove terrain textures: opens frmMix on the route's MixMap folder
+    // The route template and the route's own pages (frmdelroute_template.cpp).
+    void Command11_Click();    // View Route Details: frmRouteDetails
+    void Command25_Click();    // Check Route Template
+    void mnuCRF_Click();       // Make Asset Folder
+    void mnuRouteInfo_Click(); // Add Route Description: frmDesc
+    void mnuMap_Click();       // Add Route Loading Picture: frmThumbnail
 
     // The mix map screen mnuTex opened last, while it is open.
     QDialog* mixScreen() const { return m_mix; }
+    // The details, description or picture screen opened last, while it is open.
+    QDialog* routePage() const { return m_routePage; }
 
 private:
     const routes::RouteEntry* selectedRoute();
@@ -119,6 +127,7 @@ private:
     QPointer<frmResults> m_results;
     QString m_resultsTitle;
     QPointer<QDialog> m_mix;
+    QPointer<QDialog> m_routePage; // the details, description or picture screen opened last
     AbortableUi m_work; // the check's channel: the screen's Abort as well as the progress bar's
 };
 
