@@ -106,6 +106,7 @@ std::vector<Command> textureCommands();
 std::vector<Command> backupCommands();
 std::vector<Command> physicsCommands();
 std::vector<Command> routeEditCommands();
+std::vector<Command> packageCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 
