@@ -84,7 +84,7 @@ std::string joined(const std::vector<std::string>& fields) {
 }
 
 // Empty lamp fields: a known variant, or a blueprint that is not there to read.
-std::string emptyLampFields() { return std::string(16, ','); }
+std::string emptyLampFields() { return std::string(17, ','); }
 
 } // namespace
 
