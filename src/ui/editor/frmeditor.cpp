@@ -415,6 +415,7 @@ void frmEditor::connectCommands() {
     wire("mnuSelRW", &frmEditor::mnuSelRW_Click);
     wire("mnuVer", &frmEditor::mnuVer_Click);
     wire("mnuWeb", &frmEditor::mnuWeb_Click);
+    connectPackaging();
     // The texture conversions of the Graphics Tools menu, on the open texture.
     connect(action("mnuOpenTex"), &QAction::triggered, this, [this] {
         if (const auto path = choosePath("Open RS Texture files", "RS Files (*.TgPcDx)|*.TgPcDx")) {
