@@ -29,6 +29,7 @@ int runTestFrmGFX2(int argc, char** argv);
 int runTestPhysics(int argc, char** argv);
 int runTestSubstitution(int argc, char** argv);
 int runTestFrmDelRouteEdits(int argc, char** argv);
+int runTestPackaging(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -39,7 +40,8 @@ int main(int argc, char** argv) {
                      runTestConsistTransfer, runTestBatchSwap, runTestScenarioDetails, runTestNamedConsist,
                      runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch,
                      runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus,
-                     runTestFrmGFX2, runTestPhysics, runTestSubstitution, runTestFrmDelRouteEdits})
+                     runTestFrmGFX2, runTestPhysics, runTestSubstitution, runTestFrmDelRouteEdits,
+                     runTestPackaging})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }
