@@ -11,7 +11,6 @@
 #include "velmora/routes/routecheck.h"
 
 #include <benchmark/benchmark.h>
-
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
@@ -37,7 +36,8 @@ void BM_PackageRouteWithAssets(benchmark::State& state) {
     }
     routes::RouteCheckOptions deep;
     deep.deep = true;
-    routes::saveRouteReports(ctx, routes::RouteCheck(ctx, *route, routes::listScenarios(ctx, *route)).run(deep));
+    routes::saveRouteReports(ctx,
+                             routes::RouteCheck(ctx, *route, routes::listScenarios(ctx, *route)).run(deep));
 
     packaging::PackageOptions options;
     options.base = work / "packages";
@@ -65,14 +65,16 @@ void BM_PackageRouteWithAssets(benchmark::State& state) {
                 list += row.path.substr(10) + '\n';
         std::ofstream(work / "files.txt") << list;
         fs::create_directories(copies);
-        const std::string command = "cd '" + root.string() + "' && xargs -d '\\n' -a '" + (work / "files.txt").string() +
-                                    "' cp -a --parents -t '" + copies.string() + "'";
+        const std::string command = "cd '" + root.string() + "' && xargs -d '\\n' -a '" +
+                                    (work / "files.txt").string() + "' cp -a --parents -t '" +
+                                    copies.string() + "'";
         const auto cpStart = std::chrono::steady_clock::now();
         if (std::system(command.c_str()) != 0) {
             state.SkipWithError("cp -a failed");
             return;
         }
-        const double copied = std::chrono::duration<double>(std::chrono::steady_clock::now() - cpStart).count();
+        const double copied =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - cpStart).count();
         state.SetIterationTime(made);
         packageSeconds += made;
         cpSeconds += copied;

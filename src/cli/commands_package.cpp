@@ -3,7 +3,6 @@
 // request, with a report of what was copied, left out and missing.
 
 #include "session.h"
-
 #include "velmora/core/textboundary.h"
 #include "velmora/packaging/packaging.h"
 
@@ -40,7 +39,8 @@ int finish(Session& s, const Arguments& a, packaging::PackageReport r) {
     return r.problems.empty() ? Success : ProblemsFound;
 }
 
-const routes::RouteEntry* findRouteArg(Session& s, const std::string& which, std::vector<routes::RouteEntry>& all) {
+const routes::RouteEntry* findRouteArg(Session& s, const std::string& which,
+                                       std::vector<routes::RouteEntry>& all) {
     s.start();
     if (!s.requireRoot())
         return nullptr;
@@ -53,7 +53,8 @@ const routes::RouteEntry* findRouteArg(Session& s, const std::string& which, std
 
 // The route with its assets (--with-assets), or its assets alone.
 int routePackage(Session& s, bool assetsOnly) {
-    const Arguments a = parseArguments(s.g.rest, kValues, assetsOnly ? std::vector<std::string>{"--zip", "--json"} : kFlags);
+    const Arguments a =
+        parseArguments(s.g.rest, kValues, assetsOnly ? std::vector<std::string>{"--zip", "--json"} : kFlags);
     if (!a.problem.empty() || a.plain.size() != 1)
         return s.fail(!a.problem.empty() ? a.problem : "needs the route: its folder or its name");
     std::vector<routes::RouteEntry> all;
@@ -62,17 +63,24 @@ int routePackage(Session& s, bool assetsOnly) {
         return Error;
     packaging::PackageState state;
     const auto options = optionsOf(a);
-    return finish(s, a, assetsOnly ? packaging::packageRouteAssets(s.ctx, *route, state, options, &s.ui)
-                                   : packaging::packageRoute(s.ctx, *route, state, options, &s.ui, a.has("--with-assets")));
+    return finish(
+        s, a,
+        assetsOnly ? packaging::packageRouteAssets(s.ctx, *route, state, options, &s.ui)
+                   : packaging::packageRoute(s.ctx, *route, state, options, &s.ui, a.has("--with-assets")));
 }
 
-int cmdPackageRoute(Session& s) { return routePackage(s, false); }
-int cmdPackageRouteAssets(Session& s) { return routePackage(s, true); }
+int cmdPackageRoute(Session& s) {
+    return routePackage(s, false);
+}
+int cmdPackageRouteAssets(Session& s) {
+    return routePackage(s, true);
+}
 
 int cmdPackageScenarios(Session& s) {
     const Arguments a = parseArguments(s.g.rest, kValues, {"--zip", "--json"});
     if (!a.problem.empty() || a.plain.size() < 2)
-        return s.fail(!a.problem.empty() ? a.problem : "needs the route and at least one scenario (folder or name)");
+        return s.fail(!a.problem.empty() ? a.problem
+                                         : "needs the route and at least one scenario (folder or name)");
     std::vector<routes::RouteEntry> all;
     const routes::RouteEntry* route = findRouteArg(s, a.plain.front(), all);
     if (!route)
@@ -82,9 +90,10 @@ int cmdPackageScenarios(Session& s) {
     packaging::ScenarioPackage package(s.ctx, state);
     for (std::size_t i = 1; i < a.plain.size(); ++i) {
         const std::string& which = a.plain[i];
-        const auto found = std::find_if(scenarios.begin(), scenarios.end(), [&](const routes::ScenarioEntry& e) {
-            return e.folder == which || sameName(e.name, which);
-        });
+        const auto found =
+            std::find_if(scenarios.begin(), scenarios.end(), [&](const routes::ScenarioEntry& e) {
+                return e.folder == which || sameName(e.name, which);
+            });
         if (found == scenarios.end())
             return s.fail("no scenario with the folder or name '" + which + "' in " + shown(route->name));
         const std::string said = package.add(*route, *found, &s.ui);
@@ -115,22 +124,28 @@ int cmdPackageReskins(Session& s) {
         return s.fail(!a.problem.empty() ? a.problem : "needs the reskin's folder");
     const auto original = a.value("--original");
     if (!original)
-        return s.fail("You do not appear to have selected the folder of your Original object. (--original FOLDER)");
+        return s.fail(
+            "You do not appear to have selected the folder of your Original object. (--original FOLDER)");
     s.start();
     if (!s.requireRoot())
         return Error;
     packaging::PackageState state;
-    return finish(s, a, packaging::packageReskin(s.ctx, fs::absolute(a.plain.front()), fs::absolute(*original), state,
-                                                  optionsOf(a), &s.ui));
+    return finish(s, a,
+                  packaging::packageReskin(s.ctx, fs::absolute(a.plain.front()), fs::absolute(*original),
+                                           state, optionsOf(a), &s.ui));
 }
 
 const char* const kPackageHelp =
     "The package is made in <program folder>/<package name> (or DIR/<package name> with --to), mirroring the "
-    "simulator's root below RailWorks, with VL_RouteSetup.exe or VL_AssetSetup.exe when the installer lies in the "
-    "program's folder, and PackageContents.txt listing every file with its size and SHA-256. A package folder inside "
-    "the simulator's folder, or one without room, is refused before anything is copied. --zip makes <package>.zip "
+    "simulator's root below RailWorks, with VL_RouteSetup.exe or VL_AssetSetup.exe when the installer lies "
+    "in the "
+    "program's folder, and PackageContents.txt listing every file with its size and SHA-256. A package "
+    "folder inside "
+    "the simulator's folder, or one without room, is refused before anything is copied. --zip makes "
+    "<package>.zip "
     "beside it. --json gives {\"folder\", \"copied\", \"unchanged\", \"written\", \"leftOut\", \"missing\", "
-    "\"problems\", \"notes\", \"bytes\", \"files\", \"check\", \"zip\"}. One undo takes the package back. Exit 2 when "
+    "\"problems\", \"notes\", \"bytes\", \"files\", \"check\", \"zip\"}. One undo takes the package back. "
+    "Exit 2 when "
     "refused, 1 when a file could not be copied.";
 
 } // namespace
@@ -138,14 +153,15 @@ const char* const kPackageHelp =
 std::vector<Command> packageCommands() {
     return {
         {"package route", "ROUTE [--to DIR] [--zip] [--with-assets] [--json]",
-         "packages a route folder with its template (and, --with-assets, the assets its check's reports name)",
+         "packages a route folder with its template (and, --with-assets, the assets its check's reports "
+         "name)",
          cmdPackageRoute, true, kPackageHelp},
         {"package route-assets", "ROUTE [--to DIR] [--zip] [--json]",
          "packages the assets a route uses, from the four reports of its check (route check --deep)",
          cmdPackageRouteAssets, true, kPackageHelp},
         {"package scenarios", "ROUTE SCENARIO... [--to DIR] [--zip] [--json]",
-         "packages scenarios of a route with Scenario.yyy and the stock list Scenario.qqq", cmdPackageScenarios, true,
-         kPackageHelp},
+         "packages scenarios of a route with Scenario.yyy and the stock list Scenario.qqq",
+         cmdPackageScenarios, true, kPackageHelp},
         {"package assets", "FOLDER... [--to DIR] [--zip] [--json]",
          "packages asset folders with AssetSetup.ggg and Scenario.yyy", cmdPackageAssets, true, kPackageHelp},
         {"package reskins", "RESKIN_FOLDER --original FOLDER [--to DIR] [--zip] [--json]",

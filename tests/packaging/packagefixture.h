@@ -5,13 +5,11 @@
 #include "velmora/core/appcontext.h"
 #include "velmora/core/userinterface.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <memory>
 #include <string>
-
 #include <unistd.h>
 
 namespace velmora::test {

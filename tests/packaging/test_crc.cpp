@@ -1,8 +1,7 @@
 // The checksums a reskin package compares by.
 
-#include "velmora/packaging/crc.h"
-
 #include "packagefixture.h"
+#include "velmora/packaging/crc.h"
 
 using namespace velmora::packaging;
 

@@ -2,12 +2,11 @@
 // (with only the default content every user has): its check there finds nothing missing that was
 // there at the source. And its scenarios' stock list.
 
+#include "common/demofixture.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/packaging/packaging.h"
 #include "velmora/routes/routecheck.h"
-
-#include "common/demofixture.h"
 
 #include <fstream>
 #include <set>
@@ -64,7 +63,8 @@ TEST_F(DemoPackage, InstalledIntoAnEmptyInstallTheRouteMissesNothingThatWasThere
     const fs::path user = s_dir / "user";
     fs::create_directories(user / "Assets");
     fs::copy(s_dir / "rw" / "Assets" / "Kuju", user / "Assets" / "Kuju", fs::copy_options::recursive);
-    fs::copy(report.folder / "RailWorks", user, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+    fs::copy(report.folder / "RailWorks", user,
+             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
 
     AppContext there(s_dir / "userhome", s_dir / "data", m_ui);
     there.setRailWorksOverride(user);
@@ -110,8 +110,8 @@ TEST_F(DemoPackage, ScenarioStockListHoldsEachRowOnceAndTheInstallerLists) {
 
     std::ifstream yyy(report.folder / "Scenario.yyy", std::ios::binary);
     const std::string list((std::istreambuf_iterator<char>(yyy)), {});
-    EXPECT_EQ(list, state.packageFolder + "\r\n" + scenarios[0].folder + "\r\n" + scenarios[0].folder + "\r\n" +
-                        scenarios[1].folder + "\r\n");
+    EXPECT_EQ(list, state.packageFolder + "\r\n" + scenarios[0].folder + "\r\n" + scenarios[0].folder +
+                        "\r\n" + scenarios[1].folder + "\r\n");
     EXPECT_TRUE(fs::exists(report.folder / "RailWorks/Content/Routes" / route.folder / "Scenarios" /
                            scenarios[1].folder / "Scenario.bin"));
 }

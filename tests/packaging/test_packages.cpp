@@ -1,11 +1,10 @@
 // Packages of reskins and asset folders, the lamp facts of the scenario stock list, and folders
 // that hurt a walk: a link that loops, a named pipe, a file nobody may read.
 
-#include "velmora/packaging/crc.h"
-#include "velmora/packaging/packaging.h"
-
 #include "common/unprivileged.h"
 #include "packagefixture.h"
+#include "velmora/packaging/crc.h"
+#include "velmora/packaging/packaging.h"
 
 #include <sys/stat.h>
 
@@ -28,16 +27,16 @@ TEST_F(Packages, ReskinKeepsOnlyWhatDiffersAndCopiesTheRestAtInstallation) {
     const fs::path original = root() / "Assets/Acme/Trains/RailVehicles/Wagon";
     const fs::path reskin = root() / "Assets/Acme/Reskins/RailVehicles/Wagon Bleu";
     put(original / "Wagon.bin", "blueprint");
-    put(reskin / "Wagon.bin", "blueprint");                     // byte-equal: goes
+    put(reskin / "Wagon.bin", "blueprint"); // byte-equal: goes
     put(original / "Textures/Body.TgPcDx", "old paint");
-    put(reskin / "Textures/Body.TgPcDx", "new paint");           // differs: stays
+    put(reskin / "Textures/Body.TgPcDx", "new paint"); // differs: stays
     put(original / "Empty.txt", "");
-    put(reskin / "Empty.txt", "");                               // empty in both: unchanged
+    put(reskin / "Empty.txt", ""); // empty in both: unchanged
     put(original / "Description.html", "same words");
-    put(reskin / "Description.html", "same words");              // never compared: stays
+    put(reskin / "Description.html", "same words"); // never compared: stays
     put(original / "IMAGE.PNG", "png");
     put(reskin / "image.png", "png");
-    put(reskin / "Numbers, \"été\".dcsv", "only here");          // reskin only: stays, no line
+    put(reskin / "Numbers, \"été\".dcsv", "only here"); // reskin only: stays, no line
 
     const PackageReport r = packageReskin(ctx(), reskin, original, m_state, options(), nullptr);
     ASSERT_TRUE(r.ok()) << r.refused;
@@ -51,8 +50,10 @@ TEST_F(Packages, ReskinKeepsOnlyWhatDiffersAndCopiesTheRestAtInstallation) {
     EXPECT_TRUE(fs::exists(packed / "image.png"));
     EXPECT_EQ(read(packed / "Numbers, \"été\".dcsv"), "only here");
     EXPECT_EQ(read(pkg / "RailWorks/Assets/InstallMe.bat"),
-              "Copy \"Acme\\Trains\\RailVehicles\\Wagon\\Empty.txt\" \"Acme\\Reskins\\RailVehicles\\Wagon Bleu\\Empty.txt\"\r\n"
-              "Copy \"Acme\\Trains\\RailVehicles\\Wagon\\Wagon.bin\" \"Acme\\Reskins\\RailVehicles\\Wagon Bleu\\Wagon.bin\"\r\n");
+              "Copy \"Acme\\Trains\\RailVehicles\\Wagon\\Empty.txt\" \"Acme\\Reskins\\RailVehicles\\Wagon "
+              "Bleu\\Empty.txt\"\r\n"
+              "Copy \"Acme\\Trains\\RailVehicles\\Wagon\\Wagon.bin\" \"Acme\\Reskins\\RailVehicles\\Wagon "
+              "Bleu\\Wagon.bin\"\r\n");
     EXPECT_EQ(read(pkg / "ReadMe.txt"),
               "\r\nInstallation Instructions:-\r\n"
               "Unzip this package to a temporary folder, e.g. C:\\Temp and click on VL_AssetSetup.exe\r\n"
@@ -107,7 +108,8 @@ TEST_F(Packages, LampFactsOfAVehicle) {
     const std::string xml =
         "<Child><ChildName>HeadLamp 2</ChildName><Provider>Orvelle</Provider><Product>Lights</Product>"
         "<BlueprintID>Lamps\\White.xml</BlueprintID><Element><e>1.5</e><e>2.25</e><e>-3</e></Element>"
-        "<ChildName>Headlamp 4</ChildName><Provider>Orvelle</Provider><BlueprintID>Lamps\\Red.xml</BlueprintID>"
+        "<ChildName>Headlamp "
+        "4</ChildName><Provider>Orvelle</Provider><BlueprintID>Lamps\\Red.xml</BlueprintID>"
         "<Element><e>4</e><e>5</e><e>6</e></Element></Child>";
     bool lamps = false;
     EXPECT_EQ(HasItLights(xml, "Class66_XP-Freight", lamps),
@@ -116,8 +118,9 @@ TEST_F(Packages, LampFactsOfAVehicle) {
     lamps = false;
     EXPECT_EQ(HasItLights("<nothing/>", "Class66_EWS", lamps), ",,,0,0,0,,,,0,0,0,,,0,0,0");
     EXPECT_FALSE(lamps);
-    const std::string tail = "<ChildName>TailLamp</ChildName><Provider>P</Provider><BlueprintID>T.xml</BlueprintID>"
-                             "<Element><e>7</e><e>8</e><e>9</e></Element>";
+    const std::string tail =
+        "<ChildName>TailLamp</ChildName><Provider>P</Provider><BlueprintID>T.xml</BlueprintID>"
+        "<Element><e>7</e><e>8</e><e>9</e></Element>";
     EXPECT_EQ(HasItLights(tail, "Van_Rear", lamps), ",,,0,0,0,,,,0,0,0,P,T.xml,7,8,9");
     EXPECT_TRUE(lamps);
 }
@@ -159,7 +162,8 @@ TEST_F(Packages, UnreadableFileIsNamedAndTheRestIsPackaged) {
         const bool named = std::any_of(r.problems.begin(), r.problems.end(), [](const std::string& p) {
             return p.find("Secret, é.bin: cannot be read") != std::string::npos;
         });
-        return r.ok() && named && read(out() / "Scenery/RailWorks/Assets/Acme/Trains/Scenery/Hut.bin") == "hut";
+        return r.ok() && named &&
+               read(out() / "Scenery/RailWorks/Assets/Acme/Trains/Scenery/Hut.bin") == "hut";
     });
 }
 

@@ -1,12 +1,11 @@
 // A route's package and the package of its assets, on a hand-made route whose check reports are
 // written by the test: the rows, their wildcard endings, the terrain, the refusals and undo.
 
+#include "packagefixture.h"
 #include "velmora/core/filewrite.h"
 #include "velmora/core/journal.h"
 #include "velmora/core/services.h"
 #include "velmora/packaging/packaging.h"
-
-#include "packagefixture.h"
 
 #include <algorithm>
 
@@ -21,10 +20,12 @@ std::string properties(const std::string& terrainProvider, const std::string& te
     return "<cRouteProperties>\n<DevString d:type=\"cDeltaString\">" + std::string(kGuid) +
            "</DevString>\n<BlueprintID>\n<Provider d:type=\"cDeltaString\">Kuju</Provider>\n"
            "<Product d:type=\"cDeltaString\">RailSimulatorCore</Product>\n"
-           "<BlueprintID d:type=\"cDeltaString\">TemplateRoutes\\Acme_Template.xml</BlueprintID>\n</BlueprintID>\n"
-           "<TerrainBlueprint>\n<Provider d:type=\"cDeltaString\">" + terrainProvider +
-           "</Provider>\n<Product d:type=\"cDeltaString\">" + terrainProduct +
-           "</Product>\n<BlueprintID d:type=\"cDeltaString\">Environment\\Terrain\\Acme_Terrain.xml</BlueprintID>\n"
+           "<BlueprintID "
+           "d:type=\"cDeltaString\">TemplateRoutes\\Acme_Template.xml</BlueprintID>\n</BlueprintID>\n"
+           "<TerrainBlueprint>\n<Provider d:type=\"cDeltaString\">" +
+           terrainProvider + "</Provider>\n<Product d:type=\"cDeltaString\">" + terrainProduct +
+           "</Product>\n<BlueprintID "
+           "d:type=\"cDeltaString\">Environment\\Terrain\\Acme_Terrain.xml</BlueprintID>\n"
            "</TerrainBlueprint>\n</cRouteProperties>\n";
 }
 
@@ -57,7 +58,8 @@ protected:
                      {r + "/Assets/Acme/Trains/Scenery/Geometry/Hut.GeoPcDx"},
                      {r + "/Assets/Acme/Trains/Scenery/Textures/Hut.TgPcDx"},
                      // A report made on another machine: the path counts from its Assets on.
-                     {r + "/Assets/Acme/Trains/Audio/Bell.Orv", "C:\\Games\\RailWorks\\Assets\\Acme\\Trains\\Audio\\Horn.wav"});
+                     {r + "/Assets/Acme/Trains/Audio/Bell.Orv",
+                      "C:\\Games\\RailWorks\\Assets\\Acme\\Trains\\Audio\\Horn.wav"});
     }
     void writeRoute(const std::string& provider, const std::string& product) {
         put(m_route.path / "RouteProperties.xml", properties(provider, product));
@@ -81,7 +83,9 @@ protected:
         o.base = out();
         return o;
     }
-    fs::path packed(const std::string& relative) const { return out() / "Café, _Nord_" / "RailWorks" / relative; }
+    fs::path packed(const std::string& relative) const {
+        return out() / "Café, _Nord_" / "RailWorks" / relative;
+    }
 
     routes::RouteEntry m_route;
     PackageState m_state;
@@ -191,7 +195,8 @@ TEST_F(RoutePackage, ManifestListsEveryFileAndOneUndoTakesThePackageBack) {
             ++files;
             const std::string rel = fs::relative(e.path(), folder).generic_string();
             const std::string content = read(e.path());
-            const std::string row = csvCell(rel) + "," + std::to_string(content.size()) + "," + sha256Hex(content);
+            const std::string row =
+                csvCell(rel) + "," + std::to_string(content.size()) + "," + sha256Hex(content);
             EXPECT_NE(manifest.find(row + "\r\n"), std::string::npos) << row;
         }
     EXPECT_EQ(files, r.manifest.size());
@@ -202,7 +207,8 @@ TEST_F(RoutePackage, ManifestListsEveryFileAndOneUndoTakesThePackageBack) {
     const UndoResult undone = undoEntry(ctx().files(), *entry, false);
     ASSERT_TRUE(undone.ok) << undone.message;
     for (const auto& e : fs::recursive_directory_iterator(folder))
-        EXPECT_FALSE(e.is_regular_file() && e.path().filename().string().find(".bak") == std::string::npos) << e.path();
+        EXPECT_FALSE(e.is_regular_file() && e.path().filename().string().find(".bak") == std::string::npos)
+            << e.path();
 }
 
 } // namespace

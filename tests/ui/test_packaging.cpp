@@ -2,19 +2,18 @@
 // (the route, then its assets once the check's reports are there, then scenarios), frmFolder3
 // with a row removed, and frmFolder4's guards.
 
+#include "demoscreens.h"
 #include "packaging/frmfolder3.h"
 #include "packaging/frmfolder4.h"
 #include "routes/frmdelroute.h"
 #include "velmora/core/userinterface.h"
 #include "velmora/routes/routecheck.h"
-#include "demoscreens.h"
 
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QtTest>
-
 #include <filesystem>
 
 using namespace velmora;
@@ -59,7 +58,8 @@ private slots:
         QVERIFY(m_demo.prompted("Your Route is now saved in " + package.string()));
         QVERIFY(m_demo.prompted("Do you wish to add Assets ready for distribution?"));
         QVERIFY(button(screen, "Command16")->isEnabled());
-        QVERIFY(fs::exists(package / "RailWorks/Content/Routes/51d9cc16-dbd0-b4e6-89be-9dffe0e4d6fb/RouteProperties.xml"));
+        QVERIFY(fs::exists(
+            package / "RailWorks/Content/Routes/51d9cc16-dbd0-b4e6-89be-9dffe0e4d6fb/RouteProperties.xml"));
         QVERIFY(screen.packageReport());
 
         // No check has been run: the missing report is named.
@@ -72,7 +72,8 @@ private slots:
         routes::RouteCheckOptions deep;
         deep.deep = true;
         const auto scenarios = routes::listScenarios(*m_ctx, *route);
-        QVERIFY(routes::saveRouteReports(*m_ctx, routes::RouteCheck(*m_ctx, *route, scenarios).run(deep)).ok());
+        QVERIFY(
+            routes::saveRouteReports(*m_ctx, routes::RouteCheck(*m_ctx, *route, scenarios).run(deep)).ok());
         m_ui->pushAnswer(Answer::No); // no zip
         button(screen, "Command16")->click();
         QVERIFY(m_demo.prompted("Do you wish it to be automatically zipped up ready for distribution?"));

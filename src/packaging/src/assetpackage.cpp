@@ -1,7 +1,6 @@
 // Packages of asset folders and of reskins.
 
 #include "common.h"
-
 #include "velmora/backup/treecopy.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/services.h"
@@ -108,7 +107,8 @@ PackageReport AssetPackage::process(const PackageOptions& options, UserInterface
         builder.copyFolder(source, target);
     addInstaller(m_ctx, builder, kAssetInstaller);
     // Assets\Provider\Product of the first folder: up to the second separator behind Assets.
-    const std::vector<std::string> parts = splitDocumentPath(m_lines.front().second.lexically_relative("RailWorks").generic_string());
+    const std::vector<std::string> parts =
+        splitDocumentPath(m_lines.front().second.lexically_relative("RailWorks").generic_string());
     std::string product;
     for (std::size_t i = 0; i < parts.size() && i < 3; ++i)
         product += (i ? "\\" : "") + parts[i];
@@ -133,8 +133,8 @@ std::string reskinReadMe() {
            "Click the 'Install to TrainSimulator 2019' button and thats it\r\n";
 }
 
-PackageReport packageReskin(AppContext& ctx, const fs::path& reskin, const fs::path& original, PackageState& state,
-                            const PackageOptions& options, UserInterface* ui) {
+PackageReport packageReskin(AppContext& ctx, const fs::path& reskin, const fs::path& original,
+                            PackageState& state, const PackageOptions& options, UserInterface* ui) {
     PackageReport refused;
     if (reskin.empty()) {
         refused.refused = "You do not appear to have selected the folder of your ReSkinned object.";
@@ -171,7 +171,7 @@ PackageReport packageReskin(AppContext& ctx, const fs::path& reskin, const fs::p
         if (iequals(file.name, "Description.html") || iequals(file.name, "image.png"))
             continue; // a reskin keeps its own
         const auto match = std::find_if(reskinFiles.begin(), reskinFiles.end(),
-                                         [&](const WalkedFile& r) { return iequals(r.name, file.name); });
+                                        [&](const WalkedFile& r) { return iequals(r.name, file.name); });
         if (match == reskinFiles.end())
             continue;
         if (!iequals(GetCRC(original / file.sub / file.name), GetCRC(reskin / match->sub / match->name)))

@@ -15,7 +15,6 @@
 #include <QFile>
 #include <QStorageInfo>
 #include <QString>
-
 #include <algorithm>
 #include <atomic>
 #include <random>
@@ -25,7 +24,9 @@ namespace velmora::packaging {
 
 namespace {
 
-std::string rel(const fs::path& p) { return p.generic_string(); }
+std::string rel(const fs::path& p) {
+    return p.generic_string();
+}
 
 fs::path nearestExisting(fs::path p) {
     std::error_code ec;
@@ -115,7 +116,8 @@ std::vector<fs::path> filesBelow(const fs::path& folder, std::vector<std::string
         fs::directory_iterator it(folder / at, ec);
         if (ec) {
             if (problems)
-                problems->push_back((folder / at).string() + ": the folder cannot be read (" + ec.message() + ")");
+                problems->push_back((folder / at).string() + ": the folder cannot be read (" + ec.message() +
+                                    ")");
             continue;
         }
         std::vector<fs::path> sub;
@@ -127,10 +129,13 @@ std::vector<fs::path> filesBelow(const fs::path& folder, std::vector<std::string
                 out.push_back(at / it->path().filename());
             else if (problems)
                 problems->push_back(it->path().string() +
-                                    (fs::is_symlink(s) ? ": a link, not followed" : ": not a regular file (a pipe or device), left alone"));
+                                    (fs::is_symlink(s)
+                                         ? ": a link, not followed"
+                                         : ": not a regular file (a pipe or device), left alone"));
         }
         if (ec && problems)
-            problems->push_back((folder / at).string() + ": the folder could not be read to the end (" + ec.message() + ")");
+            problems->push_back((folder / at).string() + ": the folder could not be read to the end (" +
+                                ec.message() + ")");
         pending.insert(pending.end(), sub.begin(), sub.end());
     }
     std::sort(out.begin(), out.end());
@@ -206,7 +211,8 @@ std::string PackageReport::json() const {
     out += ",\n  \"files\": " + std::to_string(manifest.size());
     if (check.done)
         out += ",\n  \"check\": {\"inPackage\": " + std::to_string(check.inPackage) +
-               ", \"leftOut\": " + jsonArray(check.leftOut) + ", \"missingAtSource\": " + jsonArray(check.missingAtSource) +
+               ", \"leftOut\": " + jsonArray(check.leftOut) +
+               ", \"missingAtSource\": " + jsonArray(check.missingAtSource) +
                ", \"notInPackage\": " + jsonArray(check.notInPackage) + "}";
     out += ",\n  \"zip\": " + jsonQuoted(zip.string());
     return out + "\n}\n";
@@ -233,12 +239,14 @@ const PackageBuilder::Listing& PackageBuilder::listing(const fs::path& folder) {
         else if (fs::is_regular_file(s))
             l.files.push_back(name);
         else
-            m_report.problems.push_back(entries->path().string() + (fs::is_symlink(s)
-                                                                         ? ": a link, not followed"
-                                                                         : ": not a regular file (a pipe or device), left alone"));
+            m_report.problems.push_back(entries->path().string() +
+                                        (fs::is_symlink(s)
+                                             ? ": a link, not followed"
+                                             : ": not a regular file (a pipe or device), left alone"));
     }
     if (ec)
-        m_report.problems.push_back(folder.string() + ": the folder could not be read to the end (" + ec.message() + ")");
+        m_report.problems.push_back(folder.string() + ": the folder could not be read to the end (" +
+                                    ec.message() + ")");
     std::sort(l.files.begin(), l.files.end());
     std::sort(l.folders.begin(), l.folders.end());
     l.ok = true;
@@ -282,7 +290,8 @@ bool PackageBuilder::copyPattern(const fs::path& folder, const std::string& patt
                 std::error_code ec;
                 const std::uint64_t size = fs::file_size(folder / at / name, ec);
                 if (ec) {
-                    m_report.problems.push_back((folder / at / name).string() + ": cannot be examined (" + ec.message() + ")");
+                    m_report.problems.push_back((folder / at / name).string() + ": cannot be examined (" +
+                                                ec.message() + ")");
                     continue;
                 }
                 add(folder / at / name, target / at / name, size);
@@ -349,7 +358,8 @@ PackageReport PackageBuilder::run(const std::string& command, UserInterface* ui)
     const fs::path root = m_ctx.railWorks();
     if (!root.empty() && (backup::isInside(m_folder, root) || backup::isInside(root, m_folder))) {
         report.refused = "The package folder " + m_folder.string() + " lies inside the simulator's folder " +
-                         root.string() + " (or holds it): a package is made outside it. Choose another folder.";
+                         root.string() +
+                         " (or holds it): a package is made outside it. Choose another folder.";
         return report;
     }
     const std::uint64_t needed = plannedBytes();
@@ -381,8 +391,9 @@ PackageReport PackageBuilder::run(const std::string& command, UserInterface* ui)
     write.sync = kSyncStagedEachFile;
     bool stopped = false;
     std::vector<Staged> staged = parallelMap<Staged>(
-        m_copies.size(), 0, ui, "Copying " + std::to_string(m_copies.size()) + " files to " + m_folder.string(),
-        stopped, [&](std::size_t i) {
+        m_copies.size(), 0, ui,
+        "Copying " + std::to_string(m_copies.size()) + " files to " + m_folder.string(), stopped,
+        [&](std::size_t i) {
             Staged s;
             const PlannedCopy& c = m_copies[i];
             const fs::path target = m_folder / c.target;
@@ -390,7 +401,8 @@ PackageReport PackageBuilder::run(const std::string& command, UserInterface* ui)
                 s.unchanged = true;
                 return s;
             }
-            const fs::path temp = target.parent_path() / ("." + target.filename().string() + "." + tempTag() + ".velmora-tmp");
+            const fs::path temp =
+                target.parent_path() / ("." + target.filename().string() + "." + tempTag() + ".velmora-tmp");
             bool cloned = false;
             const std::string why = backup::copyFile(c.source, temp, false, true, cloned);
             if (!why.empty()) {
@@ -413,7 +425,8 @@ PackageReport PackageBuilder::run(const std::string& command, UserInterface* ui)
 
     // A file the package held from an earlier run keeps its old content outside the package, so
     // that an undo can put it back and the package holds nothing but itself.
-    const fs::path kept = m_ctx.appPath() / "PackageBackups" / (localTimeText("%Y%m%d-%H%M%S") + "-" + tempTag());
+    const fs::path kept =
+        m_ctx.appPath() / "PackageBackups" / (localTimeText("%Y%m%d-%H%M%S") + "-" + tempTag());
     auto keptAside = [&](const fs::path& target, bool existed) {
         WriteOptions o = write;
         if (existed) {
@@ -474,7 +487,8 @@ PackageReport PackageBuilder::run(const std::string& command, UserInterface* ui)
         std::error_code ec;
         row.size = fs::file_size(m_folder / files[i], ec);
         const auto known = hashes.find(row.path);
-        row.sha256 = known != hashes.end() && !known->second.empty() ? known->second : fileSha256(m_folder / files[i]);
+        row.sha256 =
+            known != hashes.end() && !known->second.empty() ? known->second : fileSha256(m_folder / files[i]);
         return row;
     });
     if (const WriteResult w = service.write(m_folder / kManifestName, manifestText(report.manifest),

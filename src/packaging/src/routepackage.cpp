@@ -2,7 +2,6 @@
 // shares: where it goes, the installer, the check of its blueprints and the zip.
 
 #include "common.h"
-
 #include "velmora/archives/zipwriter.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/services.h"
@@ -96,7 +95,8 @@ void planRoute(AppContext& ctx, const routes::RouteEntry& route, PackageBuilder&
         if (const auto templates = belowRoot(ctx, product + "\\Templateroutes"))
             builder.copyFolder(*templates, into / "TemplateRoutes");
         else
-            builder.missing((ctx.railWorks() / "Assets" / ref.provider / ref.product / "TemplateRoutes").string());
+            builder.missing(
+                (ctx.railWorks() / "Assets" / ref.provider / ref.product / "TemplateRoutes").string());
         if (const auto markers = belowRoot(ctx, product + "\\RouteMarkers"))
             builder.copyFolder(*markers, into / "RouteMarkers");
     }
@@ -110,7 +110,8 @@ bool planRouteAssets(AppContext& ctx, const routes::RouteEntry& route, PackageBu
 namespace {
 
 PackageReport makeRoutePackage(AppContext& ctx, const routes::RouteEntry& route, const std::string& folder,
-                               const PackageOptions& options, UserInterface* ui, bool withRoute, bool withAssets) {
+                               const PackageOptions& options, UserInterface* ui, bool withRoute,
+                               bool withAssets) {
     PackageBuilder builder(ctx, packageRoot(ctx, options, folder));
     builder.freeSpace = options.freeSpace;
     if (withRoute)
@@ -136,10 +137,11 @@ PackageReport packageRoute(AppContext& ctx, const routes::RouteEntry& route, Pac
 
 std::vector<RouteReport> routeReports(AppContext& ctx, const routes::RouteEntry& route) {
     const std::string stem = fileNameFromText(route.name);
-    return {{ctx.reports() / (stem + "_Assets.csv"), "Missing your Assets list which should be:-", 0},
-            {ctx.reports() / (stem + "_GeoShapes.csv"), "Missing your Geometry files list which should be:-", 1},
-            {ctx.reports() / (stem + "_Textures.csv"), "Missing your Textures list which should be:-", 2},
-            {ctx.reports() / (stem + "_Sounds.csv"), "Missing your Sounds list which should be:-", 3}};
+    return {
+        {ctx.reports() / (stem + "_Assets.csv"), "Missing your Assets list which should be:-", 0},
+        {ctx.reports() / (stem + "_GeoShapes.csv"), "Missing your Geometry files list which should be:-", 1},
+        {ctx.reports() / (stem + "_Textures.csv"), "Missing your Textures list which should be:-", 2},
+        {ctx.reports() / (stem + "_Sounds.csv"), "Missing your Sounds list which should be:-", 3}};
 }
 
 std::optional<std::string> reportRowPath(const std::string& line, const fs::path& root) {
@@ -156,8 +158,8 @@ std::optional<std::string> reportRowPath(const std::string& line, const fs::path
     for (char& c : unified)
         if (c == '\\')
             c = '/';
-    if (!rootText.empty() && unified.size() > rootText.size() && unified.compare(0, rootText.size(), rootText) == 0 &&
-        unified[rootText.size()] == '/')
+    if (!rootText.empty() && unified.size() > rootText.size() &&
+        unified.compare(0, rootText.size(), rootText) == 0 && unified[rootText.size()] == '/')
         unified = unified.substr(rootText.size() + 1);
     const std::vector<std::string> parts = splitDocumentPath(unified);
     for (std::size_t i = 0; i < parts.size(); ++i)
@@ -218,7 +220,8 @@ bool planRouteAssets(AppContext& ctx, const routes::RouteEntry& route, PackageBu
                 builder.missing((root / fs::path(unslashed(folder)) / file).string());
                 continue;
             }
-            builder.copyPattern(*source, rowPattern(file, r.kind), fs::path("RailWorks") / source->lexically_relative(root));
+            builder.copyPattern(*source, rowPattern(file, r.kind),
+                                fs::path("RailWorks") / source->lexically_relative(root));
         }
     }
     const std::string text = ReadTextFile(route.path / "RouteProperties.xml");
@@ -247,7 +250,8 @@ PackageReport packageRouteAssets(AppContext& ctx, const routes::RouteEntry& rout
     return makeRoutePackage(ctx, route, state.packageFolder, options, ui, false, true);
 }
 
-PackageCheck checkBlueprints(AppContext& ctx, const fs::path& packageFolder, const std::vector<std::string>& blueprints) {
+PackageCheck checkBlueprints(AppContext& ctx, const fs::path& packageFolder,
+                             const std::vector<std::string>& blueprints) {
     PackageCheck check;
     check.done = true;
     ctx.resolver.invalidate();

@@ -2,7 +2,6 @@
 // with the lamp assets when a vehicle needs them and the installer's two lists.
 
 #include "common.h"
-
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
 #include "velmora/core/services.h"
@@ -84,7 +83,9 @@ std::string joined(const std::vector<std::string>& fields) {
 }
 
 // Empty lamp fields: a known variant, or a blueprint that is not there to read.
-std::string emptyLampFields() { return std::string(17, ','); }
+std::string emptyLampFields() {
+    return std::string(17, ',');
+}
 
 } // namespace
 
@@ -148,7 +149,8 @@ void ScenarioPackage::CheckStock(const fs::path& scenarioFolder) {
         std::string fields = emptyLampFields();
         if (!oneOf(lastPart(base), {"_MT", "_DO", "_PO", "_ND", "_DF", "_DR", "_DEAD"})) {
             std::string blueprint;
-            if (const auto found = m_ctx.resolver.resolve(assets, path); found && binToXmlText(*found, blueprint))
+            if (const auto found = m_ctx.resolver.resolve(assets, path);
+                found && binToXmlText(*found, blueprint))
                 fields = "," + HasItLights(blueprint, base, m_lamps);
         }
         m_stock.push_back(path + fields);
@@ -156,12 +158,14 @@ void ScenarioPackage::CheckStock(const fs::path& scenarioFolder) {
     }
 }
 
-std::string ScenarioPackage::add(const routes::RouteEntry& route, const routes::ScenarioEntry& scenario, UserInterface*) {
+std::string ScenarioPackage::add(const routes::RouteEntry& route, const routes::ScenarioEntry& scenario,
+                                 UserInterface*) {
     std::string name = scenario.name;
     std::replace(name.begin(), name.end(), ':', '-');
     const auto folder = m_ctx.resolver.resolve(route.path, "Scenarios\\" + scenario.folder);
     if (!folder)
-        return (route.path / "Scenarios" / scenario.folder).string() + ": the scenario's folder is not there.";
+        return (route.path / "Scenarios" / scenario.folder).string() +
+               ": the scenario's folder is not there.";
     m_folders.push_back(scenario.folder);
     CheckStock(*folder);
     if (m_state.packageFolder.empty())
@@ -201,7 +205,8 @@ PackageReport ScenarioPackage::process(const PackageOptions& options, UserInterf
             builder.copyFolder(*lamps, fs::path("RailWorks") / "Assets" / "OrvelleLights");
         else
             builder.note("The lamp assets OrvelleLights are not beside the program (" +
-                         (m_ctx.appPath() / "OrvelleLights").string() + ") nor in the Assets folder: the package goes without them.");
+                         (m_ctx.appPath() / "OrvelleLights").string() +
+                         ") nor in the Assets folder: the package goes without them.");
     }
     addInstaller(m_ctx, builder, kAssetInstaller);
     std::string list = m_state.packageFolder + "\r\n";

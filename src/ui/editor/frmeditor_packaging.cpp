@@ -1,11 +1,10 @@
 // The Packaging menu: asset folders, reskins, and the route screen in package mode for a route
 // or scenarios. The screens share one package name for the whole run.
 
-#include "frmeditor.h"
-
 #include "../packaging/frmfolder3.h"
 #include "../packaging/frmfolder4.h"
 #include "../routes/frmdelroute.h"
+#include "frmeditor.h"
 
 #include <QAction>
 

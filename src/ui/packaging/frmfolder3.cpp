@@ -3,7 +3,6 @@
 #include "../common/desktopui.h"
 #include "../common/windowplace.h"
 #include "packagerun.h"
-
 #include "velmora/core/appcontext.h"
 #include "velmora/core/userinterface.h"
 
@@ -12,7 +11,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-
 #include <algorithm>
 
 namespace velmora::ui {
@@ -51,7 +49,8 @@ frmFolder3::frmFolder3(AppContext& ctx, packaging::PackageState& state, QWidget*
 }
 
 void frmFolder3::Browse_Click() {
-    if (const auto chosen = m_ctx.ui().chooseFolder("Select Folder containing your Assets", fromQt(m_folder->text())))
+    if (const auto chosen =
+            m_ctx.ui().chooseFolder("Select Folder containing your Assets", fromQt(m_folder->text())))
         m_folder->setText(toQt(chosen->string()));
 }
 

@@ -3,7 +3,6 @@
 #include "../common/desktopui.h"
 #include "../common/windowplace.h"
 #include "packagerun.h"
-
 #include "velmora/core/appcontext.h"
 #include "velmora/core/userinterface.h"
 
@@ -25,11 +24,13 @@ frmFolder4::frmFolder4(AppContext& ctx, packaging::PackageState& state, QWidget*
     m_original->setObjectName("Text2");
     auto* grid = new QGridLayout(this);
     int row = 0;
-    for (auto [box, label] : {std::pair{m_reskin, "Folder to be Packaged"}, std::pair{m_original, "Reskinned from:-"}}) {
+    for (auto [box, label] :
+         {std::pair{m_reskin, "Folder to be Packaged"}, std::pair{m_original, "Reskinned from:-"}}) {
         auto* browse = new QPushButton(tr("..."));
         browse->setObjectName(row == 0 ? "cmdBrowse1" : "cmdBrowse2");
         connect(browse, &QPushButton::clicked, this, [this, box = box, title = std::string(label)] {
-            const fs::path start = box->text().isEmpty() ? m_ctx.railWorks() / "Assets" : fs::path(fromQt(box->text()));
+            const fs::path start =
+                box->text().isEmpty() ? m_ctx.railWorks() / "Assets" : fs::path(fromQt(box->text()));
             if (const auto chosen = m_ctx.ui().chooseFolder(title, start))
                 box->setText(toQt(chosen->string()));
         });

@@ -4,7 +4,6 @@
 #include "../common/backgroundjob.h"
 #include "../common/desktopui.h"
 #include "../common/frmreport.h"
-
 #include "velmora/core/appcontext.h"
 #include "velmora/core/journal.h"
 #include "velmora/core/userinterface.h"
@@ -21,10 +20,11 @@ packaging::PackageReport runPackage(AppContext& ctx, const std::string& label,
     return report;
 }
 
-QWidget* endPackage(AppContext& ctx, QWidget* parent, const packaging::PackageReport& report, const std::string& saved,
-                    const std::string& zipQuestion) {
+QWidget* endPackage(AppContext& ctx, QWidget* parent, const packaging::PackageReport& report,
+                    const std::string& saved, const std::string& zipQuestion) {
     if (!report.ok()) {
-        ctx.ui().message(report.refused.empty() ? "Stopped: nothing of this run was put in the package." : report.refused,
+        ctx.ui().message(report.refused.empty() ? "Stopped: nothing of this run was put in the package."
+                                                : report.refused,
                          report.refused.empty() ? Icon::Information : Icon::Warning);
         return nullptr;
     }

@@ -23,7 +23,7 @@ packaging::PackageReport runPackage(AppContext& ctx, const std::string& label,
 // Says why a refused package was refused; otherwise shows the report in a window of its own,
 // then "<saved><path>" and, when `zipQuestion` is not empty, asks it: Yes opens frmNewZip with
 // the package folder in it. Returns the report window (null when refused) for the tests.
-QWidget* endPackage(AppContext& ctx, QWidget* parent, const packaging::PackageReport& report, const std::string& saved,
-                    const std::string& zipQuestion);
+QWidget* endPackage(AppContext& ctx, QWidget* parent, const packaging::PackageReport& report,
+                    const std::string& saved, const std::string& zipQuestion);
 
 } // namespace velmora::ui

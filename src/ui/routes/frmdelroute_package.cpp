@@ -1,15 +1,13 @@
 // The route screen in package mode: the selected route, then its assets, or the selected
 // scenarios gathered and written as one package.
 
-#include "frmdelroute.h"
-
 #include "../common/desktopui.h"
 #include "../packaging/packagerun.h"
+#include "frmdelroute.h"
 
 #include <QGridLayout>
 #include <QPushButton>
 #include <QTableWidget>
-
 #include <set>
 
 namespace velmora::ui {
@@ -35,12 +33,14 @@ void frmDelRoute::PackageRoute_Click() {
         return;
     const routes::RouteEntry chosen = *route;
     setEnabled(false);
-    const packaging::PackageReport report = runPackage(m_ctx, "Package Selected Route", [&](UserInterface& ui) {
-        return packaging::packageRoute(m_ctx, chosen, *m_packageState, {}, &ui);
-    });
+    const packaging::PackageReport report =
+        runPackage(m_ctx, "Package Selected Route", [&](UserInterface& ui) {
+            return packaging::packageRoute(m_ctx, chosen, *m_packageState, {}, &ui);
+        });
     setEnabled(true);
     m_packageReport = endPackage(m_ctx, this, report, "Your Route is now saved in ", {});
-    if (report.ok() && m_ctx.ui().ask("Do you wish to add Assets ready for distribution?", Buttons::YesNo) == Answer::Yes)
+    if (report.ok() &&
+        m_ctx.ui().ask("Do you wish to add Assets ready for distribution?", Buttons::YesNo) == Answer::Yes)
         m_command16->setEnabled(true);
 }
 
@@ -50,9 +50,10 @@ void frmDelRoute::Command16_Click() {
         return;
     const routes::RouteEntry chosen = *route;
     setEnabled(false);
-    const packaging::PackageReport report = runPackage(m_ctx, "Package this routes Assets", [&](UserInterface& ui) {
-        return packaging::packageRouteAssets(m_ctx, chosen, *m_packageState, {}, &ui);
-    });
+    const packaging::PackageReport report =
+        runPackage(m_ctx, "Package this routes Assets", [&](UserInterface& ui) {
+            return packaging::packageRouteAssets(m_ctx, chosen, *m_packageState, {}, &ui);
+        });
     setEnabled(true);
     m_packageReport = endPackage(m_ctx, this, report, "Your Route is now saved in ",
                                  "Do you wish it to be automatically zipped up ready for distribution?");
@@ -74,7 +75,8 @@ void frmDelRoute::Command5_Click() {
     std::string said;
     for (const int row : rows)
         if (row < static_cast<int>(m_scenarioEntries.size()))
-            said = m_scenarioPackage->add(*route, m_scenarioEntries[static_cast<std::size_t>(row)], &m_ctx.ui());
+            said =
+                m_scenarioPackage->add(*route, m_scenarioEntries[static_cast<std::size_t>(row)], &m_ctx.ui());
     if (!said.empty())
         m_ctx.ui().message(said);
 }

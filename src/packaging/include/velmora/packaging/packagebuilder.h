@@ -36,7 +36,7 @@ struct ManifestRow {
 struct PackageCheck {
     bool done = false;
     std::size_t inPackage = 0;
-    std::vector<std::string> leftOut;      // "Provider\Product" of the products left out, once each
+    std::vector<std::string> leftOut; // "Provider\Product" of the products left out, once each
     std::size_t leftOutItems = 0;
     std::vector<std::string> missingAtSource;
     std::vector<std::string> notInPackage; // the finding: used, installed at the source, not packed
@@ -45,16 +45,16 @@ struct PackageCheck {
 };
 
 struct PackageReport {
-    fs::path folder;                     // <program folder or --to>\<PackageFolder>
-    std::string refused;                 // why nothing was copied; empty when the package was made
+    fs::path folder;     // <program folder or --to>\<PackageFolder>
+    std::string refused; // why nothing was copied; empty when the package was made
     bool aborted = false;
-    std::vector<std::string> copied;     // package-relative paths, in copy order
-    std::vector<std::string> unchanged;  // already in the package as they are
-    std::vector<std::string> written;    // marker and text files written
-    std::vector<std::string> leftOut;    // left out on purpose, with the reason
-    std::vector<std::string> missing;    // what a copy line named that is not there
-    std::vector<std::string> problems;   // unreadable files, links, pipes, failed writes
-    std::vector<std::string> notes;      // parts of a package that are not on this machine
+    std::vector<std::string> copied;    // package-relative paths, in copy order
+    std::vector<std::string> unchanged; // already in the package as they are
+    std::vector<std::string> written;   // marker and text files written
+    std::vector<std::string> leftOut;   // left out on purpose, with the reason
+    std::vector<std::string> missing;   // what a copy line named that is not there
+    std::vector<std::string> problems;  // unreadable files, links, pipes, failed writes
+    std::vector<std::string> notes;     // parts of a package that are not on this machine
     std::uint64_t bytes = 0;
     std::vector<ManifestRow> manifest;
     PackageCheck check;

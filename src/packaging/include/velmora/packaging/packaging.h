@@ -57,7 +57,8 @@ class ScenarioPackage {
 public:
     explicit ScenarioPackage(AppContext& ctx, PackageState& state) : m_ctx(ctx), m_state(state) {}
     // Adds a scenario of a route and gathers its stock; the message to show, or the problem.
-    std::string add(const routes::RouteEntry& route, const routes::ScenarioEntry& scenario, UserInterface* ui);
+    std::string add(const routes::RouteEntry& route, const routes::ScenarioEntry& scenario,
+                    UserInterface* ui);
     // Reads a scenario's stock into the stock rows (List5).
     void CheckStock(const fs::path& scenarioFolder);
     // Writes the package: the scenarios, the lamps when needed, the installer, Scenario.yyy and
@@ -100,15 +101,16 @@ private:
 // A reskin: the whole reskin folder less every file equal (by CRC-32) to the file of the same
 // name in the original, each of which gets a Copy line of InstallMe.bat instead;
 // Description.html and image.png are never compared. ReadMe.txt and the installer beside it.
-PackageReport packageReskin(AppContext& ctx, const fs::path& reskin, const fs::path& original, PackageState& state,
-                            const PackageOptions& options, UserInterface* ui);
+PackageReport packageReskin(AppContext& ctx, const fs::path& reskin, const fs::path& original,
+                            PackageState& state, const PackageOptions& options, UserInterface* ui);
 
 // The text of ReadMe.txt of a reskin package.
 std::string reskinReadMe();
 
 // Which blueprints ("Provider\Product\path", .xml or .bin) are in the package, left out on
 // purpose, missing at the source, or not in the package.
-PackageCheck checkBlueprints(AppContext& ctx, const fs::path& packageFolder, const std::vector<std::string>& blueprints);
+PackageCheck checkBlueprints(AppContext& ctx, const fs::path& packageFolder,
+                             const std::vector<std::string>& blueprints);
 
 // Zips the package folder into <folder>.zip beside it; sets `report.zip` or adds the problem.
 bool zipPackage(AppContext& ctx, PackageReport& report, UserInterface* ui);
