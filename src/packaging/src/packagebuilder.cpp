@@ -397,7 +397,13 @@ PackageReport PackageBuilder::run(const std::string& command, UserInterface* ui)
             Staged s;
             const PlannedCopy& c = m_copies[i];
             const fs::path target = m_folder / c.target;
-            if (upToDate(c.source, target, c.size)) {
+            std::error_code ec;
+            const fs::file_status there = fs::symlink_status(target, ec);
+            if (fs::is_symlink(there) || (fs::exists(there) && !fs::is_regular_file(there))) {
+                s.problem = target.string() + ": is not a plain file; it was left as it is";
+                return s;
+            }
+            if (fs::exists(there) && upToDate(c.source, target, c.size)) {
                 s.unchanged = true;
                 return s;
             }
@@ -407,6 +413,21 @@ PackageReport PackageBuilder::run(const std::string& command, UserInterface* ui)
             const std::string why = backup::copyFile(c.source, temp, false, true, cloned);
             if (!why.empty()) {
                 s.problem = c.source.string() + ": " + why;
+                return s;
+            }
+            if (!kSyncStagedEachFile) {
+                // The copy is the prepared content: measured and hashed here, synced with the
+                // rest before any of them replaces a file.
+                s.prepared.requested = target;
+                s.prepared.target = target;
+                s.prepared.temp = temp;
+                s.prepared.existed = fs::exists(there);
+                s.prepared.size = fs::file_size(temp, ec);
+                s.prepared.sha256 = fileSha256(temp);
+                if (ec || s.prepared.sha256.empty()) {
+                    service.discard(s.prepared);
+                    s.problem = temp.string() + ": the copy cannot be read back";
+                }
                 return s;
             }
             const WriteResult w = service.adopt(temp, target, write, s.prepared);
