@@ -38,8 +38,7 @@ std::vector<Command> allCommands() {
           scenarioHousekeepingCommands(), consistCommands(), consistBuilderCommands(), qdBuildCommands(),
           qdCommands(), stockCommands(), archiveCommands(), historyCommands(),
           searchReplaceCommands(), textureCommands(), backupCommands(), physicsCommands(), routeSubstituteCommands(),
-          routeEditCommands(),
-          routeTemplateCommands(), markerCommands()})
+          routeEditCommands(), routeTemplateCommands(), markerCommands(), packageCommands()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

@@ -108,6 +108,7 @@ std::vector<Command> physicsCommands();
 std::vector<Command> routeEditCommands();
 std::vector<Command> markerCommands();
 std::vector<Command> routeTemplateCommands();
+std::vector<Command> packageCommands();
 
 std::optional<long long> parseNumber(const std::string& s);
 

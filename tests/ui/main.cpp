@@ -31,6 +31,7 @@ int runTestSubstitution(int argc, char** argv);
 int runTestFrmDelRouteEdits(int argc, char** argv);
 int runTestFrmMarkers(int argc, char** argv);
 int runTestFrmRoute(int argc, char** argv);
+int runTestPackaging(int argc, char** argv);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
@@ -42,7 +43,7 @@ int main(int argc, char** argv) {
                      runTestQDBuild, runTestConsistBuilder, runTestQdCheck, runTestApArchives, runTestFrmAssetsAP, runTestFrmAssetsBatch,
                      runTestFrmAssetsEdits, runTestFrmFolder5, runTestTextureMenus,
                      runTestFrmGFX2, runTestPhysics, runTestSubstitution, runTestFrmDelRouteEdits,
-                     runTestFrmRoute, runTestFrmMarkers})
+                     runTestFrmRoute, runTestFrmMarkers, runTestPackaging})
         failed += run(argc, argv);
     return failed == 0 ? 0 : 1;
 }

@@ -451,6 +451,7 @@ void frmEditor::connectCommands() {
         screen.exec();
     });
     connect(enable("mnuDevFolders"), &QAction::triggered, this, [this] { velmora::ui::mnuDevFolders_Click(m_ctx); });
+    connectPackaging();
     // The texture conversions of the Graphics Tools menu, on the open texture.
     connect(action("mnuOpenTex"), &QAction::triggered, this, [this] {
         if (const auto path = choosePath("Open RS Texture files", "RS Files (*.TgPcDx)|*.TgPcDx")) {

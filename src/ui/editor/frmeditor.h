@@ -7,6 +7,7 @@
 #include "velmora/core/appcontext.h"
 #include "velmora/core/document.h"
 #include "velmora/core/xmltree.h"
+#include "velmora/packaging/packaging.h"
 
 #include "../common/numberedview.h"
 
@@ -275,6 +276,11 @@ private:
     QPointer<dlgSearch> m_search;
     QPointer<QWidget> m_assets;
     QPointer<QWidget> m_routeScreen;
+    // Packaging: the package name the packaging screens share for the whole run, and the route
+    // screen in package mode (frmeditor_packaging.cpp).
+    void connectPackaging();
+    packaging::PackageState m_packageState;
+    QPointer<QWidget> m_packageScreen;
     QPointer<QDialog> m_scenarioScreen;
     QPointer<QDialog> m_consistTransfer;
     QPointer<QDialog> m_consistBuilder;

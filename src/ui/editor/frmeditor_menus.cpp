@@ -169,7 +169,6 @@ const Waiting kWaiting[] = {
     {{"mnuDDS"}, "Works while a texture is open"},
     {{"mnuView", "mnuEditDDS"}, "Works once the open texture is converted to .dds"},
     {{"mnuNoMarkers"}, "Waits for the marker tools"},
-    {{"mnuPackAss", "mnuReskin", "mnuPack", "mnuPackSce"}, "Waits for the packaging tools"},
     {{"mnuSP"}, "Not needed here: pictures are shown without SuperPicture2.ocx"},
     {{"mnuEmail"}, "Waits for the mail screen"},
 };

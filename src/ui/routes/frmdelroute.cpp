@@ -96,17 +96,17 @@ frmDelRoute::frmDelRoute(AppContext& ctx, bool packageMode, QWidget* parent)
         if (packageMode && edit)
             button->setVisible(false); // packaging copies; it does not edit
     }
-    // The package action comes with its own tool; its button is here already.
     auto* ok = new QPushButton(packageMode ? caption(m_ctx, 314, "Package Selected Route")
                                            : caption(m_ctx, 121, "Delete Selected Route"));
     ok->setObjectName("OKButton");
-    ok->setEnabled(!packageMode);
-    if (!packageMode)
-        connect(ok, &QPushButton::clicked, this, &frmDelRoute::OKButton_Click);
     auto* package = new QPushButton(caption(m_ctx, 312, "Package this routes Assets"));
     package->setObjectName("Command16");
     package->setVisible(packageMode);
     package->setEnabled(false);
+    if (packageMode)
+        addPackageCommands(grid, ok, package, i / 3 + 2);
+    else
+        connect(ok, &QPushButton::clicked, this, &frmDelRoute::OKButton_Click);
     grid->addWidget(ok, i / 3, i % 3);
     grid->addWidget(package, i / 3, i % 3 + 1);
     // Notes the check can add without changing its reports.

@@ -5,15 +5,18 @@
 #include "../common/frmresults.h"
 #include "frmlistrs.h"
 #include "velmora/core/userinterface.h"
+#include "velmora/packaging/packaging.h"
 #include "velmora/routes/routecheck.h"
 #include "velmora/routes/routeedits.h"
 
 #include <QDialog>
 #include <QPointer>
 
+#include <memory>
 #include <optional>
 
 class QCheckBox;
+class QGridLayout;
 class QGroupBox;
 class QLabel;
 class QListWidget;
@@ -88,6 +91,18 @@ public slots:
     // The details, description or picture screen opened last, while it is open.
     QDialog* routePage() const { return m_routePage; }
 
+    // Packaging, in package mode (frmdelroute_package.cpp).
+    void PackageRoute_Click(); // OKButton: Package Selected Route
+    void Command16_Click();    // Package this routes Assets
+    void Command5_Click();     // Add to Package: the selected scenarios of List3
+    void Command6_Click();     // Process Package
+    // The package name the packaging screens share; the screen's own until one is given.
+    void setPackageState(packaging::PackageState* state) { m_packageState = state ? state : &m_ownPackageState; }
+    // The scenarios gathered by Command5 (List4, List5), or null before the first.
+    const packaging::ScenarioPackage* scenarioPackage() const { return m_scenarioPackage.get(); }
+    // The report window of the last package made, while it is open.
+    QWidget* packageReport() const { return m_packageReport; }
+
 private:
     const routes::RouteEntry* selectedRoute();
     // The route list read again (after a clone or a deletion).
@@ -129,6 +144,13 @@ private:
     QPointer<QDialog> m_mix;
     QPointer<QDialog> m_routePage; // the details, description or picture screen opened last
     AbortableUi m_work; // the check's channel: the screen's Abort as well as the progress bar's
+    // Packaging.
+    void addPackageCommands(QGridLayout* grid, QPushButton* ok, QPushButton* command16, int row);
+    packaging::PackageState m_ownPackageState;
+    packaging::PackageState* m_packageState = &m_ownPackageState;
+    std::unique_ptr<packaging::ScenarioPackage> m_scenarioPackage;
+    QPushButton* m_command16 = nullptr;
+    QPointer<QWidget> m_packageReport;
 };
 
 class frmFindLoco : public QDialog {
