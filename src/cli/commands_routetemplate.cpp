@@ -4,6 +4,7 @@
 #include "session.h"
 
 #include "velmora/core/services.h"
+#include "pictureimage.h"
 #include "velmora/routes/routetemplate.h"
 
 namespace velmora::cli {
@@ -203,6 +204,15 @@ int cmdThumbnail(Session& s) {
         return Error;
     routes::ThumbnailRequest r;
     r.dds = a.value("--from").value_or("");
+    // Any other picture is scaled and made into the thumbnail's levels here.
+    textures::Image picture;
+    if (!r.dds.empty() && !iequals(r.dds.extension().string(), ".dds")) {
+        std::string error;
+        picture = textures::readPictureFile(r.dds, error);
+        if (!picture.valid())
+            return s.fail(error);
+        r.picture = &picture;
+    }
     r.metadata = a.value("--metadata").value_or("");
     r.preload = a.value("--preload").value_or(s.ctx.settings.preloadFolder);
     if (r.preload.empty())
@@ -277,9 +287,11 @@ std::vector<Command> routeTemplateCommands() {
          "writes RouteInformation\\En\\Description.html from Templates\\Description.txt (or puts FILE there as it is)",
          cmdDescription, true,
          "Up to three --para. Empty boxes are left empty; <, > and & are shown as typed."},
-        {"route thumbnail", "ROUTE --from FILE.dds --metadata NAME [--preload FOLDER] [--location L] [--era E]",
+        {"route thumbnail", "ROUTE --from PICTURE --metadata NAME [--preload FOLDER] [--location L] [--era E]",
          "the loading picture (256 x 128 DXT1, 6 mipmaps) as a .TgPcDx and its metadata NAME.bin in the PreLoad folder",
-         cmdThumbnail, true, "--preload defaults to the PreLoad folder of the options."},
+         cmdThumbnail, true,
+         "PICTURE is a .dds of that size and kind, or a PNG, JPEG or BMP of any size, scaled to 256 x 128. "
+         "--preload defaults to the PreLoad folder of the options."},
         {"route check-template", "ROUTE [--add | --update] [--location L] [--era E] [--terrain T,...] [--json] [--yes]",
          "whether the route's template has browse filtering; --add adds it when missing, --update replaces it",
          cmdCheckTemplate, true, "The old .bin is kept as its numbered backup."},

@@ -5,6 +5,7 @@
 
 #include "velmora/core/filewrite.h"
 #include "velmora/core/services.h"
+#include "pictureimage.h"
 #include "velmora/textures/dds.h"
 #include "velmora/textures/picture.h"
 
@@ -132,10 +133,7 @@ int cmdPng(Session& s) {
     if (!img.valid())
         return s.fail(file.string() + ": " + error);
     const char* format = pictureFormat(*out);
-    QImage picture(img.width, img.height, QImage::Format_RGBA8888);
-    for (int y = 0; y < img.height; ++y)
-        std::memcpy(picture.scanLine(y), img.rgba.data() + std::size_t(y) * std::size_t(img.width) * 4,
-                    std::size_t(img.width) * 4);
+    QImage picture = toQImage(img);
     if (std::strcmp(format, "PNG") != 0) // JPEG and BMP keep no alpha
         picture = picture.convertToFormat(QImage::Format_RGB888);
     QByteArray png;

@@ -360,6 +360,37 @@ TEST_F(RouteTemplates, AThumbnailAndItsMetadataAreWrittenIntoThePreLoadFolder) {
     EXPECT_FALSE(fs::exists(r.preload / "ValleyMetadata.bin"));
 }
 
+TEST_F(RouteTemplates, APictureOfAnyOtherSizeIsScaledIntoTheThumbnailsLevels) {
+    // A 300 x 200 photo, red above and blue below: scaled to 256 x 128 in six DXT1 levels.
+    textures::Image photo{300, 200, std::vector<std::uint8_t>(300 * 200 * 4)};
+    for (std::size_t i = 0; i < photo.rgba.size(); i += 4) {
+        const bool top = i / 4 / 300 < 100;
+        photo.rgba[i] = top ? 255 : 0;
+        photo.rgba[i + 2] = top ? 0 : 255;
+        photo.rgba[i + 3] = 255;
+    }
+    ThumbnailRequest r;
+    r.dds = m_dir / "Borders.png"; // only its name is used
+    r.picture = &photo;
+    r.preload = rw() / "Assets" / "DemoRail" / "Class66Pack" / "PreLoad";
+    r.metadata = "BordersMetadata";
+    const RouteJob job = makeThumbnail(*m_ctx, r);
+    ASSERT_TRUE(job.ok) << job.message;
+    textures::TextureLevels levels;
+    std::string error;
+    ASSERT_TRUE(textures::readTextureFile(r.preload / "Borders.TgPcDx", levels, error)) << error;
+    EXPECT_EQ(levels.width, 256);
+    EXPECT_EQ(levels.format, textures::PixelFormat::Dxt1);
+    ASSERT_EQ(levels.levels.size(), 6u);
+    const textures::Image shown = textures::levelImage(levels, 0, &error);
+    ASSERT_TRUE(shown.valid()) << error;
+    EXPECT_EQ(shown.rgba[0], 255) << "the top is red";
+    EXPECT_EQ(shown.rgba[(127 * 256) * 4 + 2], 255) << "the bottom is blue";
+    const textures::Image none;
+    r.picture = &none;
+    EXPECT_NE(makeThumbnail(*m_ctx, r).message.find("Borders.png: the picture holds no pixels"), std::string::npos);
+}
+
 TEST_F(RouteTemplates, AThumbnailWhoseMetadataCannotBeWrittenLeavesNoPictureBehind) {
     ThumbnailRequest r;
     r.dds = m_dir / "pic.dds";

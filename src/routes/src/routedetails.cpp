@@ -2,6 +2,7 @@
 // picture with the metadata the route list reads.
 
 #include "velmora/routes/routetemplate.h"
+#include "velmora/textures/dxt1.h"
 
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
@@ -229,14 +230,23 @@ RouteJob makeThumbnail(AppContext& ctx, const ThumbnailRequest& r) {
         return job;
     }
     std::string bytes;
-    if (!readWhole(r.dds, bytes, job.message))
-        return job;
     textures::TextureLevels picture;
     std::vector<std::string_view> levels;
     std::string why;
-    if (!textures::readDdsLevels(bytes, picture, levels, why)) {
-        job.message = r.dds.string() + ": " + why;
-        return job;
+    if (r.picture) {
+        if (!r.picture->valid()) {
+            job.message = r.dds.string() + ": the picture holds no pixels";
+            return job;
+        }
+        picture = textures::dxt1Levels(*r.picture, 256, 128, 6);
+        levels.assign(picture.levels.begin(), picture.levels.end());
+    } else {
+        if (!readWhole(r.dds, bytes, job.message))
+            return job;
+        if (!textures::readDdsLevels(bytes, picture, levels, why)) {
+            job.message = r.dds.string() + ": " + why;
+            return job;
+        }
     }
     if (picture.width != 256 || picture.height != 128 || picture.format != textures::PixelFormat::Dxt1 ||
         levels.size() != 6) {

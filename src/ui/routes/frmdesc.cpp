@@ -1,7 +1,10 @@
 #include "frmdesc.h"
 
+#include "pictureimage.h"
+
 #include "../common/desktopui.h"
 #include "../common/windowplace.h"
+#include "velmora/core/services.h"
 #include "velmora/core/userinterface.h"
 
 #include <QFormLayout>
@@ -76,7 +79,8 @@ frmThumbnail::frmThumbnail(AppContext& ctx, QWidget* parent) : QDialog(parent), 
     auto* pickPicture = new QPushButton(tr("Browse..."));
     pickPicture->setObjectName("cmdPicture");
     connect(pickPicture, &QPushButton::clicked, this, [this] {
-        if (const auto file = m_ctx.ui().chooseFile({"Select your DDS picture", {}, "DDS picture (*.dds)|*.dds"}))
+        if (const auto file = m_ctx.ui().chooseFile(
+                {"Select your DDS picture", {}, "DDS picture (*.dds)|*.dds|Other pictures (*.png;*.jpg;*.jpeg;*.bmp)|*.png;*.jpg;*.jpeg;*.bmp"}))
             m_text1->setText(toQt(file->string()));
     });
     auto* pickFolder = new QPushButton(tr("Browse..."));
@@ -86,7 +90,8 @@ frmThumbnail::frmThumbnail(AppContext& ctx, QWidget* parent) : QDialog(parent), 
             m_text->setText(toQt(folder->string()));
     });
     auto* form = new QFormLayout;
-    form->addRow(tr("DDS picture (256 x 128, DXT1, 6 mipmaps)"), browseRow(m_text1, pickPicture));
+    form->addRow(tr("DDS picture (256 x 128, DXT1, 6 mipmaps), or any other picture to be scaled"),
+                 browseRow(m_text1, pickPicture));
     form->addRow(tr("PreLoad folder"), browseRow(m_text, pickFolder));
     form->addRow(tr("MetaData file name (no spaces or suffix)          e.g. BordersMetadata"), m_text2);
     m_flags = new BrowseFlagsBox(false, this);
@@ -105,6 +110,16 @@ frmThumbnail::frmThumbnail(AppContext& ctx, QWidget* parent) : QDialog(parent), 
 void frmThumbnail::Command1_Click() {
     routes::ThumbnailRequest r;
     r.dds = fromQt(m_text1->text().trimmed());
+    textures::Image picture;
+    if (!r.dds.empty() && !iequals(r.dds.extension().string(), ".dds")) {
+        std::string error;
+        picture = textures::readPictureFile(r.dds, error);
+        if (!picture.valid()) {
+            m_ctx.ui().message(error, Icon::Warning);
+            return;
+        }
+        r.picture = &picture;
+    }
     r.preload = fromQt(m_text->text().trimmed());
     r.metadata = fromQt(m_text2->text().trimmed());
     r.flags = m_flags->flags();

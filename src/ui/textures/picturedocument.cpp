@@ -1,5 +1,7 @@
 #include "picturedocument.h"
 
+#include "pictureimage.h"
+
 #include "../assets/textureimage.h"
 #include "velmora/core/filewrite.h"
 
@@ -32,19 +34,7 @@ std::string named(const fs::path& file, const std::string& what) { return file.s
 
 } // namespace
 
-textures::Image fromQImage(const QImage& image) {
-    textures::Image out;
-    if (image.isNull())
-        return out;
-    const QImage rgba = image.convertToFormat(QImage::Format_RGBA8888);
-    out.width = rgba.width();
-    out.height = rgba.height();
-    const std::size_t row = static_cast<std::size_t>(out.width) * 4;
-    out.rgba.resize(row * static_cast<std::size_t>(out.height));
-    for (int y = 0; y < out.height; ++y)
-        std::memcpy(out.rgba.data() + row * static_cast<std::size_t>(y), rgba.constScanLine(y), row);
-    return out;
-}
+textures::Image fromQImage(const QImage& image) { return textures::fromQImage(image); }
 
 bool PictureDocument::load(const fs::path& file, std::string& error) {
     clear();

@@ -6,6 +6,7 @@
 // trees. Every file goes through the write service inside one journal entry per command.
 
 #include "velmora/routes/routes.h"
+#include "velmora/textures/texture.h"
 
 #include <array>
 #include <filesystem>
@@ -98,6 +99,9 @@ RouteJob writeDescription(AppContext& ctx, const RouteEntry& route, const std::a
 
 struct ThumbnailRequest {
     fs::path dds;          // 256 x 128, DXT1, six mip levels
+    // A picture of any size instead of the .dds: scaled to 256 x 128 and made into the six DXT1
+    // levels here; `dds` then only gives the name (a photo's "Borders.png" makes "Borders").
+    const textures::Image* picture = nullptr;
     fs::path preload;      // a PreLoad folder below Assets\<Provider>\<Product>
     std::string metadata;  // the metadata's file name: no blanks, no suffix
     BrowseFlags flags;     // location and era
