@@ -6,6 +6,7 @@
 #include <QCryptographicHash>
 
 #include <algorithm>
+#include <memory>
 #include <cerrno>
 #include <fstream>
 #include <random>
@@ -412,28 +413,33 @@ WriteResult WriteService::adopt(const fs::path& finished, const fs::path& target
     file.size = fs::file_size(finished, ec);
     if (ec)
         return fail("the finished file cannot be read (" + ec.message() + ")");
-    std::ifstream in(finished, std::ios::binary);
     QCryptographicHash hash(QCryptographicHash::Sha256);
     const bool hashing = m_journal && options.journal;
-    if (hashing || options.sync) {
-        std::vector<char> buffer(1 << 20);
-        while (hashing && in) {
-            in.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-            hash.addData(QByteArrayView(buffer.data(), static_cast<qsizetype>(in.gcount())));
-        }
-        if (hashing && in.bad())
+    if (hashing) {
+        // Read in pieces the size of the file up to 1 MiB, into room not filled first: packages
+        // and batches adopt thousands of small files.
+        const auto chunk = static_cast<std::size_t>(std::clamp<std::uintmax_t>(file.size, 1, std::uintmax_t{1} << 20));
+        const std::unique_ptr<char[]> buffer(new char[chunk]);
+        std::ifstream in(finished, std::ios::binary);
+        if (!in)
             return fail("the finished file cannot be read");
-        if (options.sync) {
-#ifndef _WIN32
-            const int fd = ::open(finished.c_str(), O_RDONLY | O_CLOEXEC);
-            if (fd < 0 || ::fsync(fd) != 0) {
-                if (fd >= 0)
-                    ::close(fd);
-                return fail("the finished file cannot be saved to disk");
-            }
-            ::close(fd);
-#endif
+        while (in) {
+            in.read(buffer.get(), static_cast<std::streamsize>(chunk));
+            hash.addData(QByteArrayView(buffer.get(), static_cast<qsizetype>(in.gcount())));
         }
+        if (in.bad())
+            return fail("the finished file cannot be read");
+    }
+    if (options.sync) {
+#ifndef _WIN32
+        const int fd = ::open(finished.c_str(), O_RDONLY | O_CLOEXEC);
+        if (fd < 0 || ::fsync(fd) != 0) {
+            if (fd >= 0)
+                ::close(fd);
+            return fail("the finished file cannot be saved to disk");
+        }
+        ::close(fd);
+#endif
     }
     if (hashing)
         file.sha256 = hash.result().toHex().toStdString();
