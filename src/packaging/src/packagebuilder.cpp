@@ -415,21 +415,8 @@ PackageReport PackageBuilder::run(const std::string& command, UserInterface* ui)
                 s.problem = c.source.string() + ": " + why;
                 return s;
             }
-            if (!kSyncStagedEachFile) {
-                // The copy is the prepared content: measured and hashed here, synced with the
-                // rest before any of them replaces a file.
-                s.prepared.requested = target;
-                s.prepared.target = target;
-                s.prepared.temp = temp;
-                s.prepared.existed = fs::exists(there);
-                s.prepared.size = fs::file_size(temp, ec);
-                s.prepared.sha256 = fileSha256(temp);
-                if (ec || s.prepared.sha256.empty()) {
-                    service.discard(s.prepared);
-                    s.problem = temp.string() + ": the copy cannot be read back";
-                }
-                return s;
-            }
+            // The copy is the prepared content: measured and hashed by the write service, synced
+            // with the rest (unless each is synced here) before any of them replaces a file.
             const WriteResult w = service.adopt(temp, target, write, s.prepared);
             if (!w)
                 s.problem = w.message;
