@@ -13,13 +13,10 @@
 #include "../archives/frmapconsists.h"
 #include "../archives/frmassetsap.h"
 #include "../routes/frmdelroute.h"
-#include "../routes/frmprovider.h"
-#include "../routes/frmmarkers.h"
 #include "../routes/frmmkre.h"
+#include "../routes/frmprovider.h"
 #include "../scenarios/frmshowroutes.h"
 #include "../textures/frmgfx2.h"
-#include "../routes/frmroute.h"
-#include "../routes/frmsetas.h"
 #include "dialogs.h"
 #include "dlgsearch.h"
 #include "texturemenus.h"
@@ -403,17 +400,6 @@ void frmEditor::connectCommands() {
     wire("mnuIdent", &frmEditor::mnuIdent_Click);
     wire("mnuDelRoute", &frmEditor::mnuDelRoute_Click);
     wire("mnuAddProv", &frmEditor::mnuAddProv_Click);
-    // The marker screen, modal, in the mode each entry names; a fresh one each time.
-    for (const auto& [entry, mode] : {std::pair{"mnuMultiMarker", 1}, std::pair{"mnuMkrDCSV", 3}, std::pair{"mnuCSV2DCSV", 4}}) {
-        connect(action(entry), &QAction::triggered, this, [this, mode = mode] {
-            auto* screen = new frmMarkers(m_ctx, mode, this);
-            screen->setAttribute(Qt::WA_DeleteOnClose);
-            screen->setWindowModality(Qt::ApplicationModal);
-            screen->show();
-        });
-        action(entry)->setEnabled(true);
-    }
-    liveTool<frmMKRE>("mnuMkRW", [this] { return new frmMKRE(m_ctx, this); });
     wire("mnuOstrand", &frmEditor::mnuOstrand_Click);
     wire("mnuEC", &frmEditor::mnuEC_Click);
     wire("mnuBuildCon", &frmEditor::mnuBuildCon_Click);
@@ -430,27 +416,8 @@ void frmEditor::connectCommands() {
     wire("mnuSelRW", &frmEditor::mnuSelRW_Click);
     wire("mnuVer", &frmEditor::mnuVer_Click);
     wire("mnuWeb", &frmEditor::mnuWeb_Click);
-    // Route templates, the route's own pages (buttons of the route screen) and developer folders.
-    auto enable = [this](const char* name) {
-        action(name)->setEnabled(true);
-        return action(name);
-    };
-    connect(enable("mnuDRS"), &QAction::triggered, this, [this] {
-        auto* screen = new frmRoute(m_ctx, this);
-        screen->setAttribute(Qt::WA_DeleteOnClose);
-        screen->show();
-    });
-    for (const char* page : {"mnuRouteInfo", "mnuMap"})
-        connect(enable(page), &QAction::triggered, this, [this, page] {
-            mnuDelRoute_Click();
-            if (auto* button = m_routeScreen->findChild<QPushButton*>(page))
-                button->setFocus();
-        });
-    connect(enable("mnuDeveloper"), &QAction::triggered, this, [this] {
-        frmSetAS screen(m_ctx, this);
-        screen.exec();
-    });
-    connect(enable("mnuDevFolders"), &QAction::triggered, this, [this] { velmora::ui::mnuDevFolders_Click(m_ctx); });
+    connectRouteTools();
+    liveTool<frmMKRE>("mnuMkRW", [this] { return new frmMKRE(m_ctx, this); });
     connectPackaging();
     // The texture conversions of the Graphics Tools menu, on the open texture.
     connect(action("mnuOpenTex"), &QAction::triggered, this, [this] {

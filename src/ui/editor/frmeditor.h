@@ -279,6 +279,8 @@ private:
     // Packaging: the package name the packaging screens share for the whole run, and the route
     // screen in package mode (frmeditor_packaging.cpp).
     void connectPackaging();
+    // Route templates, route pages, developer folders and markers (frmeditor_routetools.cpp).
+    void connectRouteTools();
     packaging::PackageState m_packageState;
     QPointer<QWidget> m_packageScreen;
     QPointer<QDialog> m_scenarioScreen;
