@@ -28,6 +28,8 @@ Global options:
   --quiet           print only warnings and errors
   --help            this text
   --version         the version, licence and libraries (as the version command)
+
+A negative number (-0.53) is a value, not an option; after -- every word is a value.
 )";
 
 std::vector<Command> allCommands() {
@@ -160,9 +162,20 @@ Arguments parseArguments(const std::vector<std::string>& words, const std::vecto
                 return true;
         return false;
     };
+    // A negative number ("-0.53", "-12") is a value, not an option: longitudes west of Greenwich
+    // and lowered track heights are typed so. After "--" every word is a value.
+    auto negativeNumber = [](const std::string& w) {
+        const std::size_t digit = w.size() > 2 && w[1] == '.' ? 2 : 1;
+        return w.size() > digit && w[0] == '-' && w[digit] >= '0' && w[digit] <= '9';
+    };
+    bool valuesOnly = false;
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string& w = words[i];
-        if (listed(withValue, w)) {
+        if (valuesOnly || negativeNumber(w)) {
+            a.plain.push_back(w);
+        } else if (w == "--") {
+            valuesOnly = true;
+        } else if (listed(withValue, w)) {
             if (i + 1 >= words.size()) {
                 a.problem = w + " needs a value";
                 return a;
