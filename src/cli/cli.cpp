@@ -26,7 +26,7 @@ Global options:
   --answer TEXT     the answer to the next question, text prompt or file choice
                     (yes, no, ok, cancel, a text or a path); may be given several times
   --quiet           print only warnings and errors
-  --help            this text
+  --help            this text; COMMAND --help (or help COMMAND): that command's usage
   --version         the version, licence and libraries (as the version command)
 
 A negative number (-0.53) is a value, not an option; after -- every word is a value.
@@ -261,14 +261,29 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
         return Error;
     }
     const std::vector<Command> commands = allCommands();
-    // A command's own help, where it has more to say than its line in the usage.
-    if (g.help && !g.command.empty())
+    // "COMMAND --help" and "help COMMAND": the command's own usage, its summary and whatever more
+    // it has to say (options, output keys). A command of two words is looked for first.
+    const bool helpWord = g.command == "help" && !g.rest.empty();
+    if ((g.help && !g.command.empty()) || helpWord) {
+        std::vector<std::string> words = helpWord ? g.rest : std::vector<std::string>{g.command};
+        if (!helpWord)
+            words.insert(words.end(), g.rest.begin(), g.rest.end());
+        const Command* found = nullptr;
         for (const Command& c : commands)
-            if (c.help && (g.command == c.name || (!g.rest.empty() && g.command + " " + g.rest.front() == c.name))) {
-                out << "Usage: velmora-cli " << c.name << ' ' << c.synopsis << "\n\n" << c.summary << ".\n\n"
-                    << c.help;
-                return Success;
-            }
+            if (words.size() > 1 && words[0] + " " + words[1] == c.name)
+                found = &c;
+        if (!found)
+            for (const Command& c : commands)
+                if (words[0] == c.name)
+                    found = &c;
+        if (found) {
+            out << "Usage: velmora-cli " << found->name << (*found->synopsis ? " " : "") << found->synopsis << "\n\n"
+                << found->summary << (std::string_view(found->summary).ends_with('.') ? "\n" : ".\n");
+            if (found->help)
+                out << '\n' << found->help << (std::string_view(found->help).ends_with('\n') ? "" : "\n");
+            return Success;
+        }
+    }
     if (g.help || g.command.empty() || g.command == "help") {
         (g.help || g.command == "help" ? out : err) << usage(commands);
         return g.command.empty() && !g.help ? Error : Success;
