@@ -13,6 +13,7 @@
 #include "velmora/textures/texture.h"
 
 #include "../common/unprivileged.h"
+#include "routefixture.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,7 @@
 
 using namespace velmora;
 using namespace velmora::routes;
+using velmora::test::decoded;
 namespace fs = std::filesystem;
 
 namespace {
@@ -36,12 +38,6 @@ std::map<std::string, std::string> treeBytes(const fs::path& folder) {
         if (e.is_regular_file())
             out[fs::relative(e.path(), folder).string()] = ReadTextFile(e.path());
     return out;
-}
-
-std::string decoded(const fs::path& file) {
-    std::string xml;
-    EXPECT_TRUE(binToXmlText(file, xml)) << file;
-    return xml;
 }
 
 // The value of a line's element and the line without it and without the float's exact encoding.
@@ -57,39 +53,9 @@ bool splitValue(const std::string& line, std::string& frame, double& value) {
     return true;
 }
 
-class RouteEdits : public ::testing::Test {
+class RouteEdits : public test::RouteTest {
 protected:
-    void SetUp() override {
-        m_dir = fs::temp_directory_path() / ("velmora-routeedits-" + std::to_string(::getpid()) + "-" +
-                                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_dir);
-        ASSERT_TRUE(demo::generateDemoInstall(m_dir / "rw", {}).ok);
-        m_ctx = std::make_unique<AppContext>(m_dir / "home", fs::path(VELMORA_SOURCE_DIR) / "data", m_ui);
-        StartupOptions o;
-        o.railWorks = m_dir / "rw";
-        o.askForRoot = false;
-        runStartup(*m_ctx, o);
-        m_routes = listRoutes(*m_ctx);
-        const RouteEntry* valley = findRoute(m_routes, "Demo Valley Line");
-        ASSERT_NE(valley, nullptr);
-        m_valley = *valley;
-    }
-    void TearDown() override {
-        std::error_code ec;
-        fs::remove_all(m_dir, ec);
-    }
-    UndoResult undoLast() {
-        const auto last = lastUndoableEntry(m_ctx->journal().entries());
-        EXPECT_TRUE(last.has_value());
-        return last ? undoEntry(m_ctx->files(), *last, false) : UndoResult{};
-    }
     fs::path tracks() const { return m_valley.path / "Networks" / "Tracks.bin"; }
-
-    fs::path m_dir;
-    ScriptedUi m_ui;
-    std::unique_ptr<AppContext> m_ctx;
-    std::vector<RouteEntry> m_routes;
-    RouteEntry m_valley;
 };
 
 TEST_F(RouteEdits, RaiseChangesEveryTrackHeightByExactlyThatAndNothingElse) {

@@ -1,6 +1,7 @@
 // Route templates, details, description, thumbnail and folders on a fresh demo install each.
 
 #include "../common/unprivileged.h"
+#include "routefixture.h"
 #include "../core/faultyfiles.h"
 #include "velmora/core/appcontext.h"
 #include "velmora/core/convert.h"
@@ -19,22 +20,11 @@
 
 using namespace velmora;
 using namespace velmora::routes;
+using velmora::test::count;
+using velmora::test::decoded;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string decoded(const fs::path& file) {
-    std::string xml;
-    EXPECT_TRUE(binToXmlText(file, xml)) << file;
-    return xml;
-}
-
-std::size_t count(const std::string& text, const std::string& what) {
-    std::size_t n = 0;
-    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
-        ++n;
-    return n;
-}
 
 // A DXT1 picture of the size and mip count asked for, every level filled with its own byte.
 std::string ddsPicture(int width, int height, int mips) {
@@ -51,35 +41,14 @@ std::string ddsPicture(int width, int height, int mips) {
            levels;
 }
 
-class RouteTemplates : public ::testing::Test {
+class RouteTemplates : public test::RouteTest {
 protected:
-    void SetUp() override {
-        m_dir = fs::temp_directory_path() / ("velmora-routetemplate-" + std::to_string(::getpid()) + "-" +
-                                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_dir);
-        ASSERT_TRUE(demo::generateDemoInstall(m_dir / "rw", {}).ok);
-        m_ctx = std::make_unique<AppContext>(m_dir / "home", fs::path(VELMORA_SOURCE_DIR) / "data", m_ui);
-        StartupOptions o;
-        o.railWorks = m_dir / "rw";
-        o.askForRoot = false;
-        runStartup(*m_ctx, o);
-        m_routes = listRoutes(*m_ctx);
-        const RouteEntry* valley = findRoute(m_routes, "Demo Valley Line");
-        ASSERT_NE(valley, nullptr);
-        m_valley = *valley;
-    }
     void TearDown() override {
         std::error_code ec;
         fs::permissions(properties(), fs::perms::owner_all, ec);
-        fs::remove_all(m_dir, ec);
-    }
-    UndoResult undoLast() {
-        const auto last = lastUndoableEntry(m_ctx->journal().entries());
-        EXPECT_TRUE(last.has_value());
-        return last ? undoEntry(m_ctx->files(), *last, false) : UndoResult{};
+        RouteTest::TearDown();
     }
     fs::path properties() const { return m_valley.path / "RouteProperties.xml"; }
-    fs::path rw() const { return m_dir / "rw"; }
     TemplateRequest request(const std::string& name, const std::string& provider, const std::string& product) {
         TemplateRequest r;
         r.name = name;
@@ -88,12 +57,6 @@ protected:
         r.items = defaultTemplateItems();
         return r;
     }
-
-    fs::path m_dir;
-    ScriptedUi m_ui;
-    std::unique_ptr<AppContext> m_ctx;
-    std::vector<RouteEntry> m_routes;
-    RouteEntry m_valley;
 };
 
 // --- templates ---------------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 #include "../common/demofixture.h"
 #include "../common/unprivileged.h"
 #include "../core/faultyfiles.h"
+#include "routefixture.h"
 
 #include "velmora/core/convert.h"
 #include "velmora/core/journal.h"
@@ -20,6 +21,8 @@
 
 using namespace velmora;
 using namespace velmora::routes;
+using velmora::test::count;
+using velmora::test::decoded;
 namespace fs = std::filesystem;
 
 namespace {
@@ -27,19 +30,6 @@ namespace {
 constexpr const char* kValley = "51d9cc16-dbd0-b4e6-89be-9dffe0e4d6fb";
 
 std::string bytesOf(const fs::path& p) { return ReadTextFile(p); }
-
-std::string decoded(const fs::path& tile) {
-    std::string xml;
-    EXPECT_TRUE(binToXmlText(tile, xml)) << tile;
-    return xml;
-}
-
-std::size_t count(const std::string& text, const std::string& what) {
-    std::size_t n = 0;
-    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
-        ++n;
-    return n;
-}
 
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
     for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
