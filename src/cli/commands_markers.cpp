@@ -116,13 +116,9 @@ int cmdAdd(Session& s) {
     }
     o.baseName = a.value("--file").value_or(a.plain[1]);
     o.clearBlueprintCaches = a.has("--clear-caches");
-    s.start();
-    if (!s.requireRoot())
-        return Error;
-    const auto found = routes::listRoutes(s.ctx);
-    const routes::RouteEntry* route = routes::findRoute(found, a.plain.front());
+    const auto route = routeArgument(s, a.plain.front());
     if (!route)
-        return s.fail(routes::routeNotFound(s.ctx, a.plain.front()));
+        return Error;
     return report(s, routes::saveRouteMarkers(s.ctx, *route, o), a.has("--json"));
 }
 

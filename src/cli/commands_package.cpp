@@ -39,26 +39,13 @@ int finish(Session& s, const Arguments& a, packaging::PackageReport r) {
     return r.problems.empty() ? Success : ProblemsFound;
 }
 
-const routes::RouteEntry* findRouteArg(Session& s, const std::string& which,
-                                       std::vector<routes::RouteEntry>& all) {
-    s.start();
-    if (!s.requireRoot())
-        return nullptr;
-    all = routes::listRoutes(s.ctx);
-    const routes::RouteEntry* route = routes::findRoute(all, which);
-    if (!route)
-        s.fail(routes::routeNotFound(s.ctx, which));
-    return route;
-}
-
 // The route with its assets (--with-assets), or its assets alone.
 int routePackage(Session& s, bool assetsOnly) {
     const Arguments a =
         parseArguments(s.g.rest, kValues, assetsOnly ? std::vector<std::string>{"--zip", "--json"} : kFlags);
     if (!a.problem.empty() || a.plain.size() != 1)
         return s.fail(!a.problem.empty() ? a.problem : "needs the route: its folder or its name");
-    std::vector<routes::RouteEntry> all;
-    const routes::RouteEntry* route = findRouteArg(s, a.plain.front(), all);
+    const auto route = routeArgument(s, a.plain.front());
     if (!route)
         return Error;
     packaging::PackageState state;
@@ -81,8 +68,7 @@ int cmdPackageScenarios(Session& s) {
     if (!a.problem.empty() || a.plain.size() < 2)
         return s.fail(!a.problem.empty() ? a.problem
                                          : "needs the route and at least one scenario (folder or name)");
-    std::vector<routes::RouteEntry> all;
-    const routes::RouteEntry* route = findRouteArg(s, a.plain.front(), all);
+    const auto route = routeArgument(s, a.plain.front());
     if (!route)
         return Error;
     const auto scenarios = routes::listScenarios(s.ctx, *route);

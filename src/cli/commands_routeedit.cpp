@@ -12,6 +12,22 @@
 
 namespace velmora::cli {
 
+std::optional<routes::RouteEntry> routeArgument(Session& s, const std::string& which) {
+    s.start();
+    if (!s.requireRoot())
+        return std::nullopt;
+    const auto found = routes::listRoutes(s.ctx);
+    if (const routes::RouteEntry* route = routes::findRoute(found, which))
+        return *route;
+    std::error_code ec;
+    const fs::path asPath(which);
+    if (fs::is_directory(asPath, ec) && !fs::exists(asPath / "RouteProperties.xml", ec))
+        s.fail(asPath.string() + ": is not a route, it has no RouteProperties.xml");
+    else
+        s.fail(routes::routeNotFound(s.ctx, which));
+    return std::nullopt;
+}
+
 namespace {
 
 // The route named by the first plain argument; at least `least` plain arguments, at most `most`.
@@ -27,19 +43,7 @@ std::optional<routes::RouteEntry> editedRoute(Session& s, const Arguments& a, st
                                       : "unexpected argument '" + a.plain[most] + "'");
         return std::nullopt;
     }
-    s.start();
-    if (!s.requireRoot())
-        return std::nullopt;
-    const auto found = routes::listRoutes(s.ctx);
-    if (const routes::RouteEntry* route = routes::findRoute(found, a.plain.front()))
-        return *route;
-    std::error_code ec;
-    const fs::path asPath(a.plain.front());
-    if (fs::is_directory(asPath, ec) && !fs::exists(asPath / "RouteProperties.xml", ec))
-        s.fail(asPath.string() + ": is not a route, it has no RouteProperties.xml");
-    else
-        s.fail(routes::routeNotFound(s.ctx, a.plain.front()));
-    return std::nullopt;
+    return routeArgument(s, a.plain.front());
 }
 
 std::optional<double> metres(Session& s, const Arguments& a, const char* option) {

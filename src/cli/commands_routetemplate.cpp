@@ -21,14 +21,7 @@ std::optional<routes::RouteEntry> namedRoute(Session& s, const Arguments& a) {
         s.fail(a.plain.empty() ? "needs the route: its folder or its name" : "unexpected argument '" + a.plain[1] + "'");
         return std::nullopt;
     }
-    s.start();
-    if (!s.requireRoot())
-        return std::nullopt;
-    const auto found = routes::listRoutes(s.ctx);
-    if (const routes::RouteEntry* route = routes::findRoute(found, a.plain.front()))
-        return *route;
-    s.fail(routes::routeNotFound(s.ctx, a.plain.front()));
-    return std::nullopt;
+    return routeArgument(s, a.plain.front());
 }
 
 // The words of every repeat of `option`, each split at its commas.

@@ -6,6 +6,7 @@
 
 #include "velmora/core/appcontext.h"
 #include "velmora/core/userinterface.h"
+#include "velmora/routes/routes.h"
 
 #include <filesystem>
 #include <optional>
@@ -109,6 +110,10 @@ std::vector<Command> routeEditCommands();
 std::vector<Command> markerCommands();
 std::vector<Command> routeTemplateCommands();
 std::vector<Command> packageCommands();
+
+// The route a command names by its folder or display name, found after the session starts;
+// nothing after saying why (no simulator root, a folder that is no route, no such route).
+std::optional<routes::RouteEntry> routeArgument(Session& s, const std::string& which);
 
 std::optional<long long> parseNumber(const std::string& s);
 
