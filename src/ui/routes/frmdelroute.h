@@ -94,6 +94,7 @@ public slots:
     // Packaging, in package mode (frmdelroute_package.cpp).
     void PackageRoute_Click(); // OKButton: Package Selected Route
     void Command16_Click();    // Package this routes Assets
+    packaging::PackageReport packageSelectedRoute(const std::string& label, bool assets, const std::string& zipQuestion);
     void Command5_Click();     // Add to Package: the selected scenarios of List3
     void Command6_Click();     // Process Package
     // The package name the packaging screens share; the screen's own until one is given.

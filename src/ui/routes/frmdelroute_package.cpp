@@ -27,36 +27,32 @@ void frmDelRoute::addPackageCommands(QGridLayout* grid, QPushButton* ok, QPushBu
     m_scenarios->setSelectionMode(QAbstractItemView::ExtendedSelection);
 }
 
-void frmDelRoute::PackageRoute_Click() {
+// Packages the selected route's folder or its assets off the GUI thread; the report shown after.
+packaging::PackageReport frmDelRoute::packageSelectedRoute(const std::string& label, bool assets, const std::string& zipQuestion) {
     const routes::RouteEntry* route = selectedRoute();
     if (!route)
-        return;
+        return {};
     const routes::RouteEntry chosen = *route;
     setEnabled(false);
-    const packaging::PackageReport report =
-        runPackage(m_ctx, "Package Selected Route", [&](UserInterface& ui) {
-            return packaging::packageRoute(m_ctx, chosen, *m_packageState, {}, &ui);
-        });
+    const packaging::PackageReport report = runPackage(m_ctx, label, [&](UserInterface& ui) {
+        return assets ? packaging::packageRouteAssets(m_ctx, chosen, *m_packageState, {}, &ui)
+                      : packaging::packageRoute(m_ctx, chosen, *m_packageState, {}, &ui);
+    });
     setEnabled(true);
-    m_packageReport = endPackage(m_ctx, this, report, "Your Route is now saved in ", {});
-    if (report.ok() &&
+    m_packageReport = endPackage(m_ctx, this, report, "Your Route is now saved in ", zipQuestion);
+    return report;
+}
+
+void frmDelRoute::PackageRoute_Click() {
+    const packaging::PackageReport report = packageSelectedRoute("Package Selected Route", false, {});
+    if (report.ok() && !report.folder.empty() &&
         m_ctx.ui().ask("Do you wish to add Assets ready for distribution?", Buttons::YesNo) == Answer::Yes)
         m_command16->setEnabled(true);
 }
 
 void frmDelRoute::Command16_Click() {
-    const routes::RouteEntry* route = selectedRoute();
-    if (!route)
-        return;
-    const routes::RouteEntry chosen = *route;
-    setEnabled(false);
-    const packaging::PackageReport report =
-        runPackage(m_ctx, "Package this routes Assets", [&](UserInterface& ui) {
-            return packaging::packageRouteAssets(m_ctx, chosen, *m_packageState, {}, &ui);
-        });
-    setEnabled(true);
-    m_packageReport = endPackage(m_ctx, this, report, "Your Route is now saved in ",
-                                 "Do you wish it to be automatically zipped up ready for distribution?");
+    packageSelectedRoute("Package this routes Assets", true,
+                         "Do you wish it to be automatically zipped up ready for distribution?");
 }
 
 void frmDelRoute::Command5_Click() {
