@@ -178,14 +178,7 @@ RouteJob updateLatLong(AppContext& ctx, const RouteEntry& route, const std::stri
         options.backupName = plain;
     JournalCommand command(&ctx.journal(), "Update Lat/Long " + route.name);
     const WriteResult w = ctx.files().write(file, text, options);
-    if (!w) {
-        job.message = w.message;
-        return job;
-    }
-    job.ok = true;
-    job.written.push_back(w.target);
-    job.message = "Latitude and longitude have been saved in RouteProperties.xml.";
-    if (!w.backup.empty())
+    if (job.after(w, "Latitude and longitude have been saved in RouteProperties.xml.").ok && !w.backup.empty())
         job.notes.push_back("The old file is kept as " + w.backup.filename().string());
     return job;
 }
@@ -208,14 +201,7 @@ RouteJob writeDescription(AppContext& ctx, const RouteEntry& route, const std::a
     JournalCommand command(&ctx.journal(), "Route Description " + route.name);
     const WriteResult w = ctx.files().write(file, fillTemplate(page, tokens));
     ctx.resolver.invalidate();
-    if (!w) {
-        job.message = w.message;
-        return job;
-    }
-    job.ok = true;
-    job.written.push_back(w.target);
-    job.message = "Your Description file has been saved in the route's\nRouteInformation\\En folder.";
-    return job;
+    return job.after(w, "Your Description file has been saved in the route's\nRouteInformation\\En folder.");
 }
 
 RouteJob makeThumbnail(AppContext& ctx, const ThumbnailRequest& r) {

@@ -169,15 +169,9 @@ RouteJob buildRouteTemplate(AppContext& ctx, const TemplateRequest& r) {
     JournalCommand command(&ctx.journal(), "Build Template " + r.name);
     const fs::path target = productFolder / "TemplateRoutes" / (fileNameFromText(r.name) + ".bin");
     const WriteResult w = ctx.files().write(target, bin);
-    if (!w) {
-        job.message = w.message;
-        return job;
-    }
-    job.ok = true;
-    job.written.push_back(w.target);
-    job.message = "Your new route template has been placed in your TemplateRoutes folder\n\\Assets\\" + provider + "\\" +
-                  product + "\\TemplateRoutes\\\nRun TrainSimulator 2019, select your template and Create your new route.";
-    return job;
+    return job.after(w, "Your new route template has been placed in your TemplateRoutes folder\n\\Assets\\" + provider +
+                            "\\" + product +
+                            "\\TemplateRoutes\\\nRun TrainSimulator 2019, select your template and Create your new route.");
 }
 
 // --- Check Route Template -------------------------------------------------------------------
@@ -277,14 +271,18 @@ RouteJob applyBrowseFilter(AppContext& ctx, const TemplateCheck& check, const Br
     }
     JournalCommand command(&ctx.journal(), "Check Route Template " + check.templateFile.filename().string());
     const WriteResult w = ctx.files().write(check.templateFile, bin);
-    if (!w) {
-        job.message = w.message;
-        return job;
+    return job.after(w, "Your Route Template has been updated.");
+}
+
+RouteJob& RouteJob::after(const WriteResult& write, std::string done) {
+    ok = static_cast<bool>(write);
+    if (!ok) {
+        message = write.message;
+        return *this;
     }
-    job.ok = true;
-    job.written.push_back(w.target);
-    job.message = "Your Route Template has been updated.";
-    return job;
+    written.push_back(write.target);
+    message = std::move(done);
+    return *this;
 }
 
 RouteJob checkRouteTemplate(AppContext& ctx, const RouteEntry& route, const BrowseFlags* flags) {

@@ -17,6 +17,7 @@
 namespace velmora {
 class AppContext;
 class UserInterface;
+struct WriteResult;
 } // namespace velmora
 
 namespace velmora::routes {
@@ -71,6 +72,9 @@ struct RouteJob {
     std::string message;
     std::vector<fs::path> written;
     std::vector<std::string> notes; // what was passed over, one line each
+
+    // The job after its one write: the write's message when it failed, else ok with `done`.
+    RouteJob& after(const WriteResult& write, std::string done);
 };
 
 // Build Template: Templates\AdvRoute15.txt filled, encoded and written as
